@@ -1,0 +1,11 @@
+# Concatenates the files in LISTS into OUT, sorted, one name a line.
+set(all "")
+string(REPLACE "|" ";" LISTS "${LISTS}")
+foreach(f ${LISTS})
+  file(STRINGS ${f} lines REGEX "^[^#].*")
+  list(APPEND all ${lines})
+endforeach()
+list(SORT all)
+list(REMOVE_DUPLICATES all)
+list(JOIN all "\n" text)
+file(WRITE ${OUT} "${text}\n")

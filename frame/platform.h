@@ -1,0 +1,37 @@
+// The operating-system services behind the thread records: a thread-local
+// slot (a pthread key whose destructor plays thread detach) and a private
+// heap (a locked list of zero-filled blocks, destroyed as a whole). Tests
+// can make each service fail to reach the failure paths.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace orv::frame::platform {
+
+inline constexpr int64_t kNoSlot = -1;
+
+// Failure injection for tests: while a flag is set, that service fails.
+struct FailFlags {
+    bool tls_alloc = false;
+    bool tls_set = false;
+    bool heap_create = false;
+    bool heap_alloc = false;
+};
+FailFlags& fail_flags();
+
+using ThreadExitFn = void (*)(void* value);
+
+int64_t tls_alloc(ThreadExitFn on_thread_exit);  // kNoSlot on failure
+void tls_free(int64_t slot);
+void* tls_get(int64_t slot);
+bool tls_set(int64_t slot, void* value);
+
+struct Heap;
+Heap* heap_create();  // null on failure
+void heap_destroy(Heap* heap);
+void* heap_alloc(Heap* heap, std::size_t size);  // zero-filled; null on failure
+void heap_free(Heap* heap, void* block);
+std::size_t heap_live_blocks(const Heap* heap);
+
+}  // namespace orv::frame::platform

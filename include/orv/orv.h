@@ -1,0 +1,36 @@
+/* The front end: checked calls of the vector functions with tier selection
+ * by the thread's mode word, chunked over threads for long vectors, and the
+ * threading tables of the statistics and data-fitting kernels. */
+#ifndef ORV_ORV_H
+#define ORV_ORV_H
+
+#include <orv/orv_core.h>
+#include <orv/threading.h>
+#include <orv/vtm.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* Checked vector calls. A negative n records VtmStatusBadArgument and a null
+ * array VtmStatusBadPointer in the thread's status (read with _vtmGetErrStatus),
+ * and nothing is written. The kernel is taken from the slot of the thread's
+ * accuracy tier. Vectors of at least orv_get_parallel_threshold() elements
+ * are split into chunks, one per thread; errors then report the index in the
+ * whole array, and the thread's status is that of the last bad element. */
+ORV_API void vtmdAdd(int n, const double* a, const double* b, double* r);
+ORV_API void vtmdSub(int n, const double* a, const double* b, double* r);
+ORV_API void vtmdMul(int n, const double* a, const double* b, double* r);
+ORV_API void vtmdAddI(int n, const double* a, int inca, const double* b, int incb, double* r, int incr);
+ORV_API void vtmdSubI(int n, const double* a, int inca, const double* b, int incb, double* r, int incr);
+ORV_API void vtmdMulI(int n, const double* a, int inca, const double* b, int incb, double* r, int incr);
+
+/* Elements from which a vector call is split over threads (default 65536). */
+ORV_API void orv_set_parallel_threshold(int n);
+ORV_API int orv_get_parallel_threshold(void);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,73 @@
+#!/usr/bin/env bash
+# Set-up, build and run on a Debian machine.
+#   ./run.sh tour    install what is missing, build, run the tour program
+#   ./run.sh test    install what is missing, build, run the unit tests, then
+#                    the same tests under AddressSanitizer and UBSan, then
+#                    build an example against the installed package
+#   ./run.sh bench   build and run the benchmarks (writes bench/results/)
+#   ./run.sh accuracy-full   opt-in long accuracy sweep
+set -euo pipefail
+cd "$(dirname "$0")"
+JOBS=$(nproc)
+
+PACKAGES=(cmake ninja-build g++ python3 pkg-config libgtest-dev libgmock-dev libbenchmark-dev
+          libopenblas-dev liblapack-dev libmpfr-dev libgmp-dev libsleef-dev libgsl-dev)
+
+install_missing() {
+    local missing=()
+    for p in "${PACKAGES[@]}"; do
+        dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
+    done
+    if [ ${#missing[@]} -gt 0 ]; then
+        echo "Installing: ${missing[*]}"
+        local sudo=""
+        [ "$(id -u)" -ne 0 ] && sudo="sudo"
+        $sudo apt-get update -qq
+        DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq "${missing[@]}"
+    fi
+}
+
+configure_build() {  # dir, extra cmake args...
+    local dir=$1; shift
+    cmake -S . -B "$dir" -G Ninja -DCMAKE_BUILD_TYPE=Release "$@" > "$dir.configure.log" 2>&1 \
+        || { cat "$dir.configure.log"; exit 1; }
+    cmake --build "$dir" -j "$JOBS"
+}
+
+case "${1:-}" in
+tour)
+    install_missing
+    configure_build build -DORV_BUILD_TESTS=OFF -DORV_BUILD_BENCH=OFF
+    ./build/examples/tour
+    ;;
+test)
+    install_missing
+    configure_build build -DORV_BUILD_BENCH=OFF
+    (cd build && ctest --output-on-failure -j "$JOBS")
+    echo "== sanitizer build (address, undefined behaviour)"
+    configure_build build-asan -DORV_SANITIZE=ON -DORV_BUILD_BENCH=OFF -DORV_BUILD_EXAMPLES=OFF \
+        -DCMAKE_BUILD_TYPE=RelWithDebInfo
+    (cd build-asan && ASAN_OPTIONS=handle_sigfpe=0:detect_leaks=1 \
+        UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 ctest --output-on-failure -j "$JOBS")
+    echo "== installed package: find_package and pkg-config"
+    rm -rf build/stage build/consumer
+    cmake --install build --prefix "$PWD/build/stage" > /dev/null
+    cmake -S examples/consumer -B build/consumer -G Ninja -DCMAKE_PREFIX_PATH="$PWD/build/stage" \
+        > build/consumer.configure.log
+    cmake --build build/consumer > /dev/null
+    LD_LIBRARY_PATH="$PWD/build/stage/lib" ./build/consumer/consumer_cmake
+    LD_LIBRARY_PATH="$PWD/build/stage/lib" ./build/consumer/consumer_pkgconfig
+    ;;
+bench)
+    install_missing
+    configure_build build-bench -DORV_BUILD_TESTS=OFF
+    mkdir -p bench/results
+    for b in build-bench/bench/bench_*; do
+        "$b" --benchmark_out="bench/results/$(basename "$b").json" --benchmark_out_format=json
+    done
+    ;;
+*)
+    echo "usage: $0 tour|test|bench" >&2
+    exit 2
+    ;;
+esac
