@@ -47,7 +47,7 @@ test)
     echo "== sanitizer build (address, undefined behaviour)"
     configure_build build-asan -DORV_SANITIZE=ON -DORV_BUILD_BENCH=OFF -DORV_BUILD_EXAMPLES=OFF \
         -DCMAKE_BUILD_TYPE=RelWithDebInfo
-    (cd build-asan && ASAN_OPTIONS=handle_sigfpe=0:detect_leaks=1 \
+    (cd build-asan && ASAN_OPTIONS=handle_sigfpe=0:detect_leaks=1:allocator_may_return_null=1 \
         UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 ctest --output-on-failure -j "$JOBS")
     echo "== installed package: find_package and pkg-config"
     rm -rf build/stage build/consumer
