@@ -47,7 +47,30 @@ inline TwoProd two_prod(double a, double b) {
     return {p, e};
 }
 
-// 1/sqrt(x) for a positive normal double, to within a hair of half an ulp.
+// Sign of M*K^2 - 2^160, in 192-bit integer arithmetic.
+inline int compare_scaled_square(uint64_t M, uint64_t K) {
+    using u128 = unsigned __int128;
+    const u128 k2 = u128(K) * K;
+    const u128 lo = u128(M) * uint64_t(k2), hi = u128(M) * uint64_t(k2 >> 64);
+    const u128 top = hi + (lo >> 64), t = u128(1) << 96;
+    if (top != t) return top > t ? 1 : -1;
+    return uint64_t(lo) != 0;
+}
+
+// Correctly rounded 1/sqrt(m) for m in [1, 4) from an estimate y in
+// (0.5, 1] within one ulp: each neighbouring midpoint K*2^-54 is compared
+// with 1/sqrt(m) exactly, as the integer M*K^2 against 2^160 (m = M*2^-52).
+inline double round_inv_sqrt_exact(double m, double y) {
+    if (m == 1.0) return 1.0;
+    const uint64_t M = uint64_t(m * 0x1p52), Y = uint64_t(y * 0x1p53);
+    if (compare_scaled_square(M, 2 * Y + 1) < 0) return y + 0x1p-53;
+    if (compare_scaled_square(M, 2 * Y - 1) > 0) return y - 0x1p-53;
+    return y;
+}
+
+// 1/sqrt(x) for a positive normal double: within a hair of half an ulp,
+// or correctly rounded when Exact.
+template <bool Exact = false>
 inline double inv_sqrt_normal(double x) {
     const uint64_t b = bits(x);
     const uint64_t e = b >> 52;                     // 1 .. 2046
@@ -59,7 +82,11 @@ inline double inv_sqrt_normal(double x) {
     const TwoProd yy = two_prod(y0, y0);
     const TwoProd q = two_prod(m, yy.hi);
     const double r = ((1.0 - q.hi) - q.lo) - m * yy.lo;
-    return (y0 + y0 * (0.5 * r)) * scale;
+    const double y = y0 + y0 * (0.5 * r);
+    if constexpr (Exact)
+        return round_inv_sqrt_exact(m, y) * scale;
+    else
+        return y * scale;
 }
 
 template <typename E>
@@ -153,8 +180,8 @@ struct InvSqrtK {
             *r = inv_sqrt_single_cr(x);
         } else {
             const double p200 = 1.6069380442589903e+60, p100 = 1.2676506002282294e+30;
-            *r = (bits(x) & Fmt<double>::kExpMask) == 0 ? inv_sqrt_normal(x * p200) * p100
-                                                         : inv_sqrt_normal(x);
+            *r = (bits(x) & Fmt<double>::kExpMask) == 0 ? inv_sqrt_normal<true>(x * p200) * p100
+                                                         : inv_sqrt_normal<true>(x);
         }
         return 0;
     }
