@@ -59,6 +59,11 @@ inline bool is_nan_bits(T x) { return (bits(x) & Fmt<T>::kAbs) > Fmt<T>::kExpMas
 template <typename T>
 inline bool is_inf_or_nan_bits(T x) { return (bits(x) & Fmt<T>::kAbs) >= Fmt<T>::kExpMask; }
 
+// A NaN made quiet by arithmetic (x + x), any other value unchanged. The
+// compiler may drop a multiplication by 1, so it is not used for this.
+template <typename T>
+inline T quieted(T x) { return is_nan_bits(x) ? x + x : x; }
+
 // Floating-point entry of a kernel.
 inline frame::FpGuard enter(bool reads_mode) {
     return reads_mode ? frame::FpGuard::from_mode(frame::current_mode())

@@ -3,7 +3,7 @@
 // taking away 2^p leaves an integer within one of |x| in any rounding
 // direction, and a comparison repairs it to the floor of |x|. The result then
 // takes the sign of x by a bitwise or, so zeros keep their sign. Larger
-// values have no fraction and pass unchanged; NaN is quieted by x * 1.
+// values have no fraction and pass unchanged; NaN is quieted by x + x.
 // Rint and NearbyInt round in the caller's direction: there the shift is
 // made with the sign of x and no repair follows.
 #include <cmath>
@@ -45,7 +45,7 @@ inline T with_sign(T v, Bits<T> s) { return from_bits<T>(bits(v) | s); }
 
 // Results for the lanes without fraction bits: x itself, NaN quieted.
 template <typename T>
-inline T whole(T x) { return x * T(1); }
+inline T whole(T x) { return orv::vec::quieted(x); }
 
 enum class Op { Ceil, Floor, Trunc, Round, Rint, Frac };
 

@@ -108,7 +108,7 @@ struct SqrtK {
             return 0;
         }
         if (x == 0) {  // also a denormal when denormals are read as zero
-            *r = x * T(1);
+            *r = from_bits<T>(bits(x) & Fmt<T>::kSign);
             return 0;
         }
         if (x < 0) {
