@@ -53,7 +53,9 @@ void check_case(const Case& c) {
     EXPECT_EQ(e.index, 5);
     EXPECT_EQ(e.name, name);
     EXPECT_TRUE(same_value(e.arg1, double(x[5])));
-    if (k.arity == 2) EXPECT_TRUE(same_value(e.arg2, double(y[5])));
+    if (k.arity == 2) {
+        EXPECT_TRUE(same_value(e.arg2, double(y[5])));
+    }
     EXPECT_TRUE(same_value(e.res1, double(want)));
 }
 

@@ -86,7 +86,9 @@ TEST(SlowPath, NaNInLane3LeavesTheOtherLanes) {
     x[3] = std::nan("");
     _vtmdSqrt(16, x.data(), r.data());
     for (int i = 0; i < 16; ++i)
-        if (i != 3) EXPECT_EQ(r[i], std::sqrt(x[i])) << i;
+        if (i != 3) {
+            EXPECT_EQ(r[i], std::sqrt(x[i])) << i;
+        }
     EXPECT_TRUE(std::isnan(r[3]));
     EXPECT_TRUE(cap.errors().empty());
     // A negative in lane 3 is reported for that lane alone.
@@ -94,7 +96,9 @@ TEST(SlowPath, NaNInLane3LeavesTheOtherLanes) {
     xs[3] = -1.0f;
     _vtmsSqrt(16, xs.data(), rs.data());
     for (int i = 0; i < 16; ++i)
-        if (i != 3) EXPECT_EQ(rs[i], 3.0f);
+        if (i != 3) {
+            EXPECT_EQ(rs[i], 3.0f);
+        }
     ASSERT_EQ(cap.errors().size(), 1u);
     EXPECT_EQ(cap.errors()[0].index, 3);
     EXPECT_EQ(cap.errors()[0].name, "vsSqrt");
@@ -228,7 +232,9 @@ void check_strided(const Kernels& k, const Stride& s, int n, T bad, int bad_stat
         written[size_t(&r[long(i) * s.incr] - rbuf.data())] = true;
     }
     for (size_t j = 0; j < rbuf.size(); ++j)
-        if (!written[j]) ASSERT_EQ(rbuf[j], T(-5)) << "touched a gap";
+        if (!written[j]) {
+            ASSERT_EQ(rbuf[j], T(-5)) << "touched a gap";
+        }
     if (n > 5 && bad_status) {
         ASSERT_EQ(cap.errors().size(), 1u) << k.name;
         const SeenError& e = cap.errors()[0];
