@@ -6,7 +6,9 @@
 //   using T = float or double;
 //   static constexpr int kArity = 1 or 2;        inputs per element
 //   static constexpr bool kReadsMode;            plain form reads the mode word
-//   static T fast(T x) / fast(T x, T y);         branch-free block computation
+//   static T fast(T x) / fast(T x, T y);         branch-free block computation,
+//   or static V fastv(V x) / fastv(V x, V y);    the same on one SSE2 register
+//                                                (V from simd::Reg<T>)
 //   static bool special(T x) / special(T x, T y); integer range test, or absent
 //                                                 when kSpecial is false
 //   static int32_t callout(T x, T* r) / callout(T x, T y, T* r);
@@ -17,8 +19,11 @@
 // and the driver does everything else, once.
 #pragma once
 
+#include <emmintrin.h>
+
 #include <bit>
 #include <cstdint>
+#include <cstring>
 #include <type_traits>
 
 #include "frame/error_dispatch.h"
@@ -64,6 +69,89 @@ inline bool is_inf_or_nan_bits(T x) { return (bits(x) & Fmt<T>::kAbs) >= Fmt<T>:
 template <typename T>
 inline T quieted(T x) { return is_nan_bits(x) ? x + x : x; }
 
+// A thin layer over the SSE2 registers, overloaded by element type, so that
+// a vector fast path is written once for single and double.
+namespace simd {
+template <typename T>
+struct Reg;
+template <>
+struct Reg<float> {
+    using V = __m128;
+    static constexpr int kWidth = 4;
+    static V load(const float* p) { return _mm_loadu_ps(p); }
+    static void store(float* p, V v) { _mm_storeu_ps(p, v); }
+    static V set1(float x) { return _mm_set1_ps(x); }
+    static V bits(uint32_t b) { return _mm_castsi128_ps(_mm_set1_epi32(int(b))); }
+};
+template <>
+struct Reg<double> {
+    using V = __m128d;
+    static constexpr int kWidth = 2;
+    static V load(const double* p) { return _mm_loadu_pd(p); }
+    static void store(double* p, V v) { _mm_storeu_pd(p, v); }
+    static V set1(double x) { return _mm_set1_pd(x); }
+    static V bits(uint64_t b) { return _mm_castsi128_pd(_mm_set1_epi64x(int64_t(b))); }
+};
+inline __m128 add(__m128 a, __m128 b) { return _mm_add_ps(a, b); }
+inline __m128d add(__m128d a, __m128d b) { return _mm_add_pd(a, b); }
+inline __m128 sub(__m128 a, __m128 b) { return _mm_sub_ps(a, b); }
+inline __m128d sub(__m128d a, __m128d b) { return _mm_sub_pd(a, b); }
+inline __m128 mul(__m128 a, __m128 b) { return _mm_mul_ps(a, b); }
+inline __m128d mul(__m128d a, __m128d b) { return _mm_mul_pd(a, b); }
+inline __m128 div(__m128 a, __m128 b) { return _mm_div_ps(a, b); }
+inline __m128d div(__m128d a, __m128d b) { return _mm_div_pd(a, b); }
+inline __m128 sqrt(__m128 a) { return _mm_sqrt_ps(a); }
+inline __m128d sqrt(__m128d a) { return _mm_sqrt_pd(a); }
+inline __m128 band(__m128 a, __m128 b) { return _mm_and_ps(a, b); }
+inline __m128d band(__m128d a, __m128d b) { return _mm_and_pd(a, b); }
+inline __m128 bor(__m128 a, __m128 b) { return _mm_or_ps(a, b); }
+inline __m128d bor(__m128d a, __m128d b) { return _mm_or_pd(a, b); }
+inline __m128 bandnot(__m128 a, __m128 b) { return _mm_andnot_ps(a, b); }  // ~a & b
+inline __m128d bandnot(__m128d a, __m128d b) { return _mm_andnot_pd(a, b); }
+inline __m128 lt(__m128 a, __m128 b) { return _mm_cmplt_ps(a, b); }
+inline __m128d lt(__m128d a, __m128d b) { return _mm_cmplt_pd(a, b); }
+inline __m128 le(__m128 a, __m128 b) { return _mm_cmple_ps(a, b); }
+inline __m128d le(__m128d a, __m128d b) { return _mm_cmple_pd(a, b); }
+inline __m128 not_lt(__m128 a, __m128 b) { return _mm_cmpnlt_ps(a, b); }  // true for NaN
+inline __m128d not_lt(__m128d a, __m128d b) { return _mm_cmpnlt_pd(a, b); }
+inline __m128 eq(__m128 a, __m128 b) { return _mm_cmpeq_ps(a, b); }
+inline __m128d eq(__m128d a, __m128d b) { return _mm_cmpeq_pd(a, b); }
+// One bit a lane from a comparison result.
+inline uint32_t lanes(__m128 m) { return uint32_t(_mm_movemask_ps(m)); }
+inline uint32_t lanes(__m128d m) { return uint32_t(_mm_movemask_pd(m)); }
+// Lanes whose bits (single) or high word (double), less lo, are at or above
+// span as unsigned numbers: the integer range test of the special masks.
+inline uint32_t outside(__m128 x, uint32_t lo, uint32_t span) {
+    const __m128i flip = _mm_set1_epi32(int(0x80000000u));
+    const __m128i t = _mm_xor_si128(_mm_sub_epi32(_mm_castps_si128(x), _mm_set1_epi32(int(lo))), flip);
+    const __m128i ge = _mm_cmpgt_epi32(t, _mm_set1_epi32(int((span - 1) ^ 0x80000000u)));
+    return uint32_t(_mm_movemask_ps(_mm_castsi128_ps(ge)));
+}
+inline uint32_t outside(__m128d x, uint32_t lo, uint32_t span) {
+    const uint32_t m = outside(_mm_castpd_ps(x), lo, span);  // high words are lanes 1 and 3
+    return ((m >> 1) & 1u) | ((m >> 2) & 2u);
+}
+inline __m128 unord(__m128 a, __m128 b) { return _mm_cmpunord_ps(a, b); }
+inline __m128d unord(__m128d a, __m128d b) { return _mm_cmpunord_pd(a, b); }
+// mask ? a : b, lane by lane
+template <typename V>
+inline V select(V mask, V a, V b) { return bor(band(mask, a), bandnot(mask, b)); }
+// All ones in the lanes whose sign bit is set.
+inline __m128 negative(__m128 x) { return _mm_castsi128_ps(_mm_srai_epi32(_mm_castps_si128(x), 31)); }
+inline __m128d negative(__m128d x) {
+    const __m128i hi = _mm_srai_epi32(_mm_castpd_si128(x), 31);
+    return _mm_castsi128_pd(_mm_shuffle_epi32(hi, _MM_SHUFFLE(3, 3, 1, 1)));
+}
+}  // namespace simd
+
+template <typename K, typename T>
+concept HasVectorSpecial = requires(typename simd::Reg<T>::V v) { K::specialv(v); } ||
+                           requires(typename simd::Reg<T>::V v) { K::specialv(v, v); };
+
+template <typename K, typename T>
+concept HasVectorPath = requires(typename simd::Reg<T>::V v) { K::fastv(v); } ||
+                        requires(typename simd::Reg<T>::V v) { K::fastv(v, v); };
+
 // Floating-point entry of a kernel.
 inline frame::FpGuard enter(bool reads_mode) {
     return reads_mode ? frame::FpGuard::from_mode(frame::current_mode())
@@ -95,15 +183,30 @@ inline void run_block(const Access<T, Strided>& acc, long base, int count, const
     alignas(16) T x[Lanes];
     alignas(16) T y[Lanes];
     alignas(16) T z[Lanes];
-    for (int l = 0; l < Lanes; ++l) {
-        x[l] = l < count ? acc.in_a(base + l) : T(kFiller);
-        if constexpr (K::kArity == 2) y[l] = l < count ? acc.in_b(base + l) : T(kFiller);
+    if (!Strided && count == Lanes) {
+        std::memcpy(x, &acc.a[base], sizeof x);
+        if constexpr (K::kArity == 2) std::memcpy(y, &acc.b[base], sizeof y);
+    } else {
+        for (int l = 0; l < Lanes; ++l) {
+            x[l] = l < count ? acc.in_a(base + l) : T(kFiller);
+            if constexpr (K::kArity == 2) y[l] = l < count ? acc.in_b(base + l) : T(kFiller);
+        }
     }
-    for (int l = 0; l < Lanes; ++l) {
-        if constexpr (K::kArity == 2)
-            z[l] = K::fast(x[l], y[l]);
-        else
-            z[l] = K::fast(x[l]);
+    if constexpr (HasVectorPath<K, T>) {
+        using R = simd::Reg<T>;
+        for (int l = 0; l < Lanes; l += R::kWidth) {
+            if constexpr (K::kArity == 2)
+                R::store(z + l, K::fastv(R::load(x + l), R::load(y + l)));
+            else
+                R::store(z + l, K::fastv(R::load(x + l)));
+        }
+    } else {
+        for (int l = 0; l < Lanes; ++l) {
+            if constexpr (K::kArity == 2)
+                z[l] = K::fast(x[l], y[l]);
+            else
+                z[l] = K::fast(x[l]);
+        }
     }
     if constexpr (K::kSpecial) {
         uint32_t mask = 0;
@@ -132,7 +235,10 @@ inline void run_block(const Access<T, Strided>& acc, long base, int count, const
             }
         }
     }
-    for (int l = 0; l < count; ++l) acc.out(base + l) = z[l];
+    if (!Strided && count == Lanes)
+        std::memcpy(&acc.r[base], z, sizeof z);
+    else
+        for (int l = 0; l < count; ++l) acc.out(base + l) = z[l];
     if constexpr (K::kDivisorTest) {
         // The quotients are stored; a zero divisor is reported at once.
         for (int l = 0; l < count; ++l) {
@@ -142,9 +248,49 @@ inline void run_block(const Access<T, Strided>& acc, long base, int count, const
     }
 }
 
+// A whole unit-stride block of a kernel with a vector path: computed in
+// registers straight from the arrays. A block with a special lane is run
+// again through the general path above.
+template <typename K, typename T>
+inline void run_full_plain(const Access<T, false>& acc, long base, const char* name) {
+    using R = simd::Reg<T>;
+    using V = typename R::V;
+    constexpr int kW = R::kWidth, kRegs = kBlock / kW;
+    V z[kRegs];
+    uint32_t mask = 0, zero_divisor = 0;
+    for (int j = 0; j < kRegs; ++j) {
+        const V xa = R::load(acc.a + base + j * kW);
+        if constexpr (K::kArity == 2) {
+            const V xb = R::load(acc.b + base + j * kW);
+            z[j] = K::fastv(xa, xb);
+            if constexpr (K::kSpecial) mask |= K::specialv(xa, xb) << (j * kW);
+            if constexpr (K::kDivisorTest)
+                zero_divisor |= simd::lanes(simd::eq(xb, R::set1(T(0)))) << (j * kW);
+        } else {
+            z[j] = K::fastv(xa);
+            if constexpr (K::kSpecial) mask |= K::specialv(xa) << (j * kW);
+            if constexpr (K::kDivisorTest)
+                zero_divisor |= simd::lanes(simd::eq(xa, R::set1(T(0)))) << (j * kW);
+        }
+    }
+    if (mask) {
+        run_block<K, kBlock>(acc, base, kBlock, name);
+        return;
+    }
+    for (int j = 0; j < kRegs; ++j) R::store(acc.r + base + j * kW, z[j]);
+    while (zero_divisor) {
+        const int l = std::countr_zero(zero_divisor);
+        zero_divisor &= zero_divisor - 1;
+        acc.report(VtmStatusPole, base + l, name);
+    }
+}
+
 template <typename K, typename T, bool Strided>
 inline void run(const Access<T, Strided>& acc, int n, const char* name) {
     long i = 0;
+    if constexpr (!Strided && HasVectorPath<K, T> && (!K::kSpecial || HasVectorSpecial<K, T>)) {
+        for (; i + kBlock <= n; i += kBlock) run_full_plain<K>(acc, i, name);
+    }
     for (; i + kBlock <= n; i += kBlock) run_block<K, kBlock>(acc, i, kBlock, name);
     constexpr int tail = kTailLanes<T>;
     for (; i < n; i += tail) {
