@@ -5,6 +5,9 @@
 
 #include <xmmintrin.h>
 
+#include <mpfr.h>
+
+#include <algorithm>
 #include <cfenv>
 #include <cmath>
 #include <functional>
@@ -280,5 +283,73 @@ TEST(Strided, DivisorOfZeroInTheStridedDivReportsItsOrdinal) {
     EXPECT_EQ(r[1], INFINITY);
     EXPECT_EQ(r[2], 0.75);
 }
+
+}  // namespace
+
+namespace {
+
+// The rounding family keeps the caller's direction: Ceil, Floor, Trunc,
+// Round and Frac give the same results in every direction, Rint and
+// NearbyInt round in it; zeros keep the sign of x throughout. The reference
+// is MPFR, whose integral roundings keep the sign of a zero as IEEE 754
+// asks (the C library's floor and rint give -0 for 0.5 when rounding down).
+struct Dir {
+    int fe;
+    mpfr_rnd_t rnd;
+};
+void PrintTo(const Dir& d, std::ostream* os) { *os << d.fe; }
+class Directions : public testing::TestWithParam<Dir> {};
+
+template <typename T>
+T mpfr_ref(int op, T x, mpfr_rnd_t rnd) {
+    mpfr_t m;
+    mpfr_init2(m, 64);
+    mpfr_set_d(m, double(x), MPFR_RNDN);
+    switch (op) {
+        case 0: mpfr_ceil(m, m); break;
+        case 1: mpfr_floor(m, m); break;
+        case 2: mpfr_trunc(m, m); break;
+        case 3: mpfr_round(m, m); break;
+        default: mpfr_rint(m, m, rnd); break;
+    }
+    const T r = T(mpfr_get_d(m, MPFR_RNDN));
+    mpfr_clear(m);
+    return r;
+}
+
+template <typename T>
+std::string check_directions(const Dir& d) {
+    using Fn = void (*)(int, const T*, T*);
+    const double src[] = {0.0, -0.0, 0.5, -0.5, 1.5, -1.5, 2.5, -2.5, 0x1p-1074, -0x1p-149,
+                          0.75, -0.99, 4503599627370495.5, -8388607.5, 0x1p52, 1e300, 3.5};
+    const int n = int(std::size(src));
+    std::vector<T> x(src, src + n), got(n);
+    Fn fns[6];
+    if constexpr (sizeof(T) == 4) {
+        Fn f[6] = {_vtmsCeil, _vtmsFloor, _vtmsTrunc, _vtmsRound, _vtmsRint, _vtmsNearbyInt};
+        std::copy(f, f + 6, fns);
+    } else {
+        Fn f[6] = {_vtmdCeil, _vtmdFloor, _vtmdTrunc, _vtmdRound, _vtmdRint, _vtmdNearbyInt};
+        std::copy(f, f + 6, fns);
+    }
+    std::string msg;
+    for (int op = 0; op < 6; ++op) {
+        std::fesetround(d.fe);
+        fns[op](n, x.data(), got.data());
+        std::fesetround(FE_TONEAREST);
+        for (int i = 0; i < n; ++i)
+            if (!same_value(got[i], mpfr_ref(op, x[i], d.rnd)))
+                msg += "op" + std::to_string(op) + "(" + std::to_string(double(x[i])) + ") ";
+    }
+    return msg;
+}
+
+TEST_P(Directions, RoundingFamilyInEveryDirection) {
+    EXPECT_EQ(check_directions<double>(GetParam()), "");
+    EXPECT_EQ(check_directions<float>(GetParam()), "");
+}
+INSTANTIATE_TEST_SUITE_P(Conventions, Directions,
+                         testing::Values(Dir{FE_TONEAREST, MPFR_RNDN}, Dir{FE_UPWARD, MPFR_RNDU},
+                                         Dir{FE_DOWNWARD, MPFR_RNDD}, Dir{FE_TOWARDZERO, MPFR_RNDZ}));
 
 }  // namespace
