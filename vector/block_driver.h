@@ -11,6 +11,8 @@
 //                                                (V from simd::Reg<T>)
 //   static bool special(T x) / special(T x, T y); integer range test, or absent
 //                                                 when kSpecial is false
+//   static V specialv(V x) / specialv(V x, V y); the same on a register, all
+//                                                ones in the special lanes
 //   static int32_t callout(T x, T* r) / callout(T x, T y, T* r);
 //   static constexpr bool kSpecial;              whether special/callout exist
 //   static constexpr bool kDivisorTest;          test the result instead: then
@@ -119,17 +121,17 @@ inline __m128d eq(__m128d a, __m128d b) { return _mm_cmpeq_pd(a, b); }
 // One bit a lane from a comparison result.
 inline uint32_t lanes(__m128 m) { return uint32_t(_mm_movemask_ps(m)); }
 inline uint32_t lanes(__m128d m) { return uint32_t(_mm_movemask_pd(m)); }
-// Lanes whose bits (single) or high word (double), less lo, are at or above
-// span as unsigned numbers: the integer range test of the special masks.
-inline uint32_t outside(__m128 x, uint32_t lo, uint32_t span) {
+// All ones in the lanes whose bits (single) or high word (double), less lo,
+// are at or above span as unsigned numbers: the integer range test of the
+// special masks.
+inline __m128 outside(__m128 x, uint32_t lo, uint32_t span) {
     const __m128i flip = _mm_set1_epi32(int(0x80000000u));
     const __m128i t = _mm_xor_si128(_mm_sub_epi32(_mm_castps_si128(x), _mm_set1_epi32(int(lo))), flip);
-    const __m128i ge = _mm_cmpgt_epi32(t, _mm_set1_epi32(int((span - 1) ^ 0x80000000u)));
-    return uint32_t(_mm_movemask_ps(_mm_castsi128_ps(ge)));
+    return _mm_castsi128_ps(_mm_cmpgt_epi32(t, _mm_set1_epi32(int((span - 1) ^ 0x80000000u))));
 }
-inline uint32_t outside(__m128d x, uint32_t lo, uint32_t span) {
-    const uint32_t m = outside(_mm_castpd_ps(x), lo, span);  // high words are lanes 1 and 3
-    return ((m >> 1) & 1u) | ((m >> 2) & 2u);
+inline __m128d outside(__m128d x, uint32_t lo, uint32_t span) {
+    const __m128i m = _mm_castps_si128(outside(_mm_castpd_ps(x), lo, span));
+    return _mm_castsi128_pd(_mm_shuffle_epi32(m, _MM_SHUFFLE(3, 3, 1, 1)));  // high words
 }
 inline __m128 unord(__m128 a, __m128 b) { return _mm_cmpunord_ps(a, b); }
 inline __m128d unord(__m128d a, __m128d b) { return _mm_cmpunord_pd(a, b); }
@@ -256,32 +258,35 @@ inline void run_full_plain(const Access<T, false>& acc, long base, const char* n
     using R = simd::Reg<T>;
     using V = typename R::V;
     constexpr int kW = R::kWidth, kRegs = kBlock / kW;
+    const V zero = R::set1(T(0));
     V z[kRegs];
-    uint32_t mask = 0, zero_divisor = 0;
+    V special = zero, zero_divisor = zero;  // lane masks, or-ed over the block
     for (int j = 0; j < kRegs; ++j) {
         const V xa = R::load(acc.a + base + j * kW);
         if constexpr (K::kArity == 2) {
             const V xb = R::load(acc.b + base + j * kW);
             z[j] = K::fastv(xa, xb);
-            if constexpr (K::kSpecial) mask |= K::specialv(xa, xb) << (j * kW);
-            if constexpr (K::kDivisorTest)
-                zero_divisor |= simd::lanes(simd::eq(xb, R::set1(T(0)))) << (j * kW);
+            if constexpr (K::kSpecial) special = simd::bor(special, K::specialv(xa, xb));
+            if constexpr (K::kDivisorTest) zero_divisor = simd::bor(zero_divisor, simd::eq(xb, zero));
         } else {
             z[j] = K::fastv(xa);
-            if constexpr (K::kSpecial) mask |= K::specialv(xa) << (j * kW);
-            if constexpr (K::kDivisorTest)
-                zero_divisor |= simd::lanes(simd::eq(xa, R::set1(T(0)))) << (j * kW);
+            if constexpr (K::kSpecial) special = simd::bor(special, K::specialv(xa));
+            if constexpr (K::kDivisorTest) zero_divisor = simd::bor(zero_divisor, simd::eq(xa, zero));
         }
     }
-    if (mask) {
+    if (simd::lanes(special)) {
         run_block<K, kBlock>(acc, base, kBlock, name);
         return;
     }
     for (int j = 0; j < kRegs; ++j) R::store(acc.r + base + j * kW, z[j]);
-    while (zero_divisor) {
-        const int l = std::countr_zero(zero_divisor);
-        zero_divisor &= zero_divisor - 1;
-        acc.report(VtmStatusPole, base + l, name);
+    if constexpr (K::kDivisorTest) {
+        if (simd::lanes(zero_divisor)) {
+            for (int l = 0; l < kBlock; ++l) {
+                const T d = K::kArity == 2 ? acc.b[base + l] : acc.a[base + l];
+                const int32_t status = K::divisor_status(acc.a[base + l], d);
+                if (status != 0) acc.report(status, base + l, name);
+            }
+        }
     }
 }
 

@@ -30,10 +30,10 @@ inline bool not_positive_normal(T x) {
 }
 
 // The same test on a register: bits (single) or high word (double).
-inline uint32_t positive_normal_outside(__m128 x) {
+inline __m128 positive_normal_outside(__m128 x) {
     return orv::vec::simd::outside(x, 0x00800000u, 0x7F000000u);
 }
-inline uint32_t positive_normal_outside(__m128d x) {
+inline __m128d positive_normal_outside(__m128d x) {
     return orv::vec::simd::outside(x, 0x00100000u, 0x7FE00000u);
 }
 
@@ -139,7 +139,7 @@ struct SqrtK {
     using V = typename orv::vec::simd::Reg<T>::V;
     static V fastv(V x) { return orv::vec::simd::sqrt(x); }
     static bool special(T x) { return not_positive_normal(x); }
-    static uint32_t specialv(V x) { return positive_normal_outside(x); }
+    static V specialv(V x) { return positive_normal_outside(x); }
     static int32_t callout(T x, T* r) {
         if (orv::vec::is_inf_or_nan_bits(x)) {
             if (x < 0) {
@@ -205,7 +205,7 @@ struct InvSqrtK {
         }
     }
     static bool special(T x) { return not_positive_normal(x); }
-    static uint32_t specialv(V x) { return positive_normal_outside(x); }
+    static V specialv(V x) { return positive_normal_outside(x); }
     static int32_t callout(T x, T* r) {
         if (orv::vec::is_inf_or_nan_bits(x)) {
             if (x < 0) {
