@@ -344,25 +344,29 @@ void binary_strided(Fn* const* plain_table, int slot, int n, const typename K::T
 }  // namespace orv::vec
 
 // Defines the plain and strided kernels of function FN (such as sSqrt) from
-// the description K. The error names come from the generated tables.
-#define ORV_UNARY_KERNELS(FN, ...)                                                         \
-    extern "C" void orv_kern_##FN(int n, const __VA_ARGS__::T* a, __VA_ARGS__::T* r) {                       \
-        orv::vec::unary<__VA_ARGS__>(n, a, r, orv::vtm::kName_##FN);                               \
-    }                                                                                    \
-    extern "C" void orv_kern_##FN##I(int n, const __VA_ARGS__::T* a, int inca, __VA_ARGS__::T* r, int incr) { \
-        orv::vec::unary_strided<__VA_ARGS__>(                                                      \
-            orv_vtm_kernel_##FN##_ttab,                                                  \
-            orv::frame::forward_slot(orv::vtm::kSharedSlots_##FN, orv::frame::kSlotHA),  \
-            n, a, inca, r, incr, orv::vtm::kName_##FN##I);                               \
+// the kernel description given after it. The error names come from the
+// generated tables.
+#define ORV_UNARY_KERNELS(FN, ...)                                                      \
+    extern "C" void orv_kern_##FN(int n, const __VA_ARGS__::T* a, __VA_ARGS__::T* r) {  \
+        orv::vec::unary<__VA_ARGS__>(n, a, r, orv::vtm::kName_##FN);                    \
+    }                                                                                   \
+    extern "C" void orv_kern_##FN##I(int n, const __VA_ARGS__::T* a, int inca,          \
+                                     __VA_ARGS__::T* r, int incr) {                     \
+        orv::vec::unary_strided<__VA_ARGS__>(                                           \
+            orv_vtm_kernel_##FN##_ttab,                                                 \
+            orv::frame::forward_slot(orv::vtm::kSharedSlots_##FN, orv::frame::kSlotHA), \
+            n, a, inca, r, incr, orv::vtm::kName_##FN##I);                              \
     }
 
-#define ORV_BINARY_KERNELS(FN, ...)                                                        \
-    extern "C" void orv_kern_##FN(int n, const __VA_ARGS__::T* a, const __VA_ARGS__::T* b, __VA_ARGS__::T* r) {        \
-        orv::vec::binary<__VA_ARGS__>(n, a, b, r, orv::vtm::kName_##FN);                           \
+#define ORV_BINARY_KERNELS(FN, ...)                                                      \
+    extern "C" void orv_kern_##FN(int n, const __VA_ARGS__::T* a, const __VA_ARGS__::T* b, \
+                                  __VA_ARGS__::T* r) {                                   \
+        orv::vec::binary<__VA_ARGS__>(n, a, b, r, orv::vtm::kName_##FN);                 \
     }                                                                                    \
-    extern "C" void orv_kern_##FN##I(int n, const __VA_ARGS__::T* a, int inca, const __VA_ARGS__::T* b,      \
-                                     int incb, __VA_ARGS__::T* r, int incr) {                      \
-        orv::vec::binary_strided<__VA_ARGS__>(                                                     \
+    extern "C" void orv_kern_##FN##I(int n, const __VA_ARGS__::T* a, int inca,           \
+                                     const __VA_ARGS__::T* b, int incb, __VA_ARGS__::T* r, \
+                                     int incr) {                                         \
+        orv::vec::binary_strided<__VA_ARGS__>(                                           \
             orv_vtm_kernel_##FN##_ttab,                                                  \
             orv::frame::forward_slot(orv::vtm::kSharedSlots_##FN, orv::frame::kSlotHA),  \
             n, a, inca, b, incb, r, incr, orv::vtm::kName_##FN##I);                      \
