@@ -11,9 +11,7 @@
 #include <algorithm>
 #include <bit>
 
-#if defined(ORV_SS_HAVE_INVSQRT)
 #include "vtm_kernels.h"
-#endif
 
 namespace {
 
@@ -107,18 +105,12 @@ inline T tsqrt(T v) {
 // vector kernel's first slot.
 template <typename T>
 void inv_sqrt(int p, T* d) {
-#if defined(ORV_SS_HAVE_INVSQRT)
     const uint32_t old = orv_vtm_kernel_SetMode(VTM_FTZDAZ_OFF);
     if constexpr (sizeof(T) == 8)
         orv_vtm_kernel_dInvSqrt_ttab[0](p, d, d);
     else
         orv_vtm_kernel_sInvSqrt_ttab[0](p, d, d);
     orv_vtm_kernel_SetMode(old);
-#else
-    const uint32_t old = orv_vtm_kernel_SetMode(VTM_FTZDAZ_OFF);
-    for (int j = 0; j < p; ++j) d[j] = T(1) / tsqrt(d[j]);
-    orv_vtm_kernel_SetMode(old);
-#endif
 }
 
 // Position of element (i, j) of a p x p matrix in a storage form: 0 full,

@@ -1,0 +1,2 @@
+// Edge cases of the basic statistics.
+#include "harness.h"
