@@ -255,7 +255,7 @@ int32_t basic(SsTask* task, uint64_t estimates, uint64_t method_word,
               const SsThreadingTable* threading) {
     if (!task) return SS_ERR_NULL_TASK;
 
-    // 1. Method and requirement table.
+    // Method and requirement table.
     const uint64_t direct_bits =
         method_word & (SS_METHOD_PLAIN_SUMS | SS_METHOD_RUNNING | SS_METHOD_GIVEN_MEAN);
     const bool from_sums = (method_word & (SS_METHOD_FROM_SUMS | SS_METHOD_FROM_SUMS_2)) != 0;
@@ -272,7 +272,7 @@ int32_t basic(SsTask* task, uint64_t estimates, uint64_t method_word,
                                                               : Method::GivenMean;
     const bool derived_path = from_sums;
 
-    // 2. Needed arrays, in the order of their statuses.
+    // Needed arrays, in the order of their statuses.
     uint32_t need = 0;
     for (const Requirement& r : kRequirements)
         if (estimates & r.estimate)
@@ -297,7 +297,7 @@ int32_t basic(SsTask* task, uint64_t estimates, uint64_t method_word,
     T* accum = static_cast<T*>(task->accum_weights);
     const T* weights = static_cast<const T*>(task->weights);
 
-    // 3, 4. Data checks of the chosen path.
+    // Data checks of the chosen path.
     int64_t n = 0;
     if (!derived_path) {
         if (!task->observations || (n = read_int(task->observations, is64)) < 1)
@@ -375,7 +375,7 @@ int32_t basic(SsTask* task, uint64_t estimates, uint64_t method_word,
                                                        : kGivenCentral[level];
         auto in_level = [&](int k) { return k < 4 ? k < nraw : k - 4 < ncen; };
 
-        // 3. Accumulators.
+        // Accumulators.
         Acc<T> acc_stack{};
         Acc<T>* acc = &acc_stack;
         if (npieces > 1) {
@@ -389,7 +389,7 @@ int32_t basic(SsTask* task, uint64_t estimates, uint64_t method_word,
         W = acc[0].W;
         W2 = acc[0].W2;
 
-        // 4, 5. The matrix S and the undoing of the previous normalisation.
+        // The matrix S and the undoing of the previous normalisation.
         if (want_matrix) {
             T* src = needs(kCp) ? field[kCp] : needs(kCov) ? field[kCov] : field[kCor];
             const int form = needs(kCp) ? cp_form : needs(kCov) ? cov_form : cor_form;
@@ -418,7 +418,7 @@ int32_t basic(SsTask* task, uint64_t estimates, uint64_t method_word,
             }
         }
 
-        // 6. Partial results of pieces 1 .. T-1.
+        // Partial results of pieces 1 .. T-1.
         const int raw_from = method == Method::GivenMean ? 1 : 0;
         const int64_t per_piece =
             (nraw - raw_from + ncen) * p + (want_matrix ? p * p : 0);
@@ -427,7 +427,7 @@ int32_t basic(SsTask* task, uint64_t estimates, uint64_t method_word,
                 return SS_ERR_NO_MEMORY;
         }
 
-        // 7. Working arrays of piece 0.
+        // Working arrays of piece 0.
         bool other[7] = {};
         for (int k = 0; k < 7; ++k) {
             if (!in_level(k)) continue;
@@ -448,7 +448,7 @@ int32_t basic(SsTask* task, uint64_t estimates, uint64_t method_word,
                 }
             }
         }
-        // 8. Bring carried values to the pass's convention.
+        // Bring carried values to the pass's convention.
         if (W > T(0)) {
             const T g = T(1) / W;
             for (int k = 0; k < 7; ++k) {
@@ -457,14 +457,14 @@ int32_t basic(SsTask* task, uint64_t estimates, uint64_t method_word,
                 for (int64_t j = 0; j < p; ++j) work[k][j] *= f;
             }
         }
-        // 9. A first call starts from zero.
+        // A first call starts from zero.
         if (W == T(0)) {
             for (int k = raw_from; k < 7; ++k)
                 if (work[k]) std::memset(work[k], 0, sizeof(T) * p);
             if (S) std::memset(S, 0, sizeof(T) * p * p);
         }
 
-        // 10. The pieces.
+        // The pieces.
         if (!piece_buf.allocate(static_cast<std::size_t>(npieces), true)) return SS_ERR_NO_MEMORY;
         Piece<T>* pieces = piece_buf.get();
         for (int k = 0; k < 7; ++k) pieces[0].a[k] = work[k];
@@ -496,7 +496,7 @@ int32_t basic(SsTask* task, uint64_t estimates, uint64_t method_word,
         else
             for (int t = 0; t < npieces; ++t) run_piece<T>(t, 0, static_cast<int>(npieces), &ctx);
 
-        // 11. Merge pieces 1 .. T-1 into piece 0, in order.
+        // Merge pieces 1 .. T-1 into piece 0, in order.
         for (int64_t t = 1; t < npieces; ++t) {
             const Piece<T>& pc = pieces[t];
             const T Wa = acc[0].W, Wb = acc[t].W;
@@ -538,7 +538,7 @@ int32_t basic(SsTask* task, uint64_t estimates, uint64_t method_word,
             acc[0].spare0 += acc[t].spare0;
             acc[0].spare1 += acc[t].spare1;
         }
-        // 12. A failure inside a piece.
+        // A failure inside a piece.
         if (ctx.status) return ctx.status;
         W = acc[0].W;
         W2 = acc[0].W2;
@@ -574,7 +574,7 @@ int32_t basic(SsTask* task, uint64_t estimates, uint64_t method_word,
         }
     }
 
-    // 14. Correlation, with variances on its diagonal.
+    // Correlation, with variances on its diagonal.
     const T h = W > T(0) ? T(1) / (W - W2 / W) : T(1);
     if (needs(kCor)) {
         Buffer<T> d;
@@ -587,14 +587,14 @@ int32_t basic(SsTask* task, uint64_t estimates, uint64_t method_word,
             });
         }
     }
-    // 15, 16. Covariance and cross-product.
+    // Covariance and cross-product.
     if (needs(kCov))
         write_matrix(field[kCov], cov_form, p, S, mask, [&](int64_t, int64_t, T s) { return s * h; });
     if (needs(kCp))
         write_matrix(field[kCp], cp_form, p, S, mask, [&](int64_t, int64_t, T s) { return s; });
     s_buf.reset();
 
-    // 18. Results of the pass into the arrays asked for.
+    // Results of the pass into the arrays asked for.
     if (!derived_path) {
         if (accum) {
             accum[0] = W;
@@ -611,16 +611,17 @@ int32_t basic(SsTask* task, uint64_t estimates, uint64_t method_word,
             }
         }
     }
-    // 19. Raw sums from raw moments.
-    for (int k = 0; k < 4; ++k) {
+    // Raw sums from raw moments (the derived path only reads sums).
+    for (int k = 0; k < 4 && !derived_path; ++k) {
         if (!needs(sum_need[k])) continue;
         for (int64_t j = 0; j < p; ++j)
             if (mask.admits(j)) sum_arr[k][j] *= W;
     }
-    const bool plain = !derived_path && method == Method::PlainSums;
+    // Central results from raw moments follow the method bit, on either path.
+    const bool plain = (method_word & SS_METHOD_PLAIN_SUMS) != 0;
     T* const mean = field[kMean];
     T *const r2 = field[kRaw2], *const r3 = field[kRaw3], *const r4 = field[kRaw4];
-    // 20. Central sums from raw moments.
+    // Central sums from raw moments.
     if (plain) {
         for (int64_t j = 0; j < p; ++j) {
             if (!mask.admits(j)) continue;
@@ -631,7 +632,7 @@ int32_t basic(SsTask* task, uint64_t estimates, uint64_t method_word,
                 field[kCs4][j] = (T(-4) * r3[j] * m + r4[j] + (T(-3) * m2 + T(6) * r2[j]) * m2) * W;
         }
     }
-    // 21 - 24. Central moments and the shape estimates.
+    // Central moments and the shape estimates.
     const T c2f = W / (W * W - W2), c2fp = W * W / (W * W - W2);
     for (int64_t j = 0; j < p; ++j) {
         if (!mask.admits(j)) continue;
@@ -668,7 +669,7 @@ int32_t basic(SsTask* task, uint64_t estimates, uint64_t method_word,
         if (needs(kVar)) field[kVar][j] = tsqrt(field[kC2][j]) / mean[j];
     }
 
-    // 25. Keep the mean that centred this call's matrix.
+    // Keep the mean that centred this call's matrix.
     if (!derived_path && method == Method::GivenMean) {
         if (!task->carried_mean) {
             task->carried_mean = orv_serv_allocate(sizeof(T) * static_cast<std::size_t>(p), kAlign);

@@ -11,7 +11,7 @@ extern "C" double __vstdSqrt(double x);
 
 #if defined(__SANITIZE_ADDRESS__)
 // Huge requests must come back as null for the allocation-failure test.
-extern "C" const char* __asan_default_options() { return "allocator_may_return_null=1"; }
+extern "C" __attribute__((visibility("default"), used)) const char* __asan_default_options() { return "allocator_may_return_null=1"; }
 #endif
 
 namespace {
@@ -218,6 +218,8 @@ std::vector<Order> order_cases() {
                  SS_ERR_ACCUM_WEIGHTS});
     return v;
 }
+
+void PrintTo(const Order& c, std::ostream* os) { *os << c.name; }
 
 class BasicChecks : public ::testing::TestWithParam<Order> {};
 

@@ -18,6 +18,8 @@ struct Creation {
     int32_t want;
 };
 
+void PrintTo(const Creation& c, std::ostream* os) { *os << c.name; }
+
 class NewTaskChecks : public ::testing::TestWithParam<Creation> {};
 
 // Checks of creation in their order, for 32- and 64-bit integers.
@@ -121,6 +123,10 @@ TEST_F(EditorTest, EachNumberHasOneSideAndOneField) {
 }
 
 struct NullEdit { int32_t no; bool real; int32_t want; };
+void PrintTo(const NullEdit& c, std::ostream* os) {
+    *os << (c.real ? "real " : "int ") << c.no;
+}
+
 class NullEdits : public ::testing::TestWithParam<NullEdit> {};
 
 TEST_P(NullEdits, NullGivesTheFieldStatusAndKeepsTheField) {
