@@ -611,6 +611,16 @@ int32_t basic(SsTask* task, uint64_t estimates, uint64_t method_word,
             }
         }
     }
+    // A central-moment array that served as working array without being asked
+    // for is normalised all the same, so that a continuing call reads back the
+    // convention it expects.
+    if (!derived_path) {
+        const T f[3] = {W / (W * W - W2), T(1) / W, T(1) / W};
+        for (int k = 4; k < 7; ++k) {
+            if (!work[k] || work[k] != mom_arr[k] || needs(mom_need[k])) continue;
+            for (int64_t j = 0; j < p; ++j) work[k][j] *= f[k - 4];
+        }
+    }
     // Raw sums from raw moments (the derived path only reads sums).
     for (int k = 0; k < 4 && !derived_path; ++k) {
         if (!needs(sum_need[k])) continue;

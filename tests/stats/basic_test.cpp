@@ -134,3 +134,64 @@ INSTANTIATE_TEST_SUITE_P(AllMethods, BasicPieces,
                                             ::testing::Bool(), ::testing::Bool()));
 
 }  // namespace
+
+namespace {
+
+// Requests that select each level of each method, fed in one block and in three.
+using Levels = std::tuple<uint64_t, uint64_t, bool, int>;
+class BasicLevels : public ::testing::TestWithParam<Levels> {};
+
+TEST_P(BasicLevels, EachLevelMatchesTheReference) {
+    const auto [method, est, weighted, nblocks] = GetParam();
+    const int64_t n = 450, p = 3;
+    const auto xo = ref::make_data(n, p, 41);
+    const auto wo = weighted ? ref::make_weights(n, 42) : std::vector<double>{};
+    const auto e = ref::two_pass(xo, wo, n, p);
+    Task<double> t(xo, wo, n, p, nblocks == 1, 0);
+    if (method == kGiven) fill_given_mean(t, e);
+    void** sums[] = {&t.task->sum1, &t.task->sum2, &t.task->sum3, &t.task->sum4,
+                     &t.task->central_sum2, &t.task->central_sum3, &t.task->central_sum4};
+    const uint64_t sum_bits[] = {SS_EST_SUM1, SS_EST_SUM2, SS_EST_SUM3, SS_EST_SUM4,
+                                 SS_EST_CENTRAL_SUM2, SS_EST_CENTRAL_SUM3, SS_EST_CENTRAL_SUM4};
+    for (int k = 0; k < 7; ++k)
+        if (!(est & sum_bits[k])) *sums[k] = nullptr;
+    const int64_t step = n / nblocks;
+    for (int b = 0; b < nblocks; ++b) {
+        const int64_t first = b * step, count = b == nblocks - 1 ? n - first : step;
+        t.set_data(xo, wo, count, first);
+        ASSERT_EQ(t.basic(est, method), SS_OK);
+    }
+    expect_vectors(t, e, est, 1e-12, method == kGiven);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    AllMethods, BasicLevels,
+    ::testing::Combine(::testing::Values(kRunning, kPlain, kGiven),
+                       ::testing::Values(uint64_t(SS_EST_MEAN), uint64_t(SS_EST_CENTRAL_SUM2),
+                                         uint64_t(SS_EST_CENTRAL2), uint64_t(SS_EST_RAW2),
+                                         uint64_t(SS_EST_SUM2), uint64_t(SS_EST_RAW3),
+                                         uint64_t(SS_EST_CENTRAL_SUM3), uint64_t(SS_EST_CENTRAL3),
+                                         uint64_t(SS_EST_CENTRAL_SUM4), uint64_t(SS_EST_SUM4)),
+                       ::testing::Bool(), ::testing::Values(1, 3)));
+
+// The carried mean undoes the previous centring of the matrix, so the caller
+// may supply a different mean for each block.
+TEST(BasicGivenMean, MeanMayChangeBetweenBlocks) {
+    const int64_t n = 400, p = 3, half = 150;
+    const auto xo = ref::make_data(n, p, 43);
+    const auto e = ref::two_pass(xo, {}, n, p);
+    const std::vector<double> first(xo.begin(), xo.begin() + half * p);
+    const auto e1 = ref::two_pass(first, {}, half, p);
+    for (int form : {0, 2}) {
+        Task<double> t(xo, {}, n, p, true, form);
+        for (int j = 0; j < p; ++j) t.a[MEAN][j] = (double)e1.mean[j];
+        t.set_data(xo, {}, half, 0);
+        ASSERT_EQ(t.basic(SS_EST_COV, kGiven), SS_OK);
+        for (int j = 0; j < p; ++j) t.a[MEAN][j] = (double)e.mean[j];
+        t.set_data(xo, {}, n - half, half);
+        ASSERT_EQ(t.basic(SS_EST_COV, kGiven), SS_OK);
+        expect_matrices(t, e, SS_EST_COV, 1e-12);
+    }
+}
+
+}  // namespace
