@@ -292,7 +292,9 @@ int32_t basic(SsTask* task, uint64_t estimates, uint64_t method_word,
     auto needs = [&](int k) { return (need & bit(k)) != 0; };
 
     const int is64 = task->int_is_64;
-    const int64_t p = read_int(task->dimension, is64);
+    // The creator checked p, but the caller owns it and may have changed it.
+    const int64_t p = task->dimension ? read_int(task->dimension, is64) : 0;
+    if (p < 1) return SS_ERR_DIMENSION;
     const Mask mask{task->indices, is64};
     T* accum = static_cast<T*>(task->accum_weights);
     const T* weights = static_cast<const T*>(task->weights);

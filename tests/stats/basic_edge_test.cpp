@@ -195,6 +195,8 @@ std::vector<Order> order_cases() {
     v.push_back({"refused", SS_EST_SUM1, SS_METHOD_FROM_SUMS, no_data, SS_ERR_METHOD});
     v.push_back({"plain table on derived path", SS_EST_CENTRAL_SUM2, 0x201,
                  [](Task<double>& t) { t.task->raw2 = nullptr; }, SS_ERR_RAW2});
+    v.push_back({"dimension changed to zero", kAll, SS_METHOD_PLAIN_SUMS,
+                 [no_data](Task<double>& t) { t.p = 0; no_data(t); }, SS_ERR_DIMENSION});
     v.push_back({"observations null", kAll, SS_METHOD_PLAIN_SUMS, no_data, SS_ERR_OBSERVATIONS});
     v.push_back({"observations zero", kAll, SS_METHOD_PLAIN_SUMS,
                  [](Task<double>& t) { t.n = 0; t.task->data = nullptr; }, SS_ERR_OBSERVATIONS});
