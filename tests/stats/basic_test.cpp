@@ -108,7 +108,6 @@ TEST_P(BasicPieces, PiecesOnOneTwoFourThreadsAgree) {
     const auto wo = weighted ? ref::make_weights(n, 32) : std::vector<double>{};
     const auto e = ref::two_pass(xo, wo, n, p);
     const uint64_t est = kMoments | kSums | kMatrices;
-    std::vector<double> first_cov;
     for (int threads : {1, 2, 4, 7}) {
         g_claimed = threads;
         Task<double> t(xo, wo, n, p, by_obs, 0);
@@ -117,6 +116,15 @@ TEST_P(BasicPieces, PiecesOnOneTwoFourThreadsAgree) {
         EXPECT_EQ(g_pieces, threads);
         expect_vectors(t, e, est, 1e-12, method == kGiven);
         expect_matrices(t, e, est, 1e-12);
+    }
+    {  // the single form merges in 32-bit floats
+        g_claimed = 4;
+        Task<float> t(xo, wo, n, p, by_obs, 2);
+        if (method == kGiven) fill_given_mean(t, e);
+        ASSERT_EQ(t.basic(est, method, &kRecording), SS_OK);
+        EXPECT_EQ(g_pieces, 4);
+        expect_vectors(t, e, est, 2e-3, method == kGiven);
+        expect_matrices(t, e, est, 2e-3);
     }
     for (int threads : {1, 2, 4}) {
         orv_set_num_threads(threads);

@@ -88,9 +88,7 @@ TEST(NewTask, SixtyFourBitValuesAreReadWhole) {
 class EditorTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        const int32_t p = 3;
         ASSERT_EQ(__vstdSSNewTask(&task, &p_, nullptr, nullptr, nullptr, nullptr, nullptr, 0), SS_OK);
-        (void)p;
     }
     void TearDown() override { __vstSSDeleteTask(&task); }
     int32_t p_ = 3;
