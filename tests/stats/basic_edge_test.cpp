@@ -100,14 +100,6 @@ TEST_P(BasicEdge, IndicesLeaveUnadmittedResultsUntouched) {
 
 INSTANTIATE_TEST_SUITE_P(AllMethods, BasicEdge, ::testing::ValuesIn(kMethods));
 
-TEST(BasicEdge, OneVariableRunsTheSameWhateverTheLayoutWord) {
-    const auto xo = ref::make_data(500, 1, 71);
-    Task<double> a(xo, {}, 500, 1, true, 0), b(xo, {}, 500, 1, false, 0);
-    ASSERT_EQ(a.basic(kAll, SS_METHOD_RUNNING), SS_OK);
-    ASSERT_EQ(b.basic(kAll, SS_METHOD_RUNNING), SS_OK);
-    for (int k = 0; k < NARR; ++k) EXPECT_EQ(a.a[k], b.a[k]) << k;
-}
-
 TEST(BasicEdge, UnrequestedSumArrayEndsHoldingTheMoment) {
     const auto xo = ref::make_data(100, 2, 81);
     const auto e = ref::two_pass(xo, {}, 100, 2);
