@@ -100,6 +100,16 @@ TEST_P(BasicEdge, IndicesLeaveUnadmittedResultsUntouched) {
 
 INSTANTIATE_TEST_SUITE_P(AllMethods, BasicEdge, ::testing::ValuesIn(kMethods));
 
+TEST(BasicEdge, ZeroVarianceGivesNanCorrelationWithoutStatus) {
+    std::vector<double> xo = ref::make_data(64, 2, 85);
+    for (int i = 0; i < 64; ++i) xo[i * 2 + 1] = 4.0;
+    Task<double> t(xo, {}, 64, 2, true, 0);
+    ASSERT_EQ(t.basic(SS_EST_COR, SS_METHOD_PLAIN_SUMS), SS_OK);  // exact zero variance
+    EXPECT_FALSE(std::isfinite(t.a[COR][1]));
+    EXPECT_EQ(t.a[COR][3], 0.0);  // the variance, not 1
+    EXPECT_GT(t.a[COR][0], 0.0);
+}
+
 TEST(BasicEdge, UnrequestedSumArrayEndsHoldingTheMoment) {
     const auto xo = ref::make_data(100, 2, 81);
     const auto e = ref::two_pass(xo, {}, 100, 2);
