@@ -155,7 +155,11 @@ INSTANTIATE_TEST_SUITE_P(
                       NullEdit{67, true, SS_ERR_MEAN}, NullEdit{68, true, SS_ERR_SUM2},
                       NullEdit{23, true, SS_ERR_ACCUM_WEIGHTS}, NullEdit{74, true, SS_ERR_CROSS_PRODUCT},
                       NullEdit{28, false, SS_ERR_GROUP_VALUES}, NullEdit{63, true, SS_ERR_STREAM_PARAMS},
-                      NullEdit{78, true, SS_ERR_SORTED}));
+                      NullEdit{78, true, SS_ERR_SORTED}, NullEdit{6, true, SS_ERR_WEIGHTS},
+                      NullEdit{29, false, SS_ERR_STORAGE_WORD},
+                      NullEdit{62, false, SS_ERR_STREAM_PARAM_COUNT},
+                      NullEdit{64, false, SS_ERR_STREAM_ORDER_VALUES},
+                      NullEdit{52, false, SS_ERR_IMPUTE_INIT_COUNT}));
 
 TEST_F(EditorTest, GroupedEditorsSetInOrderAndKeepOnNull) {
     EXPECT_EQ(reinterpret_cast<void*>(&__vstdSSEditMoments), reinterpret_cast<void*>(&__vstsSSEditMoments));
