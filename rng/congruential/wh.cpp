@@ -1,0 +1,168 @@
+// WH: the four-part Wichmann-Hill generator (Wichmann and Hill, 2006) with
+// 273 parameter sets: x[i] = a[i] x[i] mod m[i], output the fractional part
+// of the sum of x[i] / m[i].
+#include "rng/congruential/wh.h"
+
+#include <array>
+#include <cstring>
+
+#include "rng/brng_row.h"
+#include "rng/stream.h"
+
+namespace orv::rng {
+
+const WhParameters kWhParameters[273] = {
+#include "rng/congruential/wh_parameters.inc"
+};
+
+namespace {
+constexpr WhParameters kParams[273] = {
+#include "rng/congruential/wh_parameters.inc"
+};
+constexpr std::array<std::array<double, 4>, 273> reciprocals() {
+    std::array<std::array<double, 4>, 273> t{};
+    for (int r = 0; r < 273; ++r)
+        for (int i = 0; i < 4; ++i) t[r][i] = 1.0 / kParams[r].m[i];
+    return t;
+}
+constexpr auto kReciprocalTable = reciprocals();
+}  // namespace
+
+const double kWhReciprocals[273][4] = {
+#define R(r) {kReciprocalTable[r][0], kReciprocalTable[r][1], kReciprocalTable[r][2], kReciprocalTable[r][3]}
+#define R4(r) R(r), R(r + 1), R(r + 2), R(r + 3)
+#define R16(r) R4(r), R4(r + 4), R4(r + 8), R4(r + 12)
+#define R64(r) R16(r), R16(r + 16), R16(r + 32), R16(r + 48)
+    R64(0), R64(64), R64(128), R64(192), R16(256), R(272)
+#undef R64
+#undef R16
+#undef R4
+#undef R
+};
+
+}  // namespace orv::rng
+
+namespace {
+
+using namespace orv::rng;
+
+struct State {
+    uint32_t x[4];  // the next output
+    uint32_t a[4];  // the current multipliers
+};
+static_assert(16 + sizeof(State) == 48);
+
+struct Set {
+    uint32_t m[4];
+    double inv[4];
+};
+
+Set parameter_set(const void* stream) {
+    uint32_t sub = sub_generator(header(stream)->brngId);
+    if (sub >= 273) sub = 0;  // only reachable through a damaged record
+    Set s;
+    for (int i = 0; i < 4; ++i) {
+        s.m[i] = kWhParameters[sub].m[i];
+        s.inv[i] = kWhReciprocals[sub][i];
+    }
+    return s;
+}
+
+// Exact residue of a product below 2^48 through a double reciprocal: the
+// truncated quotient is off by at most one, which the two tests correct.
+inline uint32_t reduce(uint64_t p, uint32_t m, double inv) {
+    const int64_t q = static_cast<int64_t>(static_cast<double>(p) * inv);
+    int64_t r = static_cast<int64_t>(p) - q * m;
+    if (r < 0) r += m;
+    if (r >= m) r -= m;
+    return static_cast<uint32_t>(r);
+}
+
+inline void step(uint32_t x[4], const uint32_t a[4], const Set& s) {
+    for (int i = 0; i < 4; ++i) x[i] = reduce(static_cast<uint64_t>(a[i]) * x[i], s.m[i], s.inv[i]);
+}
+
+inline double fraction(const uint32_t x[4], const Set& s) {
+    const double u = x[0] * s.inv[0] + x[1] * s.inv[1] + x[2] * s.inv[2] + x[3] * s.inv[3];
+    return u - static_cast<double>(static_cast<int64_t>(u));
+}
+
+template <typename Out>
+void generate_interval(void* stream, int32_t n, Out&& out) {
+    State* st = state<State>(stream);
+    const Set s = parameter_set(stream);
+    uint32_t x[4] = {st->x[0], st->x[1], st->x[2], st->x[3]};
+    for (int32_t i = 0; i < n; ++i) {
+        out(i, fraction(x, s));
+        step(x, st->a, s);
+    }
+    std::memcpy(st->x, x, sizeof x);
+}
+
+}  // namespace
+
+ORV_RNG_EXPORT int32_t __vstBRngWHInitStream(int32_t method, void* stream, int32_t count,
+                                            const void* params) {
+    State* st = state<State>(stream);
+    if (method < 0 || method > 3) return ORV_RNG_ERROR_BAD_METHOD;
+    if (method == ORV_RNG_METHOD_SKIP_EX) return ORV_RNG_ERROR_SKIPAHEADEX_UNSUPPORTED;
+    const Set s = parameter_set(stream);
+    switch (method) {
+        case ORV_RNG_METHOD_SEED: {
+            uint32_t sub = sub_generator(header(stream)->brngId);
+            if (sub >= 273) sub = 0;
+            const uint32_t words = static_cast<uint32_t>(count) <= 3 ? static_cast<uint32_t>(count) : 4;
+            const uint32_t* seed = static_cast<const uint32_t*>(params);
+            for (uint32_t i = 0; i < 4; ++i) {
+                uint32_t x = i < words ? seed[i] % s.m[i] : 1;
+                st->x[i] = x == 0 ? 1 : x;
+                st->a[i] = (kWhParameters[sub].multipliers >> (8 * i)) & 0xFF;
+            }
+            return 0;
+        }
+        case ORV_RNG_METHOD_LEAPFROG: {
+            const uint32_t k = static_cast<uint32_t>(*static_cast<const int32_t*>(params));
+            for (int i = 0; i < 4; ++i) {
+                st->x[i] = reduce(static_cast<uint64_t>(__vstiPowMod(st->a[i], k, s.m[i])) * st->x[i],
+                                  s.m[i], s.inv[i]);
+                st->a[i] = __vstiPowMod(st->a[i], static_cast<uint32_t>(count), s.m[i]);
+            }
+            return 0;
+        }
+        default: {  // skip ahead by one 64-bit count
+            uint64_t nskip;
+            std::memcpy(&nskip, params, sizeof nskip);
+            for (int i = 0; i < 4; ++i)
+                st->x[i] = reduce(static_cast<uint64_t>(__vstiPowMod(st->a[i], nskip, s.m[i])) * st->x[i],
+                                  s.m[i], s.inv[i]);
+            return 0;
+        }
+    }
+}
+
+// Each output is the four parts of the state, so n outputs fill 4n words.
+ORV_RNG_EXPORT int32_t __vstiBRngWH(void* stream, int32_t n, uint32_t* r) {
+    State* st = state<State>(stream);
+    const Set s = parameter_set(stream);
+    uint32_t x[4] = {st->x[0], st->x[1], st->x[2], st->x[3]};
+    for (int32_t i = 0; i < n; ++i) {
+        std::memcpy(r + 4 * static_cast<size_t>(i), x, sizeof x);
+        step(x, st->a, s);
+    }
+    std::memcpy(st->x, x, sizeof x);
+    return 0;
+}
+
+ORV_RNG_EXPORT int32_t __vstdBRngWH(void* stream, int32_t n, double* r, double a, double b) {
+    const double scale = b - a;
+    generate_interval(stream, n, [r, scale, a](int32_t i, double u) { r[i] = u * scale + a; });
+    return 0;
+}
+
+ORV_RNG_EXPORT int32_t __vstsBRngWH(void* stream, int32_t n, float* r, float a, float b) {
+    const double da = a;
+    const double scale = static_cast<double>(b) - da;
+    generate_interval(stream, n,
+                      [r, scale, da](int32_t i, double u) { r[i] = static_cast<float>(u * scale + da); });
+    return 0;
+}
