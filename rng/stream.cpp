@@ -304,6 +304,8 @@ ORV_RNG_EXPORT int32_t __vstSaveStreamF(void* stream, const char* name, int32_t 
     if (f == nullptr) {
         status = ORV_RNG_ERROR_FILE_OPEN;
     } else {
+        // Unbuffered, so that a failed write is seen where it happens.
+        std::setvbuf(f, nullptr, _IONBF, 0);
         Io io;
         io.file = f;
         if (!write_image(stream, io)) status = ORV_RNG_ERROR_FILE_WRITE;
