@@ -296,6 +296,7 @@ const char* file_name(const char* name, int32_t length, char** copy) {
 }  // namespace
 
 ORV_RNG_EXPORT int32_t __vstSaveStreamF(void* stream, const char* name, int32_t nameLength) {
+    if (name == nullptr) return ORV_RNG_ERROR_FILE_OPEN;
     char* copy = nullptr;
     const char* path = file_name(name, nameLength, &copy);
     if (path == nullptr && nameLength >= 0) return ORV_RNG_ERROR_MEM_FAILURE;
@@ -323,6 +324,10 @@ ORV_RNG_EXPORT int32_t __vstSaveStreamM(void* stream, char* memory) {
 }
 
 ORV_RNG_EXPORT int32_t __vstLoadStreamF(void** out, const char* name, int32_t nameLength) {
+    if (name == nullptr) {
+        *out = nullptr;
+        return ORV_RNG_ERROR_FILE_OPEN;
+    }
     char* copy = nullptr;
     const char* path = file_name(name, nameLength, &copy);
     if (path == nullptr && nameLength >= 0) return ORV_RNG_ERROR_MEM_FAILURE;

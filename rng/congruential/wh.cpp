@@ -87,14 +87,24 @@ inline double fraction(const uint32_t x[4], const Set& s) {
     return u - static_cast<double>(static_cast<int64_t>(u));
 }
 
+// The working copy of the state, reduced modulo m: a state that came from
+// a damaged image can't push the products past 2^48.
+inline void load(const State* st, const Set& s, uint32_t x[4], uint32_t a[4]) {
+    for (int i = 0; i < 4; ++i) {
+        x[i] = st->x[i] < s.m[i] ? st->x[i] : st->x[i] % s.m[i];
+        a[i] = st->a[i] < s.m[i] ? st->a[i] : st->a[i] % s.m[i];
+    }
+}
+
 template <typename Out>
 void generate_interval(void* stream, int32_t n, Out&& out) {
     State* st = state<State>(stream);
     const Set s = parameter_set(stream);
-    uint32_t x[4] = {st->x[0], st->x[1], st->x[2], st->x[3]};
+    uint32_t x[4], a[4];
+    load(st, s, x, a);
     for (int32_t i = 0; i < n; ++i) {
         out(i, fraction(x, s));
-        step(x, st->a, s);
+        step(x, a, s);
     }
     std::memcpy(st->x, x, sizeof x);
 }
@@ -121,6 +131,7 @@ ORV_RNG_EXPORT int32_t __vstBRngWHInitStream(int32_t method, void* stream, int32
             return 0;
         }
         case ORV_RNG_METHOD_LEAPFROG: {
+            load(st, s, st->x, st->a);
             const uint32_t k = static_cast<uint32_t>(*static_cast<const int32_t*>(params));
             for (int i = 0; i < 4; ++i) {
                 st->x[i] = reduce(static_cast<uint64_t>(__vstiPowMod(st->a[i], k, s.m[i])) * st->x[i],
@@ -132,6 +143,7 @@ ORV_RNG_EXPORT int32_t __vstBRngWHInitStream(int32_t method, void* stream, int32
         default: {  // skip ahead by one 64-bit count
             uint64_t nskip;
             std::memcpy(&nskip, params, sizeof nskip);
+            load(st, s, st->x, st->a);
             for (int i = 0; i < 4; ++i)
                 st->x[i] = reduce(static_cast<uint64_t>(__vstiPowMod(st->a[i], nskip, s.m[i])) * st->x[i],
                                   s.m[i], s.inv[i]);
@@ -144,10 +156,11 @@ ORV_RNG_EXPORT int32_t __vstBRngWHInitStream(int32_t method, void* stream, int32
 ORV_RNG_EXPORT int32_t __vstiBRngWH(void* stream, int32_t n, uint32_t* r) {
     State* st = state<State>(stream);
     const Set s = parameter_set(stream);
-    uint32_t x[4] = {st->x[0], st->x[1], st->x[2], st->x[3]};
+    uint32_t x[4], a[4];
+    load(st, s, x, a);
     for (int32_t i = 0; i < n; ++i) {
         std::memcpy(r + 4 * static_cast<size_t>(i), x, sizeof x);
-        step(x, st->a, s);
+        step(x, a, s);
     }
     std::memcpy(st->x, x, sizeof x);
     return 0;

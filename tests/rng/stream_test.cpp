@@ -229,6 +229,8 @@ TEST(Files, NameAndOpenFailures) {
     void* out = reinterpret_cast<void*>(0x1);
     EXPECT_EQ(__vstLoadStreamF(&out, "/nonexistent-dir/x", -1), ORV_RNG_ERROR_FILE_OPEN);
     EXPECT_EQ(out, nullptr);
+    EXPECT_EQ(__vstSaveStreamF(s.s, nullptr, 5), ORV_RNG_ERROR_FILE_OPEN);
+    EXPECT_EQ(__vstLoadStreamF(&out, nullptr, -1), ORV_RNG_ERROR_FILE_OPEN);
     // A counted name need not be terminated.
     const std::string path = temp_path("counted");
     const std::string longer = path + "#trailing";
