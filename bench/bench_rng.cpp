@@ -64,9 +64,14 @@ struct PlainMcg59 {
     uint64_t word() { return x = x * 302875106592253ull % (uint64_t{1} << 59); }
     double uniform() { return static_cast<double>(word()) * 0x1p-59; }
 };
+// The set is read at run time, as a generator with 273 sets must.
+volatile int g_wh_set = 0;
+const uint64_t kWhM[2][4] = {{16770647, 16770643, 16770623, 16770617}, {16770311, 16770283, 16770263, 16770209}};
+const uint64_t kWhA[2][4] = {{125, 117, 127, 126}, {127, 126, 125, 123}};
 struct PlainWh {
     uint64_t x[4] = {1, 2, 3, 4};
-    const uint64_t a[4] = {125, 117, 127, 126}, m[4] = {16770647, 16770643, 16770623, 16770617};
+    const uint64_t* a = kWhA[g_wh_set];
+    const uint64_t* m = kWhM[g_wh_set];
     uint32_t word() {
         for (int i = 0; i < 4; ++i) x[i] = a[i] * x[i] % m[i];
         return static_cast<uint32_t>(x[0]);

@@ -3,7 +3,10 @@
 // of the sum of x[i] / m[i].
 #include "rng/congruential/wh.h"
 
+#include <emmintrin.h>
+
 #include <array>
+#include <cmath>
 #include <cstring>
 
 #include "rng/brng_row.h"
@@ -78,15 +81,6 @@ inline uint32_t reduce(uint64_t p, uint32_t m, double inv) {
     return static_cast<uint32_t>(r);
 }
 
-inline void step(uint32_t x[4], const uint32_t a[4], const Set& s) {
-    for (int i = 0; i < 4; ++i) x[i] = reduce(static_cast<uint64_t>(a[i]) * x[i], s.m[i], s.inv[i]);
-}
-
-inline double fraction(const uint32_t x[4], const Set& s) {
-    const double u = x[0] * s.inv[0] + x[1] * s.inv[1] + x[2] * s.inv[2] + x[3] * s.inv[3];
-    return u - static_cast<double>(static_cast<int64_t>(u));
-}
-
 // The working copy of the state, reduced modulo m: a state that came from
 // a damaged image can't push the products past 2^48.
 inline void load(const State* st, const Set& s, uint32_t x[4], uint32_t a[4]) {
@@ -96,17 +90,80 @@ inline void load(const State* st, const Set& s, uint32_t x[4], uint32_t a[4]) {
     }
 }
 
+// The fills work in doubles, the four parts in two SSE2 registers: the
+// products are below 2^48 and exact, the quotient is truncated through int32
+// and the remainder corrected once each way by masks, with no branch. Eight
+// outputs per round, x(t+k) = a^k x(t), so the products of a round are
+// independent.
+constexpr int kRound = 8;
+
+struct Pair {
+    __m128d lo, hi;  // parts 0 and 1, parts 2 and 3
+};
+
+// inv is 1/m rounded up, so the truncated quotient is never below the true
+// one and at most one above it: one correction.
+inline __m128d reduce_pd(__m128d p, __m128d m, __m128d inv) {
+    const __m128d q = _mm_cvtepi32_pd(_mm_cvttpd_epi32(_mm_mul_pd(p, inv)));
+    const __m128d r = _mm_sub_pd(p, _mm_mul_pd(q, m));
+    return _mm_add_pd(r, _mm_and_pd(_mm_cmplt_pd(r, _mm_setzero_pd()), m));
+}
+
+inline Pair mulmod(const Pair& a, const Pair& x, const Pair& m, const Pair& inv) {
+    return Pair{reduce_pd(_mm_mul_pd(a.lo, x.lo), m.lo, inv.lo), reduce_pd(_mm_mul_pd(a.hi, x.hi), m.hi, inv.hi)};
+}
+
+inline Pair pair_of(const double v[4]) { return Pair{_mm_loadu_pd(v), _mm_loadu_pd(v + 2)}; }
+
+// Calls out(i, x) with the four parts of output i, for i below n.
 template <typename Out>
-void generate_interval(void* stream, int32_t n, Out&& out) {
+void generate(void* stream, int32_t n, Out&& out) {
     State* st = state<State>(stream);
     const Set s = parameter_set(stream);
-    uint32_t x[4], a[4];
-    load(st, s, x, a);
-    for (int32_t i = 0; i < n; ++i) {
-        out(i, fraction(x, s));
-        step(x, a, s);
+    uint32_t xi[4], ai[4];
+    load(st, s, xi, ai);
+    double xd[4], ad[4], md[4], up[4];
+    for (int k = 0; k < 4; ++k) {
+        xd[k] = xi[k], ad[k] = ai[k], md[k] = s.m[k];
+        up[k] = std::nextafter(1.0 / md[k], 1.0);
     }
-    std::memcpy(st->x, x, sizeof x);
+    const Pair m = pair_of(md), inv = pair_of(up), a = pair_of(ad);
+    // Powers a^1 .. a^8 give eight outputs per round from one state.
+    Pair pw[kRound];
+    pw[0] = a;
+    for (int k = 1; k < kRound; ++k) pw[k] = mulmod(pw[k - 1], a, m, inv);
+    Pair x = pair_of(xd);
+    Pair ys[kRound];
+    int32_t i = 0;
+    for (; i + kRound <= n; i += kRound) {
+        ys[0] = x;
+        for (int k = 1; k < kRound; ++k) ys[k] = mulmod(pw[k - 1], x, m, inv);
+        x = mulmod(pw[kRound - 1], x, m, inv);
+        for (int k = 0; k < kRound; ++k) out(i + k, ys[k]);
+    }
+    for (; i < n; ++i) {
+        out(i, x);
+        x = mulmod(a, x, m, inv);
+    }
+    alignas(16) double cur[4];
+    _mm_store_pd(cur, x.lo);
+    _mm_store_pd(cur + 2, x.hi);
+    for (int k = 0; k < 4; ++k) st->x[k] = static_cast<uint32_t>(cur[k]);
+}
+
+// u = x[0]/m[0] + ... + x[3]/m[3] through the reciprocals, in this order,
+// minus its integer part.
+template <typename Out>
+void generate_interval(void* stream, int32_t n, Out&& out) {
+    const Set s = parameter_set(stream);
+    const __m128d inv_lo = _mm_loadu_pd(s.inv), inv_hi = _mm_loadu_pd(s.inv + 2);
+    generate(stream, n, [&out, inv_lo, inv_hi](int32_t i, const Pair& x) {
+        const __m128d p01 = _mm_mul_pd(x.lo, inv_lo), p23 = _mm_mul_pd(x.hi, inv_hi);
+        double u = _mm_cvtsd_f64(p01) + _mm_cvtsd_f64(_mm_unpackhi_pd(p01, p01));
+        u += _mm_cvtsd_f64(p23);
+        u += _mm_cvtsd_f64(_mm_unpackhi_pd(p23, p23));
+        out(i, u - static_cast<double>(_mm_cvttsd_si32(_mm_set_sd(u))));
+    });
 }
 
 }  // namespace
@@ -154,15 +211,10 @@ ORV_RNG_EXPORT int32_t __vstBRngWHInitStream(int32_t method, void* stream, int32
 
 // Each output is the four parts of the state, so n outputs fill 4n words.
 ORV_RNG_EXPORT int32_t __vstiBRngWH(void* stream, int32_t n, uint32_t* r) {
-    State* st = state<State>(stream);
-    const Set s = parameter_set(stream);
-    uint32_t x[4], a[4];
-    load(st, s, x, a);
-    for (int32_t i = 0; i < n; ++i) {
-        std::memcpy(r + 4 * static_cast<size_t>(i), x, sizeof x);
-        step(x, a, s);
-    }
-    std::memcpy(st->x, x, sizeof x);
+    generate(stream, n, [r](int32_t i, const Pair& x) {
+        const __m128i w = _mm_unpacklo_epi64(_mm_cvttpd_epi32(x.lo), _mm_cvttpd_epi32(x.hi));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(r + 4 * static_cast<size_t>(i)), w);
+    });
     return 0;
 }
 
