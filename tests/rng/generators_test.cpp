@@ -187,7 +187,7 @@ TEST_P(Fills, EveryLengthEqualsSteppingInAllThreeForms) {
     const Gen& g = GetParam();
     std::vector<int> lengths;
     for (int n = 0; n <= 40; ++n) lengths.push_back(n);
-    for (int n : {63, 64, 65, 147, 249, 250, 251, 400, 499, 500, 501, 777}) lengths.push_back(n);
+    for (int n : {63, 64, 65, 127, 128, 129, 147, 249, 250, 251, 400, 499, 500, 501, 777, 1024, 5003}) lengths.push_back(n);
     const bool writes_one_at_zero = g.id == ORV_BRNG_MCG31M1;
     for (int n : lengths) {
         Stream bulk(g.id, kSeed), single(g.id, kSeed);
