@@ -92,7 +92,10 @@ ORV_RNG_EXPORT int32_t __vstiBRngMCG59(void* stream, int32_t n, uint32_t* r) {
 ORV_RNG_EXPORT int32_t __vstdBRngMCG59(void* stream, int32_t n, double* r, double a, double b) {
     const double scale = (b - a) * kTwoM59d;
     generate(state<State>(stream), n,
-             [r, scale, a](int32_t i, uint64_t v) { r[i] = static_cast<double>(v) * scale + a; });
+             [r, scale, a](int32_t i, uint64_t v) {
+                 // Values are below 2^59: the signed conversion is exact and one instruction.
+                 r[i] = static_cast<double>(static_cast<int64_t>(v)) * scale + a;
+             });
     return 0;
 }
 
@@ -100,6 +103,8 @@ ORV_RNG_EXPORT int32_t __vstdBRngMCG59(void* stream, int32_t n, double* r, doubl
 ORV_RNG_EXPORT int32_t __vstsBRngMCG59(void* stream, int32_t n, float* r, float a, float b) {
     const float scale = (b - a) * kTwoM59;
     generate(state<State>(stream), n,
-             [r, scale, a](int32_t i, uint64_t v) { r[i] = static_cast<float>(v) * scale + a; });
+             [r, scale, a](int32_t i, uint64_t v) {
+                 r[i] = static_cast<float>(static_cast<int64_t>(v)) * scale + a;
+             });
     return 0;
 }
