@@ -17,7 +17,6 @@ namespace {
 using orv::rng::ChunkNode;
 using orv::rng::header;
 using orv::rng::kGlobTableEntries;
-using orv::rng::kStreamAlignment;
 
 struct GlobTable {
     int32_t count;
@@ -88,7 +87,7 @@ int32_t glob_table_count() {
 
 ORV_RNG_EXPORT int32_t __vstAddChunk(void* stream, int32_t type, const OrvChunkId* id, void* data,
                                      int32_t size) {
-    auto* node = static_cast<ChunkNode*>(orv_serv_allocate(sizeof(ChunkNode), kStreamAlignment));
+    auto* node = static_cast<ChunkNode*>(orv::rng::allocate_block(sizeof(ChunkNode)));
     if (node == nullptr) return ORV_RNG_ERROR_MEM_FAILURE;
     node->type = type;
     node->size = size;
@@ -174,7 +173,7 @@ ORV_RNG_EXPORT int32_t __vstCopyChunks(void* dst, const void* src) {
         if (__vstFindGlobRODataTableEntry(&entry, &n->id) == 0) {
             block = entry->data;
         } else if (n->size > 0 && n->data != nullptr) {
-            block = orv_serv_allocate(static_cast<size_t>(n->size), kStreamAlignment);
+            block = orv::rng::allocate_block(static_cast<size_t>(n->size));
             if (block == nullptr) {
                 __vstDeleteChunks(dst);
                 return ORV_RNG_ERROR_MEM_FAILURE;

@@ -14,9 +14,29 @@
 
 using namespace orv::rng;
 
+namespace orv::rng {
+
+Faults& faults() {
+    static Faults f;
+    return f;
+}
+
+void* allocate_block(std::size_t bytes) {
+    Faults& f = faults();
+    if (f.allocation_countdown > 0 && --f.allocation_countdown == 0) return nullptr;
+    return orv_serv_allocate(bytes, kStreamAlignment);
+}
+
+}  // namespace orv::rng
+
 namespace {
 
-void* allocate(size_t bytes) { return orv_serv_allocate(bytes, kStreamAlignment); }
+void* allocate(size_t bytes) { return allocate_block(bytes); }
+
+int close_file(FILE* f) {
+    const int r = std::fclose(f);
+    return faults().close_fails ? EOF : r;
+}
 
 int32_t state_bytes(const BrngRow* row) { return row->streamBytes - static_cast<int32_t>(kStateOffset); }
 
@@ -310,7 +330,7 @@ ORV_RNG_EXPORT int32_t __vstSaveStreamF(void* stream, const char* name, int32_t 
         Io io;
         io.file = f;
         if (!write_image(stream, io)) status = ORV_RNG_ERROR_FILE_WRITE;
-        if (std::fclose(f) != 0) status = ORV_RNG_ERROR_FILE_CLOSE;
+        if (close_file(f) != 0) status = ORV_RNG_ERROR_FILE_CLOSE;
     }
     if (copy != nullptr) orv_serv_deallocate(copy);
     return status;
@@ -323,11 +343,10 @@ ORV_RNG_EXPORT int32_t __vstSaveStreamM(void* stream, char* memory) {
     return 0;
 }
 
+// *out is null on every failure, also when the name can't be copied.
 ORV_RNG_EXPORT int32_t __vstLoadStreamF(void** out, const char* name, int32_t nameLength) {
-    if (name == nullptr) {
-        *out = nullptr;
-        return ORV_RNG_ERROR_FILE_OPEN;
-    }
+    *out = nullptr;
+    if (name == nullptr) return ORV_RNG_ERROR_FILE_OPEN;
     char* copy = nullptr;
     const char* path = file_name(name, nameLength, &copy);
     if (path == nullptr && nameLength >= 0) return ORV_RNG_ERROR_MEM_FAILURE;
@@ -342,7 +361,7 @@ ORV_RNG_EXPORT int32_t __vstLoadStreamF(void** out, const char* name, int32_t na
         struct stat st;
         io.remaining = fstat(fileno(f), &st) == 0 && st.st_size > 0 ? static_cast<size_t>(st.st_size) : 0;
         status = load(out, io, ORV_RNG_ERROR_BAD_FILE_FORMAT, ORV_RNG_ERROR_UNSUPPORTED_FILE_VER);
-        if (std::fclose(f) != 0) {
+        if (close_file(f) != 0) {
             status = ORV_RNG_ERROR_FILE_CLOSE;
             if (*out != nullptr) __vstDeleteStream(out);
         }

@@ -12,6 +12,7 @@
 #include <orv/rng.h>
 
 #include "rng/chunks.h"
+#include "rng/stream.h"
 
 namespace {
 
@@ -378,5 +379,96 @@ TEST(Chunks, A127thEntryMakesNewIdsPrivateAndTheTableHolds128) {
     EXPECT_EQ(__vstUnregisterGlobRODataReference(&last), 0);
     EXPECT_EQ(orv::rng::glob_table_count(), before);
 }
+
+}  // namespace
+
+namespace {
+
+// Allocation and close failures, injected: every -4 and -1100 path, and a
+// failed load never hands out a stream.
+struct Injected {
+    const char* what;
+    int countdown;
+    bool close_fails;
+    int32_t status;
+};
+
+class Faults : public testing::TestWithParam<Injected> {
+  protected:
+    void TearDown() override { orv::rng::faults() = {}; }
+};
+
+int32_t run_case(const std::string& kind, void* src, const std::string& path, const std::vector<char>& img) {
+    if (kind == "copy state") {
+        Owned dst;
+        orv::rng::Faults armed = orv::rng::faults();
+        orv::rng::faults() = {};
+        __vstNewStreamEx(&dst.s, ORV_BRNG_MCG59, 0, nullptr);
+        orv::rng::faults() = armed;
+        const int32_t st = __vstCopyStreamState(dst.s, src);
+        EXPECT_EQ(__vstGetNumChunks(dst.s), 0);
+        return st;
+    }
+    if (kind == "add chunk") {
+        const int32_t st = __vstAddChunk(src, 7, nullptr, nullptr, 0);
+        EXPECT_EQ(__vstGetNumChunks(src), 2);
+        return st;
+    }
+    if (kind == "save") return __vstSaveStreamF(src, path.c_str(), static_cast<int32_t>(path.size()));
+    void* const untouched = reinterpret_cast<void*>(0x1);
+    void* out = untouched;
+    int32_t st;
+    if (kind == "new") {
+        st = __vstNewStreamEx(&out, ORV_BRNG_MCG59, 1, kSeed);
+    } else if (kind == "copy") {
+        st = __vstCopyStream(&out, src);
+    } else if (kind == "load file") {
+        st = __vstLoadStreamF(&out, path.c_str(), static_cast<int32_t>(path.size()));
+    } else {
+        st = __vstLoadStreamM(&out, img.data());
+    }
+    if (kind == "copy" && out != untouched) {
+        if (st != 0) {
+            EXPECT_EQ(__vstGetNumChunks(out), 0) << "the copy stays, without chunks";
+        }
+        __vstDeleteStream(&out);
+    } else if (st == 0) {
+        __vstDeleteStream(&out);
+    } else {
+        EXPECT_EQ(out, kind == "new" || kind == "copy" ? untouched : nullptr);
+    }
+    return st;
+}
+
+TEST_P(Faults, GiveTheirStatus) {
+    const Injected c = GetParam();
+    Owned src;
+    ASSERT_EQ(__vstNewStreamEx(&src.s, ORV_BRNG_MCG59, 1, kSeed), 0);
+    ASSERT_EQ(__vstAddChunk(src.s, 2, nullptr, block("one"), 4), 0);
+    ASSERT_EQ(__vstAddChunk(src.s, 1, nullptr, block("two"), 4), 0);
+    const std::string path = temp_path("faults");
+    ASSERT_EQ(__vstSaveStreamF(src.s, path.c_str(), -1), 0);
+    std::vector<char> img(__vstGetStreamSize(src.s));
+    __vstSaveStreamM(src.s, img.data());
+    orv::rng::faults().allocation_countdown = c.countdown;
+    orv::rng::faults().close_fails = c.close_fails;
+    const std::string what = c.what;
+    const std::string kind = what.substr(0, what.find(':'));
+    EXPECT_EQ(run_case(kind, src.s, path, img), c.status) << c.what;
+    orv::rng::faults() = {};
+    std::remove(path.c_str());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Injected, Faults,
+    testing::Values(Injected{"new", 1, false, -4}, Injected{"copy: the record", 1, false, -4},
+                    Injected{"copy: a chunk's data", 2, false, -4}, Injected{"copy: a chunk node", 3, false, -4},
+                    Injected{"copy: the second chunk", 5, false, -4}, Injected{"copy state", 1, false, -4},
+                    Injected{"add chunk", 1, false, -4}, Injected{"save: the name", 1, false, -4},
+                    Injected{"save: close", 0, true, -1100}, Injected{"load file: the name", 1, false, -4},
+                    Injected{"load file: the record", 2, false, -4}, Injected{"load file: chunk data", 3, false, -4},
+                    Injected{"load file: chunk node", 4, false, -4}, Injected{"load file: close", 0, true, -1100},
+                    Injected{"load memory: the record", 1, false, -4},
+                    Injected{"load memory: second chunk", 4, false, -4}));
 
 }  // namespace
