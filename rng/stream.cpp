@@ -77,7 +77,8 @@ ORV_RNG_EXPORT int32_t __vstNewStreamEx(void** out, int32_t id, int32_t count, c
     const int32_t status = __vstAllocateStream(out, table, id, static_cast<int32_t>(row),
                                                static_cast<int32_t>(sub));
     if (status != 0) return status;
-    return table[row].initStream(ORV_RNG_METHOD_SEED, *out, count, params);
+    // A null seed array seeds as no seed words.
+    return table[row].initStream(ORV_RNG_METHOD_SEED, *out, params != nullptr ? count : 0, params);
 }
 
 ORV_RNG_EXPORT int32_t __vstCopyStream(void** out, const void* src) {
@@ -110,6 +111,7 @@ ORV_RNG_EXPORT int32_t __vstCopyStreamState(void* dst, const void* src) {
 }
 
 ORV_RNG_EXPORT int32_t __vstDeleteStream(void** stream) {
+    if (stream == nullptr || *stream == nullptr) return 0;  // nothing to release
     __vstDeleteChunks(*stream);
     orv_serv_deallocate(*stream);
     *stream = nullptr;

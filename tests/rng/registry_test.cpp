@@ -134,6 +134,16 @@ TEST(NewStream, RefusalsLeaveTheOutputUntouched) {
         EXPECT_EQ(s, sentinel);
     }
     void* s = nullptr;
+    EXPECT_EQ(__vstDeleteStream(&s), 0);
+    ASSERT_EQ(__vstNewStreamEx(&s, ORV_BRNG_MRG32K3A, 6, nullptr), 0);  // seeds as no words
+    uint32_t w[2];
+    void* t = nullptr;
+    ASSERT_EQ(__vstNewStreamEx(&t, ORV_BRNG_MRG32K3A, 0, nullptr), 0);
+    __vstiBRngMRG32K3A(s, 1, w);
+    __vstiBRngMRG32K3A(t, 1, w + 1);
+    EXPECT_EQ(w[0], w[1]);
+    __vstDeleteStream(&t);
+    __vstDeleteStream(&s);
     ASSERT_EQ(__vstNewStreamEx(&s, 2, 1, &seed), 0);  // first numbering
     uint32_t* words = reinterpret_cast<uint32_t*>(s);
     EXPECT_EQ(words[0], 2u);
