@@ -1,5 +1,5 @@
 // MCG59: the multiplicative congruential generator x = a x mod 2^59 with
-// a = 13^13 (the NAG basic generator's multiplier).
+// a = 13^13.
 #include <cstring>
 
 #include "rng/brng_row.h"
