@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstring>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <orv/orv_core.h>
@@ -350,6 +351,37 @@ TEST(Chunks, SharedBlocksAreCountedAndReleasedWithTheLastUser) {
     EXPECT_EQ(__vstFindGlobRODataTableEntry(&e, nullptr), ORV_RNG_ERROR_NO_TABLE_ENTRY);
     EXPECT_EQ(__vstUnregisterGlobRODataReference(&id), ORV_RNG_ERROR_NO_TABLE_ENTRY);
     EXPECT_EQ(__vstRegisterGlobRODataReference(ref, &id), ORV_RNG_ERROR_NO_TABLE_ENTRY);
+}
+
+// Streams of several threads share one id: the spin lock keeps the
+// reference counts right, and the block goes with the last user.
+TEST(Chunks, ThreadsSharingAnIdKeepTheCountsRight) {
+    const int32_t before = orv::rng::glob_table_count();
+    const OrvChunkId id = fresh_id(4242);
+    Owned keeper;
+    ASSERT_EQ(__vstNewStreamEx(&keeper.s, ORV_BRNG_MCG31M1, 0, nullptr), 0);
+    void* shared = block("shared by all");
+    ASSERT_EQ(__vstAddChunk(keeper.s, 9, &id, shared, 14), 0);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t)
+        threads.emplace_back([&id, shared] {
+            for (int i = 0; i < 500; ++i) {
+                void* s = nullptr;
+                __vstNewStreamEx(&s, ORV_BRNG_MCG31M1, 0, nullptr);
+                __vstAddChunk(s, 9, &id, nullptr, 14);
+                void* copy = nullptr;
+                __vstCopyStream(&copy, s);
+                if (__vstSearchChunk(copy, 9) != shared) std::abort();
+                __vstDeleteStream(&copy);
+                __vstDeleteStream(&s);
+            }
+        });
+    for (auto& t : threads) t.join();
+    OrvGlobRODataEntry* e = nullptr;
+    ASSERT_EQ(__vstFindGlobRODataTableEntry(&e, &id), 0);
+    EXPECT_EQ(e->references, 1);
+    __vstDeleteStream(&keeper.s);
+    EXPECT_EQ(orv::rng::glob_table_count(), before);
 }
 
 TEST(Chunks, A127thEntryMakesNewIdsPrivateAndTheTableHolds128) {
