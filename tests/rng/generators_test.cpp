@@ -139,9 +139,9 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(Seeding, StatedEdgeCases) {
     uint32_t w[2];
     {
-        Stream s(ORV_BRNG_MCG31M1, {0x7FFFFFFF});
-        s.words(1, 1);
-        EXPECT_EQ(s.words(0, 1).size(), 0u);
+        Stream s(ORV_BRNG_MCG31M1, {0x7FFFFFFF}), u(ORV_BRNG_MCG31M1, {0xFFFFFFFF});
+        EXPECT_EQ(s.words(1, 1)[0], 1u);  // residue 0 becomes 1
+        EXPECT_EQ(u.words(1, 1)[0], 1u);  // 0xFFFFFFFF mod 0x7FFFFFFF
         Stream t(ORV_BRNG_MCG31M1, {});
         __vstiBRngMCG31M1(t.s, 1, w);
         EXPECT_EQ(w[0], 1u);
