@@ -115,9 +115,10 @@ inline Pair mulmod(const Pair& a, const Pair& x, const Pair& m, const Pair& inv)
 
 inline Pair pair_of(const double v[4]) { return Pair{_mm_loadu_pd(v), _mm_loadu_pd(v + 2)}; }
 
-// Calls out(i, x) with the four parts of output i, for i below n.
-template <typename Out>
-void generate(void* stream, int32_t n, Out&& out) {
+// Calls one(i, x) with the four parts of output i, or two(i, x, y) with
+// those of outputs i and i + 1, for i below n.
+template <typename One, typename Two>
+void generate(void* stream, int32_t n, One&& one, Two&& two) {
     State* st = state<State>(stream);
     const Set s = parameter_set(stream);
     uint32_t xi[4], ai[4];
@@ -139,10 +140,10 @@ void generate(void* stream, int32_t n, Out&& out) {
         ys[0] = x;
         for (int k = 1; k < kRound; ++k) ys[k] = mulmod(pw[k - 1], x, m, inv);
         x = mulmod(pw[kRound - 1], x, m, inv);
-        for (int k = 0; k < kRound; ++k) out(i + k, ys[k]);
+        for (int k = 0; k < kRound; k += 2) two(i + k, ys[k], ys[k + 1]);
     }
     for (; i < n; ++i) {
-        out(i, x);
+        one(i, x);
         x = mulmod(a, x, m, inv);
     }
     alignas(16) double cur[4];
@@ -152,18 +153,28 @@ void generate(void* stream, int32_t n, Out&& out) {
 }
 
 // u = x[0]/m[0] + ... + x[3]/m[3] through the reciprocals, in this order,
-// minus its integer part.
-template <typename Out>
-void generate_interval(void* stream, int32_t n, Out&& out) {
+// minus its integer part; for two outputs at once in the two lanes.
+template <typename One, typename Two>
+void generate_interval(void* stream, int32_t n, One&& one, Two&& two) {
     const Set s = parameter_set(stream);
     const __m128d inv_lo = _mm_loadu_pd(s.inv), inv_hi = _mm_loadu_pd(s.inv + 2);
-    generate(stream, n, [&out, inv_lo, inv_hi](int32_t i, const Pair& x) {
-        const __m128d p01 = _mm_mul_pd(x.lo, inv_lo), p23 = _mm_mul_pd(x.hi, inv_hi);
-        double u = _mm_cvtsd_f64(p01) + _mm_cvtsd_f64(_mm_unpackhi_pd(p01, p01));
-        u += _mm_cvtsd_f64(p23);
-        u += _mm_cvtsd_f64(_mm_unpackhi_pd(p23, p23));
-        out(i, u - static_cast<double>(_mm_cvttsd_si32(_mm_set_sd(u))));
-    });
+    generate(
+        stream, n,
+        [&one, inv_lo, inv_hi](int32_t i, const Pair& x) {
+            const __m128d p01 = _mm_mul_pd(x.lo, inv_lo), p23 = _mm_mul_pd(x.hi, inv_hi);
+            double u = _mm_cvtsd_f64(p01) + _mm_cvtsd_f64(_mm_unpackhi_pd(p01, p01));
+            u += _mm_cvtsd_f64(p23);
+            u += _mm_cvtsd_f64(_mm_unpackhi_pd(p23, p23));
+            one(i, u - static_cast<double>(_mm_cvttsd_si32(_mm_set_sd(u))));
+        },
+        [&two, inv_lo, inv_hi](int32_t i, const Pair& x, const Pair& y) {
+            const __m128d px01 = _mm_mul_pd(x.lo, inv_lo), px23 = _mm_mul_pd(x.hi, inv_hi);
+            const __m128d py01 = _mm_mul_pd(y.lo, inv_lo), py23 = _mm_mul_pd(y.hi, inv_hi);
+            __m128d u = _mm_add_pd(_mm_unpacklo_pd(px01, py01), _mm_unpackhi_pd(px01, py01));
+            u = _mm_add_pd(u, _mm_unpacklo_pd(px23, py23));
+            u = _mm_add_pd(u, _mm_unpackhi_pd(px23, py23));
+            two(i, _mm_sub_pd(u, _mm_cvtepi32_pd(_mm_cvttpd_epi32(u))));
+        });
 }
 
 }  // namespace
@@ -211,23 +222,35 @@ ORV_RNG_EXPORT int32_t __vstBRngWHInitStream(int32_t method, void* stream, int32
 
 // Each output is the four parts of the state, so n outputs fill 4n words.
 ORV_RNG_EXPORT int32_t __vstiBRngWH(void* stream, int32_t n, uint32_t* r) {
-    generate(stream, n, [r](int32_t i, const Pair& x) {
+    auto one = [r](int32_t i, const Pair& x) {
         const __m128i w = _mm_unpacklo_epi64(_mm_cvttpd_epi32(x.lo), _mm_cvttpd_epi32(x.hi));
         _mm_storeu_si128(reinterpret_cast<__m128i*>(r + 4 * static_cast<size_t>(i)), w);
+    };
+    generate(stream, n, one, [&one](int32_t i, const Pair& x, const Pair& y) {
+        one(i, x);
+        one(i + 1, y);
     });
     return 0;
 }
 
 ORV_RNG_EXPORT int32_t __vstdBRngWH(void* stream, int32_t n, double* r, double a, double b) {
     const double scale = b - a;
-    generate_interval(stream, n, [r, scale, a](int32_t i, double u) { r[i] = u * scale + a; });
+    const __m128d vs = _mm_set1_pd(scale), va = _mm_set1_pd(a);
+    generate_interval(
+        stream, n, [r, scale, a](int32_t i, double u) { r[i] = u * scale + a; },
+        [r, vs, va](int32_t i, __m128d u) { _mm_storeu_pd(r + i, _mm_add_pd(_mm_mul_pd(u, vs), va)); });
     return 0;
 }
 
 ORV_RNG_EXPORT int32_t __vstsBRngWH(void* stream, int32_t n, float* r, float a, float b) {
     const double da = a;
     const double scale = static_cast<double>(b) - da;
-    generate_interval(stream, n,
-                      [r, scale, da](int32_t i, double u) { r[i] = static_cast<float>(u * scale + da); });
+    const __m128d vs = _mm_set1_pd(scale), va = _mm_set1_pd(da);
+    generate_interval(
+        stream, n, [r, scale, da](int32_t i, double u) { r[i] = static_cast<float>(u * scale + da); },
+        [r, vs, va](int32_t i, __m128d u) {
+            const __m128 f = _mm_cvtpd_ps(_mm_add_pd(_mm_mul_pd(u, vs), va));
+            _mm_storel_pi(reinterpret_cast<__m64*>(r + i), f);
+        });
     return 0;
 }
