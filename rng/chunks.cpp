@@ -18,9 +18,12 @@ using orv::rng::ChunkNode;
 using orv::rng::header;
 using orv::rng::kGlobTableEntries;
 
+// sizes[i] is the byte size of entry i's block when a chunk brought it, or
+// -1 when it came from __vstCreateGlobRODataTableEntry without a size.
 struct GlobTable {
     int32_t count;
     OrvGlobRODataEntry entries[kGlobTableEntries];
+    int32_t sizes[kGlobTableEntries];
 };
 GlobTable g_table;
 uint32_t g_table_lock;
@@ -57,6 +60,7 @@ void drop_reference_locked(const OrvChunkId& id) {
             if (e.data != nullptr) orv_serv_deallocate(e.data);
             --g_table.count;
             e = g_table.entries[g_table.count];
+            g_table.sizes[i] = g_table.sizes[g_table.count];
             g_table.entries[g_table.count] = OrvGlobRODataEntry{};
         }
     }
@@ -103,6 +107,8 @@ ORV_RNG_EXPORT int32_t __vstAddChunk(void* stream, int32_t type, const OrvChunkI
         if (OrvGlobRODataEntry* e = search_locked(node->id)) {
             ++e->references;
             node->data = e->data;
+            // The chunk describes the block it now uses.
+            if (g_table.sizes[e - g_table.entries] >= 0) node->size = g_table.sizes[e - g_table.entries];
             shared = true;
         }
         unlock_table();
@@ -112,8 +118,10 @@ ORV_RNG_EXPORT int32_t __vstAddChunk(void* stream, int32_t type, const OrvChunkI
         if (__atomic_load_n(&g_table.count, __ATOMIC_RELAXED) < kGlobTableEntries - 1) {
             if (!is_zero(node->id)) {
                 lock_table();
-                if (g_table.count < kGlobTableEntries)
+                if (g_table.count < kGlobTableEntries) {
+                    g_table.sizes[g_table.count] = data != nullptr && size > 0 ? size : 0;
                     g_table.entries[g_table.count++] = OrvGlobRODataEntry{node->id, 1, data};
+                }
                 unlock_table();
             }
         } else {
@@ -208,6 +216,7 @@ ORV_RNG_EXPORT int32_t __vstCreateGlobRODataTableEntry(OrvGlobRODataEntry** out,
         unlock_table();
         return ORV_RNG_ERROR_TABLE_FULL;
     }
+    g_table.sizes[g_table.count] = -1;
     OrvGlobRODataEntry* e = &g_table.entries[g_table.count++];
     *e = OrvGlobRODataEntry{id != nullptr ? *id : OrvChunkId{}, 1, data};
     unlock_table();

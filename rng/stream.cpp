@@ -33,6 +33,11 @@ namespace {
 
 void* allocate(size_t bytes) { return allocate_block(bytes); }
 
+// Bytes of a chunk's data in an image: none when it has no block.
+uint32_t image_bytes(const ChunkNode* n) {
+    return n->data != nullptr && n->size > 0 ? static_cast<uint32_t>(n->size) : 0;
+}
+
 int close_file(FILE* f) {
     const int r = std::fclose(f);
     return faults().close_fails ? EOF : r;
@@ -134,8 +139,7 @@ ORV_RNG_EXPORT int32_t __vstSkipAheadStreamEx(void* stream, int32_t n, const uin
 ORV_RNG_EXPORT uint32_t __vstGetStreamSize(const void* stream) {
     const BrngRow* row = row_of(stream);
     uint32_t size = static_cast<uint32_t>(row != nullptr ? row->streamBytes : 16) + 8;
-    for (const ChunkNode* n = header(stream)->chunks; n != nullptr; n = n->next)
-        size += 24 + static_cast<uint32_t>(n->size);
+    for (const ChunkNode* n = header(stream)->chunks; n != nullptr; n = n->next) size += 24 + image_bytes(n);
     return size;
 }
 
@@ -206,8 +210,8 @@ bool write_image(void* stream, Io& io) {
         unsigned char fixed[24];
         put32(fixed, static_cast<uint32_t>(n->type));
         std::memcpy(fixed + 4, &n->id, 16);
-        put32(fixed + 20, static_cast<uint32_t>(n->size));
-        ok = io.write(fixed, sizeof fixed) && io.write(n->data, n->data != nullptr ? static_cast<size_t>(n->size) : 0);
+        put32(fixed + 20, image_bytes(n));
+        ok = io.write(fixed, sizeof fixed) && io.write(n->data, image_bytes(n));
     }
     return ok;
 }

@@ -30,7 +30,7 @@ std::string scratch() { return ::testing::TempDir() + "orv_rng_fuzz_" + std::to_
 
 TEST(LoaderReplay, SeedCorpusLoads) {
     const auto seeds = corpus();
-    ASSERT_GE(seeds.size(), 7u);
+    ASSERT_GE(seeds.size(), 8u);
     int loaded = 0;
     for (const auto& s : seeds) {
         void* out = nullptr;
