@@ -122,3 +122,35 @@ TEST(Tridiagonal, BadArgumentsAreNamed) {
 }
 
 }  // namespace
+
+namespace {
+
+// Long systems whose pivot products leave the range of the type in either
+// direction: the factors must stay exact up to rounding (small residual).
+class LongSystem : public ::testing::TestWithParam<double> {};
+TEST_P(LongSystem, ResidualIsSmall) {
+    const double scale = GetParam();
+    const int n = 6000, one = 1;
+    std::mt19937 g(99);
+    Band b = random_band(n, g);
+    for (int i = 0; i < n; ++i) b.d[i] *= scale;
+    for (int i = 0; i + 1 < n; ++i) b.dl[i] *= scale, b.du[i] *= scale;
+    std::vector<double> rhs(n);
+    for (int i = 0; i < n; ++i) rhs[i] = std::cos(0.1 * i) * scale;
+    Band f = b;
+    std::vector<double> x = rhs;
+    int info = -1;
+    ddtsvb_4dfl(&n, &one, f.dl.data(), f.d.data(), f.du.data(), x.data(), &n, &info);
+    ASSERT_EQ(info, 0);
+    double worst = 0;
+    for (int i = 0; i < n; ++i) {
+        double r = b.d[i] * x[i] - rhs[i];
+        if (i > 0) r += b.dl[i - 1] * x[i - 1];
+        if (i + 1 < n) r += b.du[i] * x[i + 1];
+        worst = std::max(worst, std::fabs(r) / scale);
+    }
+    EXPECT_LT(worst, 1e-13);
+}
+INSTANTIATE_TEST_SUITE_P(Scales, LongSystem, ::testing::Values(1e-3, 1.0, 1e3));
+
+}  // namespace
