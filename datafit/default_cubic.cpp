@@ -38,14 +38,14 @@ int default_worker(const DFTask* t) {
     const T* ic = static_cast<const T*>(t->ic);
     if (BI == 6) {
         for (int64_t k = 0; k < ny; ++k) {
-            const Values<T> y = values_of<T, Cols>(t, k);
+            const auto y = values_of<T, Cols>(t, k);
             if (!(y[0] == y[n - 1])) return DF_NOT_PERIODIC;
         }
     }
     auto step = [&](int64_t i) { return Uniform ? g.h : x[i + 1] - x[i]; };
     const T sixth = T(0.16666666666666666), third = T(-0.3333333333333333);
     for (int64_t k = 0; k < ny; ++k) {
-        const Values<T> y = values_of<T, Cols>(t, k);
+        const auto y = values_of<T, Cols>(t, k);
         T* c = coeff_of<T>(t, k);
         const T h0 = step(0), h1 = step(1), hl = step(n - 2), hl1 = step(n - 3);
         const T s0 = (y[1] - y[0]) * (T(1) / h0), sl = (y[n - 1] - y[n - 2]) * (T(1) / hl);

@@ -89,17 +89,21 @@ int64_t scoeff_spacing(const DFTask* t);
 // old one. Returns DF_OK or DF_NO_MEMORY (the field is then null).
 int build_lut(DFTask* t);
 
-// Function values of function k: value i at base[i*stride].
-template <typename T>
+// Function values of function k: value i at base[i*stride] in the columns
+// layout (Cols), at base[i] otherwise.
+template <typename T, bool Cols>
 struct Values {
     const T* base;
     int64_t stride;
-    T operator[](int64_t i) const { return base[i * stride]; }
+    T operator[](int64_t i) const {
+        if constexpr (Cols) return base[i * stride];
+        else return base[i];
+    }
 };
 
 // Value view of function k; Cols is the columns layout (row 0).
 template <typename T, bool Cols>
-inline Values<T> values_of(const DFTask* t, int64_t k) {
+inline Values<T, Cols> values_of(const DFTask* t, int64_t k) {
     if constexpr (Cols)
         return {static_cast<const T*>(t->y[0]) + k, functions(t)};
     else

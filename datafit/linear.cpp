@@ -12,7 +12,7 @@ int linear_worker(const DFTask* t) {
     const T r = Uniform ? T(1) / (x[1] - x[0]) : T(0);
     const T steps = T(nx - 1);
     for (int64_t k = 0; k < ny; ++k) {
-        const Values<T> y = values_of<T, Cols>(t, k);
+        const auto y = values_of<T, Cols>(t, k);
         T* c = coeff_of<T>(t, k);
         for (int64_t i = 0; i + 1 < nx; ++i) {
             c[2 * i] = y[i];

@@ -32,8 +32,8 @@ struct Ends {
     T r;                         // 1/h on a uniform partition
 };
 
-template <typename T, bool Uniform>
-Ends<T> ends_of(const Grid<T>& g, const Values<T>& y) {
+template <typename T, bool Uniform, typename V>
+Ends<T> ends_of(const Grid<T>& g, const V& y) {
     const int64_t n = g.n;
     Ends<T> e;
     e.y0 = y[0], e.y1 = y[1], e.y2 = y[2];
@@ -129,12 +129,6 @@ inline T interior(const T* s, const T* h, const T* x, const T* ic, int64_t i, in
                   bool uniform) {
     if constexpr (F == Local::Hermite) {
         return ic[i - 1];
-    } else if constexpr (F == Local::Akima) {
-        // Akima 1970; the missing outer differences take the nearest one.
-        const T wl = i == 1 ? std::fabs(s[1] - s[0]) : std::fabs(s[i - 1] - s[i - 2]);
-        const T wr = i == n - 2 ? std::fabs(s[n - 2] - s[n - 3]) : std::fabs(s[i + 1] - s[i]);
-        if (wr + wl >= akima_eps<T>()) return (wr * s[i - 1] + wl * s[i]) / (wr + wl);
-        return (s[i] + s[i - 1]) * T(0.5);
     } else {
         // Bessel: the slope at x[i] of the parabola through three points.
         const T span = uniform ? h[i - 1] + h[i] : x[i + 1] - x[i - 1];
@@ -189,11 +183,26 @@ void local_tile(const LocalArgs& a, int64_t tile, T* work) {
     const T* ic = static_cast<const T*>(t->ic);
     const int64_t k_end = (grp + 1) * kTileFunctions < ny ? (grp + 1) * kTileFunctions : ny;
     for (int64_t k = grp * kTileFunctions; k < k_end; ++k) {
-        const Values<T> y = values_of<T, Cols>(t, k);
+        const auto y = values_of<T, Cols>(t, k);
         for (int64_t i = lo; i <= hi; ++i) s[i] = (y[i + 1] - y[i]) * rh[i];
         const int64_t i_lo = c_lo > 1 ? c_lo : 1, i_hi = c_hi < n - 2 ? c_hi : n - 2;
-        for (int64_t i = i_lo; i <= i_hi; ++i)
-            d[i] = interior<T, F>(s, h, x, ic, i, n, Uniform);
+        if constexpr (F == Local::Akima) {
+            // Akima 1970 with the differences W[i] = |s[i] - s[i-1]| formed
+            // once; the missing outer ones take the nearest (W[0] = W[1],
+            // W[n-1] = W[n-2]).
+            T* w = work + 4 * len - lo;
+            for (int64_t i = lo + 1; i <= hi; ++i) w[i] = std::fabs(s[i] - s[i - 1]);
+            if (lo == 0) w[0] = w[1];
+            if (hi == n - 2) w[n - 1] = w[n - 2];
+            for (int64_t i = i_lo; i <= i_hi; ++i) {
+                const T wr = w[i + 1], wl = w[i - 1], den = wr + wl;
+                d[i] = den >= akima_eps<T>() ? (wr * s[i - 1] + wl * s[i]) / den
+                                              : (s[i] + s[i - 1]) * T(0.5);
+            }
+        } else {
+            for (int64_t i = i_lo; i <= i_hi; ++i)
+                d[i] = interior<T, F>(s, h, x, ic, i, n, Uniform);
+        }
         // A run always holds d[1] when it starts at cell 0, and d[n-2] when it
         // ends at the last cell, so the end routines need nothing more.
         if (c_lo == 0 || c_hi == n - 1) {
@@ -221,7 +230,7 @@ int local_worker(const DFTask* t, int bi, const DFThreadOps* ops) {
     const int64_t n = t->nx, ny = functions(t);
     if (bi == 6) {
         for (int64_t k = 0; k < ny; ++k) {
-            const Values<T> y = values_of<T, Cols>(t, k);
+            const auto y = values_of<T, Cols>(t, k);
             if (!(y[0] == y[n - 1])) return DF_NOT_PERIODIC;
         }
     }
@@ -232,7 +241,7 @@ int local_worker(const DFTask* t, int bi, const DFThreadOps* ops) {
     a.runs = (n - local_margin(F) + kTileCells - 1) / kTileCells;
     if (a.runs < 1) a.runs = 1;
     a.run_cells = (n - 1 + a.runs - 1) / a.runs;
-    a.team_scratch = 4 * (a.run_cells + 4);
+    a.team_scratch = 5 * (a.run_cells + 4);
     const int64_t tiles = a.groups * a.runs;
     int64_t teams = 1;
     if (ops != nullptr && ops->max_threads != nullptr && ops->parallel_run != nullptr)

@@ -59,7 +59,7 @@ int natural_worker(const DFTask* t) {
     const T* bc = static_cast<const T*>(t->bc);
     if (BI == 6) {
         for (int64_t k = 0; k < ny; ++k) {
-            const Values<T> y = values_of<T, Cols>(t, k);
+            const auto y = values_of<T, Cols>(t, k);
             if (!(y[0] == y[n - 1])) return DF_NOT_PERIODIC;
         }
     }
@@ -67,16 +67,27 @@ int natural_worker(const DFTask* t) {
     const bool small = n == 2 || (n == 3 && (BI == 0 || BI == 1));
     const int64_t m = BI == 6 ? n - 1 : n;  // order of the system
     const int64_t cols = ny + (BI == 6 ? 1 : 0);
-    // h, 1/h, the three diagonals and the right-hand sides side by side,
-    // columns of n elements (the periodic system fills n-1 of them).
-    T* work = scratch<T>(2 * n + 3 * m + n * cols + 8);
-    if (work == nullptr) return DF_NO_MEMORY;
+    // Steps with their reciprocals, the three diagonals, and the right-hand
+    // sides side by side in columns of n elements (the periodic system fills
+    // n-1 of them). Three blocks rather than one keep each request moderate,
+    // which lets the allocator serve repeated calls without fresh pages.
+    T* work = scratch<T>(2 * n);
+    T* band = scratch<T>(3 * m + 8);
+    T* B = scratch<T>(n * cols);
+    auto release = [&] {
+        orv_serv_deallocate(work);
+        orv_serv_deallocate(band);
+        orv_serv_deallocate(B);
+    };
+    if (work == nullptr || band == nullptr || B == nullptr) {
+        release();
+        return DF_NO_MEMORY;
+    }
     T* h = work;
     T* rh = h + n;
-    T* dl = rh + n;
+    T* dl = band;
     T* dd = dl + m;
     T* du = dd + m;
-    T* B = du + m;
     for (int64_t i = 0; i + 1 < n; ++i) {
         if constexpr (Uniform) {
             h[i] = g.h;
@@ -118,13 +129,13 @@ int natural_worker(const DFTask* t) {
         }
         Tridiag<T>::factor(static_cast<int>(m), dl, dd, du, &info);
         if (info != 0) {
-            orv_serv_deallocate(work);
+            release();
             return DF_SOLVER_FAILED;
         }
     }
     // Right-hand sides, one column per function.
     for (int64_t k = 0; k < ny; ++k) {
-        const Values<T> y = values_of<T, Cols>(t, k);
+        const auto y = values_of<T, Cols>(t, k);
         T* b = B + k * n;
         if (small) {
             T s[2];
@@ -167,7 +178,7 @@ int natural_worker(const DFTask* t) {
         Tridiag<T>::solve(static_cast<int>(m), static_cast<int>(cols), dl, dd, du, B,
                           static_cast<int>(n), &info);
         if (info != 0) {
-            orv_serv_deallocate(work);
+            release();
             return DF_SOLVER_FAILED;
         }
         if constexpr (BI == 6) {
@@ -182,13 +193,13 @@ int natural_worker(const DFTask* t) {
         }
     }
     for (int64_t k = 0; k < ny; ++k) {
-        const Values<T> y = values_of<T, Cols>(t, k);
+        const auto y = values_of<T, Cols>(t, k);
         const T* d = B + k * n;
         T* c = coeff_of<T>(t, k);
         for (int64_t i = 0; i + 1 < n; ++i)
             cubic_cell(c + 4 * i, y[i], (y[i + 1] - y[i]) * rh[i], d[i], d[i + 1], rh[i]);
     }
-    orv_serv_deallocate(work);
+    release();
     return DF_OK;
 }
 

@@ -25,7 +25,7 @@ int midpoint_worker(const DFTask* t) {
     const T hh_u = Uniform ? (x[1] - x[0]) * T(0.5) * (T(1) / T(n - 1)) : T(0);
     const T rhh_u = Uniform ? T(1) / hh_u : T(0);
     for (int64_t k = 0; k < ny; ++k) {
-        const Values<T> y = values_of<T, Cols>(t, k);
+        const auto y = values_of<T, Cols>(t, k);
         // m[c+1]: value at the middle of cell c.
         m[1] = bc0;
         for (int64_t i = 0; i + 2 < n; ++i) {
@@ -116,7 +116,7 @@ int knot_worker(const DFTask* t) {
     }
     const T* bc = static_cast<const T*>(t->bc);
     for (int64_t f = 0; f < ny; ++f) {
-        const Values<T> y = values_of<T, Cols>(t, f);
+        const auto y = values_of<T, Cols>(t, f);
         // Row 0.
         const T a1 = p[1] / H[1];
         const T D1 = y[1] - y[0];
