@@ -58,11 +58,29 @@ void solve(bool trans, int n, int nrhs, const T* dl, const T* d, const T* du, T*
         const int nb = nrhs - j0 < kBlock ? nrhs - j0 : kBlock;
         T* x[kBlock];
         for (int j = 0; j < nb; ++j) x[j] = b + static_cast<long>(j0 + j) * ldb;
-        if (nb == 1 && !trans) {  // one column: the same steps without the block
+        if (nb == 1 && !trans) {
+            // One column: nothing to overlap, so both sweeps advance two rows
+            // a step, y[i+1] = (b[i+1] - l[i] b[i]) + l[i] l[i-1] y[i-1],
+            // which halves the chain of dependent operations.
             T* y = x[0];
-            for (int i = 1; i < n; ++i) y[i] -= dl[i - 1] * y[i - 1];
+            int i = 1;
+            for (; i + 1 < n; i += 2) {
+                const T yp = y[i - 1], bi = y[i];
+                y[i] = bi - dl[i - 1] * yp;
+                y[i + 1] = (y[i + 1] - dl[i] * bi) + (dl[i] * dl[i - 1]) * yp;
+            }
+            if (i < n) y[i] -= dl[i - 1] * y[i - 1];
+            // Backward: y[i] = c[i] - g[i] y[i+1] with c = y/d, g = du/d.
             y[n - 1] *= T(1) / d[n - 1];
-            for (int i = n - 2; i >= 0; --i) y[i] = (y[i] - du[i] * y[i + 1]) * (T(1) / d[i]);
+            i = n - 2;
+            for (; i >= 1; i -= 2) {
+                const T r1 = T(1) / d[i], r0 = T(1) / d[i - 1];
+                const T c1 = y[i] * r1, g1 = du[i] * r1, c0 = y[i - 1] * r0, g0 = du[i - 1] * r0;
+                const T yn = y[i + 1];
+                y[i] = c1 - g1 * yn;
+                y[i - 1] = (c0 - g0 * c1) + (g0 * g1) * yn;
+            }
+            if (i == 0) y[0] = (y[0] - du[0] * y[1]) * (T(1) / d[0]);
         } else if (!trans) {
             for (int i = 1; i < n; ++i) {  // L y = b
                 const T l = dl[i - 1];

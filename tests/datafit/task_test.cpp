@@ -455,6 +455,16 @@ std::vector<EntryCase> entry_cases() {
     v.push_back({"singular", Kind::Natural,
                  [](DFTask*& t, int64_t&) { t->bc_type = 1; const_cast<double*>(static_cast<const double*>(t->x))[2] = static_cast<const double*>(t->x)[1]; },
                  DF_SOLVER_FAILED});
+    // Partitions longer than the solvers' int sizes are refused before any
+    // allocation (a uniform task holds only the two ends).
+    auto too_long = [](DFTask*& t, int64_t&) { t->nx = int64_t(1) << 40; t->xhint = 4; };
+    v.push_back({"too long", Kind::Natural, too_long, DF_NO_MEMORY});
+    v.push_back({"stype 1 too long", Kind::Quadratic,
+                 [](DFTask*& t, int64_t&) {
+                     t->nx = int64_t(1) << 40; t->xhint = 4; t->stype = 1; t->ic_type = 8;
+                     t->ic = nullptr; t->bc_type = 2;
+                 },
+                 DF_NO_MEMORY});
     // Quadratic.
     v.push_back({"stype 0 needs 0x80", Kind::Quadratic, bc_kind(0x0C), DF_BAD_BC_TYPE});
     v.push_back({"stype 0 with bc still needs 0x80", Kind::Quadratic,
