@@ -143,12 +143,10 @@ int natural_worker(const DFTask* t) {
             small_derivatives<T, BI>(n, h, s, b);
             continue;
         }
-        T s_prev = (y[1] - y[0]) * rh[0];
-        for (int64_t i = 1; i + 1 < n; ++i) {
-            const T s_i = (y[i + 1] - y[i]) * rh[i];
-            b[i] = T(3) * (h[i] * s_prev + h[i - 1] * s_i);
-            s_prev = s_i;
-        }
+        // Slopes first, then the interior rows from them, from the top down
+        // so that each row still reads the slopes it needs.
+        for (int64_t i = 0; i + 1 < n; ++i) b[i] = (y[i + 1] - y[i]) * rh[i];
+        for (int64_t i = n - 2; i >= 1; --i) b[i] = T(3) * (h[i] * b[i - 1] + h[i - 1] * b[i]);
         const T s0 = (y[1] - y[0]) * rh[0], s1 = (y[2] - y[1]) * rh[1];
         const T sl = (y[n - 1] - y[n - 2]) * rh[n - 2], sl1 = (y[n - 2] - y[n - 3]) * rh[n - 3];
         if constexpr (BI == 6) {
