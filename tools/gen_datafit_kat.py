@@ -206,7 +206,7 @@ def main(out):
     X4, Y4 = [F(0), F(1), F(3), F(4)], [F(1), F(2), F(0), F(1)]
     lines.append(line('quadratic4_mid', 'quadratic', 0x80, 0, X4, Y4, [F(7, 4)], [],
                       quadratic_midpoint(X4, Y4, F(7, 4))))
-    T4 = [F(0), F(1, 4), F(2), F(7, 2), F(4)]
+    T4 = [F(0), F(1, 4), F(5, 2), F(15, 4), F(4)]  # no knot at a midpoint
     for bct, bc in ((0x02, []), (0x0C, [F(1), F(-1)]), (0x24, [F(1), F(2)]),
                     (0x18, [F(-1), F(1, 2)]), (0x30, [F(1, 2), F(-1)])):
         lines.append(line('quadratic4_knots_%x' % bct, 'quadratic', bct, 1, X4, Y4, bc, T4,

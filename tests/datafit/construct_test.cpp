@@ -109,6 +109,13 @@ Problem make(const Case& c, Shape shape) {
             p.ic.push_back(line ? (periodic ? 0.0 : 3.0) : std::cos(0.9 * p.xs[i]));
     if (c.kind == Kind::Default)
         for (int64_t i = 1; i + 1 < n; ++i) p.ic.push_back(line ? 0.0 : 0.4 * std::sin(1.3 * double(i)));
+    // Secondary knots off the midpoints on non-uniform partitions; the
+    // uniform cases take the midpoints by default.
+    if (c.kind == Kind::Quadratic && c.stype == 1 && !uniform) {
+        p.ic.push_back(p.xs[0]);
+        for (int64_t k = 1; k < n; ++k) p.ic.push_back(p.xs[k - 1] + (0.2 + 0.05 * double(k % 5)) * (p.xs[k] - p.xs[k - 1]));
+        p.ic.push_back(p.xs[n - 1]);
+    }
     return p;
 }
 
@@ -146,7 +153,8 @@ Built<T> build(const Case& c, const Problem& p) {
         st = orv_df_kernel_sNewTask1D(&t, n, x.data(), c.xhint, ny, y.data(), c.yhint, 0);
     EXPECT_EQ(st, DF_OK);
     if (st != DF_OK) return out;
-    const int64_t ic_type = ic.empty() ? 0 : 1;
+    const bool knots = c.kind == Kind::Quadratic && c.stype == 1;
+    const int64_t ic_type = ic.empty() ? 0 : (knots ? 8 : 1);
     const T* icp = ic.empty() ? nullptr : ic.data();
     if constexpr (sizeof(T) == 8) {
         st = orv_df_kernel_dEditPPSpline1D(t, order, c.stype, c.bc_type, bc.data(), ic_type, icp,
@@ -167,7 +175,7 @@ Built<T> build(const Case& c, const Problem& p) {
     }
     EXPECT_EQ(st, DF_OK);
     // Secondary knots without an array: the midpoints.
-    if (c.kind == Kind::Quadratic && c.stype == 1) {
+    if (knots && ic.empty()) {
         EXPECT_EQ(orv_df_kernel_iEditVal(t, DF_ID_IC_TYPE, 8), DF_OK);
     }
     const DFThreadOps* ops = c.threads ? orv_df_thread_ops_openmp() : orv_df_thread_ops_serial();
@@ -212,7 +220,7 @@ void interpolates_joins_and_meets_end_conditions(const Case& c) {
             // Parabolas around each breakpoint, joined with value and slope at the knots.
             for (int64_t i = 0; i < n; ++i) EXPECT_EQ(co[3 * i], Y[i]);
             for (int64_t i = 1; i < n; ++i) {
-                const double tk = 0.5 * (X[i - 1] + X[i]);
+                const double tk = p.ic.empty() ? 0.5 * (X[i - 1] + X[i]) : p.ic[i];
                 for (int der = 0; der < 2; ++der) {
                     const double l = dftest::poly(co + 3 * (i - 1), 3, tk - X[i - 1], der);
                     const double r = dftest::poly(co + 3 * i, 3, tk - X[i], der);
