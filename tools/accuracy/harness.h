@@ -1,0 +1,45 @@
+// Accuracy harness: each real vector function is described once by a row
+// (its kernel table, an MPFR reference, the input domain and the error
+// bound); the driver feeds every tier slot special and random inputs and
+// measures the error in ULP against the reference.
+#pragma once
+
+#include <mpfr.h>
+
+#include <string>
+#include <vector>
+
+namespace accuracy {
+
+enum class Shape { Unary, Binary, TwoResults, LinearFrac };
+// Random inputs: all finite values and sign, positive ones, or positive
+// denormals only (to reach a callout).
+enum class Domain { All, Positive, Denormal };
+
+// The reference writes the exact result (to the precision of r) of the
+// function at a (and b). TwoResults writes both r and r2.
+using Reference = void (*)(mpfr_t r, mpfr_t r2, const mpfr_t a, const mpfr_t b);
+
+// Error bounds in ULP; 0.5 means correctly rounded, 0 means exact.
+inline constexpr double kExact = 0.0;
+inline constexpr double kCorrectlyRounded = 0.5;
+
+struct Function {
+    std::string name;      // "sSqrt"
+    char type;             // 's' or 'd'
+    Shape shape;
+    const void* ttab;      // the function's kernel table, three slots
+    Reference ref;
+    Domain domain;
+    double bound[3];       // per slot LA, HA, EP
+    std::vector<double> thresholds;  // values whose neighbourhood is tried
+};
+
+std::vector<Function>& registry();
+struct Register {
+    explicit Register(std::vector<Function> fs) {
+        for (auto& f : fs) registry().push_back(std::move(f));
+    }
+};
+
+}  // namespace accuracy

@@ -1,0 +1,196 @@
+// The rounding family: Ceil, Floor, Trunc, Round, Rint, NearbyInt, Frac and
+// Modf. Every lane works on |x| below 2^p (p the fraction width): adding and
+// taking away 2^p leaves an integer within one of |x| in any rounding
+// direction, and a comparison repairs it to the floor of |x|. The result then
+// takes the sign of x by a bitwise or, so zeros keep their sign. Larger
+// values have no fraction and pass unchanged; NaN is quieted by x * 1.
+// Rint and NearbyInt round in the caller's direction: there the shift is
+// made with the sign of x and no repair follows.
+#include <cmath>
+
+#include "vector/block_driver.h"
+
+namespace {
+
+using orv::vec::bits;
+using orv::vec::Bits;
+using orv::vec::Fmt;
+using orv::vec::from_bits;
+
+template <typename T>
+inline constexpr T kShift = T(sizeof(T) == 4 ? 0x1p23 : 0x1p52);
+
+template <typename T>
+struct Parts {
+    T ax;         // |x|
+    Bits<T> s;    // sign bit of x
+    bool big;     // |x| >= 2^p, infinity or NaN: no fraction bits
+    T fl;         // floor(|x|) when !big
+};
+
+template <typename T>
+inline Parts<T> parts(T x) {
+    const Bits<T> b = bits(x);
+    Parts<T> p;
+    p.s = b & Fmt<T>::kSign;
+    p.ax = from_bits<T>(b & Fmt<T>::kAbs);
+    p.big = (b & Fmt<T>::kAbs) >= bits(kShift<T>);
+    const T t = (p.ax + kShift<T>) - kShift<T>;
+    p.fl = t > p.ax ? t - T(1) : t;
+    return p;
+}
+
+template <typename T>
+inline T with_sign(T v, Bits<T> s) { return from_bits<T>(bits(v) | s); }
+
+// Results for the lanes without fraction bits: x itself, NaN quieted.
+template <typename T>
+inline T whole(T x) { return x * T(1); }
+
+enum class Op { Ceil, Floor, Trunc, Round, Rint, Frac };
+
+template <typename E, Op O, bool ReadsMode>
+struct RoundK {
+    using T = E;
+    static constexpr int kArity = 1;
+    static constexpr bool kReadsMode = ReadsMode;
+    static constexpr bool kSpecial = false;
+    static constexpr bool kDivisorTest = false;
+    static T fast(T x) {
+        const Parts<T> p = parts(x);
+        T m;  // magnitude of the result
+        if constexpr (O == Op::Trunc) {
+            m = p.fl;
+        } else if constexpr (O == Op::Ceil || O == Op::Floor) {
+            const T up = p.fl < p.ax ? p.fl + T(1) : p.fl;
+            m = (O == Op::Ceil) == (p.s == 0) ? up : p.fl;
+        } else if constexpr (O == Op::Round) {
+            m = p.ax - p.fl >= T(0.5) ? p.fl + T(1) : p.fl;
+        } else if constexpr (O == Op::Rint) {
+            const T sh = with_sign(kShift<T>, p.s);
+            const T t = (x + sh) - sh;
+            m = from_bits<T>(bits(t) & Fmt<T>::kAbs);
+        } else {  // Frac
+            m = p.ax - p.fl;
+        }
+        T big;
+        if constexpr (O == Op::Frac)
+            big = orv::vec::is_nan_bits(x) ? whole(x) : with_sign(T(0), p.s);
+        else
+            big = whole(x);
+        return p.big ? big : with_sign(m, p.s);
+    }
+};
+
+// Rint and NearbyInt raise nothing of their own: the inexact flag that the
+// shift raises is taken back unless it was set before the call.
+struct KeepInexact {
+    bool was_set = (orv::frame::mxcsr() & 0x20) != 0;
+    ~KeepInexact() {
+        if (!was_set) orv::frame::set_mxcsr(orv::frame::mxcsr() & ~0x20u);
+    }
+};
+
+template <typename K>
+void rint_plain(int n, const typename K::T* a, typename K::T* r) {
+    orv::frame::FpGuard guard = orv::vec::enter(false);
+    KeepInexact keep;
+    orv::vec::run<K>(orv::vec::Access<typename K::T, false>{a, a, r}, n, "");
+}
+template <typename K, typename Fn>
+void rint_strided(Fn* const* table, int n, const typename K::T* a, int inca, typename K::T* r,
+                  int incr) {
+    if (inca == 1 && incr == 1) {
+        table[orv::frame::kSlotHA](n, a, r);
+        return;
+    }
+    orv::frame::FpGuard guard = orv::vec::enter(true);
+    KeepInexact keep;
+    orv::vec::run<K>(orv::vec::Access<typename K::T, true>{a, a, r, inca, inca, incr}, n, "");
+}
+
+// Modf: integral part to r1, fraction to r2, one element a round.
+template <typename T>
+inline void modf_one(T x, T& r1, T& r2) {
+    const Parts<T> p = parts(x);
+    if (!p.big) {
+        r1 = with_sign(p.fl, p.s);
+        r2 = with_sign(p.ax - p.fl, p.s);
+    } else if (orv::vec::is_nan_bits(x)) {
+        r1 = r2 = x + x;
+    } else {
+        r1 = x;
+        r2 = with_sign(T(0), p.s);
+    }
+}
+
+template <typename T>
+void modf_plain(int n, const T* a, T* r1, T* r2) {
+    orv::frame::FpGuard guard = orv::vec::enter(false);
+    for (long i = 0; i < n; ++i) {
+        T i1, f;
+        modf_one(a[i], i1, f);
+        r1[i] = i1;
+        r2[i] = f;
+    }
+}
+template <typename T, typename Fn>
+void modf_strided(Fn* const* table, int n, const T* a, int inca, T* r1, int incr1, T* r2,
+                  int incr2) {
+    if (inca == 1 && incr1 == 1 && incr2 == 1) {
+        table[orv::frame::kSlotHA](n, a, r1, r2);
+        return;
+    }
+    orv::frame::FpGuard guard = orv::vec::enter(true);
+    for (long i = 0; i < n; ++i) {
+        T i1, f;
+        modf_one(a[i * inca], i1, f);
+        r1[i * incr1] = i1;
+        r2[i * incr2] = f;
+    }
+}
+
+}  // namespace
+
+ORV_UNARY_KERNELS(sCeil, RoundK<float, Op::Ceil, false>)
+ORV_UNARY_KERNELS(dCeil, RoundK<double, Op::Ceil, false>)
+ORV_UNARY_KERNELS(sFloor, RoundK<float, Op::Floor, false>)
+ORV_UNARY_KERNELS(dFloor, RoundK<double, Op::Floor, false>)
+ORV_UNARY_KERNELS(sTrunc, RoundK<float, Op::Trunc, false>)
+ORV_UNARY_KERNELS(dTrunc, RoundK<double, Op::Trunc, false>)
+ORV_UNARY_KERNELS(sRound, RoundK<float, Op::Round, false>)
+ORV_UNARY_KERNELS(dRound, RoundK<double, Op::Round, true>)
+ORV_UNARY_KERNELS(sFrac, RoundK<float, Op::Frac, true>)
+ORV_UNARY_KERNELS(dFrac, RoundK<double, Op::Frac, true>)
+
+using SRint = RoundK<float, Op::Rint, false>;
+using DRint = RoundK<double, Op::Rint, false>;
+
+extern "C" {
+void orv_kern_sRint(int n, const float* a, float* r) { rint_plain<SRint>(n, a, r); }
+void orv_kern_dRint(int n, const double* a, double* r) { rint_plain<DRint>(n, a, r); }
+void orv_kern_sNearbyInt(int n, const float* a, float* r) { rint_plain<SRint>(n, a, r); }
+void orv_kern_dNearbyInt(int n, const double* a, double* r) { rint_plain<DRint>(n, a, r); }
+void orv_kern_sRintI(int n, const float* a, int inca, float* r, int incr) {
+    rint_strided<SRint>(orv_vtm_kernel_sRint_ttab, n, a, inca, r, incr);
+}
+void orv_kern_dRintI(int n, const double* a, int inca, double* r, int incr) {
+    rint_strided<DRint>(orv_vtm_kernel_dRint_ttab, n, a, inca, r, incr);
+}
+void orv_kern_sNearbyIntI(int n, const float* a, int inca, float* r, int incr) {
+    rint_strided<SRint>(orv_vtm_kernel_sNearbyInt_ttab, n, a, inca, r, incr);
+}
+void orv_kern_dNearbyIntI(int n, const double* a, int inca, double* r, int incr) {
+    rint_strided<DRint>(orv_vtm_kernel_dNearbyInt_ttab, n, a, inca, r, incr);
+}
+
+void orv_kern_sModf(int n, const float* a, float* r1, float* r2) { modf_plain(n, a, r1, r2); }
+void orv_kern_dModf(int n, const double* a, double* r1, double* r2) { modf_plain(n, a, r1, r2); }
+void orv_kern_sModfI(int n, const float* a, int inca, float* r1, int incr1, float* r2, int incr2) {
+    modf_strided(orv_vtm_kernel_sModf_ttab, n, a, inca, r1, incr1, r2, incr2);
+}
+void orv_kern_dModfI(int n, const double* a, int inca, double* r1, int incr1, double* r2,
+                     int incr2) {
+    modf_strided(orv_vtm_kernel_dModf_ttab, n, a, inca, r1, incr1, r2, incr2);
+}
+}  // extern "C"
