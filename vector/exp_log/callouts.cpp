@@ -124,7 +124,8 @@ Dd ln_dd(uint64_t ix, int kadj) {
     const double zl = z - zh;
     const double a = zh * row[0] - 1.0;
     const double b = zl * row[0];
-    const double r = a + b;
+    double rerr;
+    const double r = two_sum(a, b, &rerr);
     const double q =
         r * r *
         (kLnP[0] +
@@ -132,8 +133,8 @@ Dd ln_dd(uint64_t ix, int kadj) {
     const double dk = k;
     const double s0 = dk * kLn2Hi + row[1];  // exact: both are multiples of 2^-43
     double err;
-    const double s = two_sum(s0, a, &err);
-    return {s, err + (((b + dk * kLn2Lo) + row[2]) + q)};
+    const double s = two_sum(s0, r, &err);
+    return {s, err + (rerr + ((dk * kLn2Lo + row[2]) + q))};
 }
 
 double mul_dd(Dd v, double c_hi, double c_lo) {

@@ -164,7 +164,7 @@ struct Exp2D {
         gather_d(ti, hi, lo);
         return scale_d(base_poly<kExp2P>(r) * hi + lo + hi, ti);
     }
-    static int special(V x) { return above_d(x, 0x408FF000); }  // |x| > 1022
+    static int special(V x) { return above_d(x, 0x408FEFFF); }  // |x| >= 1022
     static int32_t callout(const double* x, double* r) { return exp2_d(x, r); }
 };
 

@@ -34,7 +34,7 @@ inline int log_special_d(__m128d x) {
     return _mm_movemask_pd(_mm_castsi128_pd(_mm_cmpgt_epi32(u, _mm_set1_epi32(-0x200001))));
 }
 
-// ln x as s + lo for two positive normal doubles (other lanes: garbage, no
+// ln x as s + lo, with |lo| small against s, for two positive normal doubles (other lanes: garbage, no
 // out-of-range access). See ln_dd for the scalar form.
 inline void ln_core(__m128d x, __m128d& s, __m128d& lo) {
     const __m128i ix = _mm_castpd_si128(x);
@@ -55,6 +55,8 @@ inline void ln_core(__m128d x, __m128d& s, __m128d& lo) {
     const __m128d a = zh * rcp - splat(1.0);  // exact
     const __m128d b = zl * rcp;
     const __m128d r = a + b;
+    const __m128d rb = r - a;
+    const __m128d rerr = (a - (r - rb)) + (b - rb);
     const __m128d q =
         r * r *
         (splat(kLnP[0]) +
@@ -63,10 +65,10 @@ inline void ln_core(__m128d x, __m128d& s, __m128d& lo) {
                    r * (splat(kLnP[3]) +
                         r * (splat(kLnP[4]) + r * (splat(kLnP[5]) + r * splat(kLnP[6])))))));
     const __m128d s0 = k * splat(kLn2Hi) + lhi;  // exact
-    s = s0 + a;
+    s = s0 + r;
     const __m128d bb = s - s0;
-    const __m128d err = (s0 - (s - bb)) + (a - bb);
-    lo = err + (((b + k * splat(kLn2Lo)) + llo) + q);
+    const __m128d err = (s0 - (s - bb)) + (r - bb);
+    lo = err + (rerr + ((k * splat(kLn2Lo) + llo) + q));
 }
 
 // (s + lo) (c_hi + c_lo) with Dekker's product of s and c_hi.
