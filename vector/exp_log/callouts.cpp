@@ -68,6 +68,16 @@ inline ExpParts exp10_parts(double x) {
     return exp_base_parts(static_cast<int64_t>(n), r, kExp10P);
 }
 
+// The single exponentials round the double result once; a result that
+// leaves the float range only in that rounding is reported as well.
+inline int32_t narrow_exp(double y, int32_t status, float* r) {
+    const float f = static_cast<float>(y);
+    *r = f;
+    if (f == kInfF) return kOverflow;
+    if (f == 0.0f) return kUnderflow;
+    return status;
+}
+
 inline double two_sum(double a, double b, double* err) {
     const double s = a + b;
     const double bb = s - a;
@@ -194,8 +204,7 @@ int32_t exp_s(const float* xp, float* r) {
         return kUnderflow;
     }
     const ExpParts q = exp_parts(x);
-    *r = static_cast<float>(scale_sum(q.thi, q.p, q.n));
-    return kOk;
+    return narrow_exp(scale_sum(q.thi, q.p, q.n), kOk, r);
 }
 
 int32_t exp2_d(const double* xp, double* r) {
@@ -242,8 +251,7 @@ int32_t exp2_s(const float* xp, float* r) {
         return kUnderflow;
     }
     const ExpParts q = exp2_parts(x);
-    *r = static_cast<float>(scale_sum(q.thi, q.p, q.n));
-    return x < -126.0f ? kUnderflow : kOk;
+    return narrow_exp(scale_sum(q.thi, q.p, q.n), x < -126.0f ? kUnderflow : kOk, r);
 }
 
 int32_t exp10_d(const double* xp, double* r) {
@@ -290,8 +298,7 @@ int32_t exp10_s(const float* xp, float* r) {
         return kUnderflow;
     }
     const ExpParts q = exp10_parts(x);
-    *r = static_cast<float>(scale_sum(q.thi, q.p, q.n));
-    return x <= -37.929783f ? kUnderflow : kOk;
+    return narrow_exp(scale_sum(q.thi, q.p, q.n), x <= -37.929783f ? kUnderflow : kOk, r);
 }
 
 // Expm1 by ranges of |x|: tiny values are their own result, small ones

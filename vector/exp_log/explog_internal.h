@@ -64,7 +64,7 @@ inline constexpr double kShiftExp2D = 105553116266496.0;  // 1.5 * 2^46: rounds 
 // Logarithm: ln 2 in two parts, the first a multiple of 2^-43 so that k
 // times it is exact; the reduction base of the kLogD rows.
 inline constexpr double kLn2Hi = 0.6931471805582987;
-inline constexpr double kLn2Lo = 1.6465949582866463e-12;
+inline constexpr double kLn2Lo = 1.6465949582897082e-12;
 inline constexpr uint64_t kLogBase = 0x3FE6000000000000ull - (1ull << 44);
 // ln(1 + r) = r + r^2 (L0 + r (L1 + ... + r L6)) on |r| <= 2^-6.7.
 inline constexpr double kLnP[7] = {-0.5,
