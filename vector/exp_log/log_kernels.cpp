@@ -34,41 +34,74 @@ inline int log_special_d(__m128d x) {
     return _mm_movemask_pd(_mm_castsi128_pd(_mm_cmpgt_epi32(u, _mm_set1_epi32(-0x200001))));
 }
 
-// ln x as s + lo, with |lo| small against s, for two positive normal doubles (other lanes: garbage, no
-// out-of-range access). See ln_dd for the scalar form.
-inline void ln_core(__m128d x, __m128d& s, __m128d& lo) {
+// ln(1 + r) - r = r^2 P(r) on |r| <= 2^-8 (1 + 2^-11): minimax of degree 5
+// from tools/fit_minimax.py, relative error 2^-63.
+inline __m128d log1p_tail(__m128d r) {
+    const __m128d p =
+        splat(-0.5) +
+        r * (splat(0.3333333333333334) +
+             r * (splat(-0.2499999999835968) +
+                  r * (splat(0.19999999996921994) +
+                       r * (splat(-0.16666953052489633) + r * splat(0.14286053699689033)))));
+    return r * r * p;
+}
+
+// The reduction shared by the double logarithms, for two positive normal
+// doubles (other lanes: garbage, no out-of-range access): k, the row's
+// -ln R in two parts, and the reduced argument as a + b, a exact.
+struct LogReduced {
+    __m128d k, lhi, llo, a, b;
+};
+
+inline LogReduced log_reduce(__m128d x) {
     const __m128i ix = _mm_castpd_si128(x);
     const __m128i tmp = _mm_sub_epi64(ix, _mm_set1_epi64x(static_cast<long long>(kLogBase)));
     const __m128i th = _mm_shuffle_epi32(tmp, _MM_SHUFFLE(3, 1, 3, 1));  // high words low
-    const __m128d k = _mm_cvtepi32_pd(_mm_srai_epi32(th, 20));
+    LogReduced v;
+    v.k = _mm_cvtepi32_pd(_mm_srai_epi32(th, 20));
     const __m128i idx = _mm_and_si128(_mm_srli_epi32(th, 13), _mm_set1_epi32(127));
     const int i0 = _mm_cvtsi128_si32(idx);
     const int i1 = _mm_cvtsi128_si32(_mm_srli_si128(idx, 4));
     const __m128i zi = _mm_sub_epi64(
         ix, _mm_and_si128(tmp, _mm_set1_epi64x(static_cast<long long>(0xFFF0000000000000ull))));
     const __m128d z = _mm_castsi128_pd(zi);
+    // z split into 32 leading bits and the rest, so that zh R - 1 is exact.
     const __m128d zh = _mm_and_pd(z, _mm_castsi128_pd(_mm_set1_epi64x(~0x1FFFFFll)));
     const __m128d zl = z - zh;
-    const __m128d rcp = _mm_setr_pd(kLogD[i0][0], kLogD[i1][0]);
-    const __m128d lhi = _mm_setr_pd(kLogD[i0][1], kLogD[i1][1]);
-    const __m128d llo = _mm_setr_pd(kLogD[i0][2], kLogD[i1][2]);
-    const __m128d a = zh * rcp - splat(1.0);  // exact
-    const __m128d b = zl * rcp;
-    const __m128d r = a + b;
-    const __m128d rb = r - a;
-    const __m128d rerr = (a - (r - rb)) + (b - rb);
-    const __m128d q =
-        r * r *
-        (splat(kLnP[0]) +
-         r * (splat(kLnP[1]) +
-              r * (splat(kLnP[2]) +
-                   r * (splat(kLnP[3]) +
-                        r * (splat(kLnP[4]) + r * (splat(kLnP[5]) + r * splat(kLnP[6])))))));
-    const __m128d s0 = k * splat(kLn2Hi) + lhi;  // exact
-    s = s0 + r;
-    const __m128d bb = s - s0;
-    const __m128d err = (s0 - (s - bb)) + (r - bb);
-    lo = err + (rerr + ((k * splat(kLn2Lo) + llo) + q));
+    const __m128d row0 = _mm_loadu_pd(kLogD[i0]);  // R, Lhi
+    const __m128d row1 = _mm_loadu_pd(kLogD[i1]);
+    const __m128d rcp = _mm_unpacklo_pd(row0, row1);
+    v.lhi = _mm_unpackhi_pd(row0, row1);
+    v.llo = _mm_loadh_pd(_mm_load_sd(&kLogD[i0][2]), &kLogD[i1][2]);
+    v.a = zh * rcp - splat(1.0);  // exact
+    v.b = zl * rcp;
+    return v;
+}
+
+// ln x rounded once. r = a + b is exact in the row that holds 1 (R = 1),
+// and elsewhere its rounding is small against |ln x| >= 2^-9; k ln2 + Lhi
+// and r are added exactly (Fast2Sum: the first is 0 or the larger).
+inline __m128d ln_fast(__m128d x) {
+    const LogReduced v = log_reduce(x);
+    const __m128d r = v.a + v.b;
+    const __m128d t1 = v.k * splat(kLn2Hi) + v.lhi;  // exact
+    const __m128d hi = t1 + r;
+    const __m128d err = (t1 - hi) + r;
+    return hi + (err + ((v.k * splat(kLn2Lo) + v.llo) + log1p_tail(r)));
+}
+
+// ln x as s + lo with |lo| small against s, for the products with 1/ln 2 and
+// 1/ln 10: the rounding of a + b is carried too, so that s + lo stays
+// normalised near x = 1.
+inline void ln_dd_v(__m128d x, __m128d& s, __m128d& lo) {
+    const LogReduced v = log_reduce(x);
+    const __m128d r = v.a + v.b;
+    const __m128d rb = r - v.a;
+    const __m128d rerr = (v.a - (r - rb)) + (v.b - rb);
+    const __m128d t1 = v.k * splat(kLn2Hi) + v.lhi;  // exact
+    s = t1 + r;
+    const __m128d err = (t1 - s) + r;
+    lo = err + (rerr + ((v.k * splat(kLn2Lo) + v.llo) + log1p_tail(r)));
 }
 
 // (s + lo) (c_hi + c_lo) with Dekker's product of s and c_hi.
@@ -122,9 +155,7 @@ struct LogBaseS {
     static constexpr bool kNoErrShortcut = false;
     static constexpr float kOver = 0, kUnder = 0;
     static __m128d half(__m128d x) {
-        __m128d s, lo;
-        ln_core(x, s, lo);
-        return (s + lo) * splat(kBase == 2 ? kInvLn2Hi : kInvLn10Hi);
+        return ln_fast(x) * splat(kBase == 2 ? kInvLn2Hi : kInvLn10Hi);
     }
     static V fast(V x) {
         const __m128d l = half(_mm_cvtps_pd(x));
@@ -164,11 +195,7 @@ struct LnD {
     using V = __m128d;
     static constexpr bool kNoErrShortcut = false;
     static constexpr double kOver = 0, kUnder = 0;
-    static V fast(V x) {
-        V s, lo;
-        ln_core(x, s, lo);
-        return s + lo;
-    }
+    static V fast(V x) { return ln_fast(x); }
     static int special(V x) { return log_special_d(x); }
     static int32_t callout(const double* x, double* r) { return ln_d(x, r); }
 };
@@ -181,7 +208,7 @@ struct LogBaseD {
     static constexpr double kOver = 0, kUnder = 0;
     static V fast(V x) {
         V s, lo;
-        ln_core(x, s, lo);
+        ln_dd_v(x, s, lo);
         return kBase == 2 ? mul_dd_v(s, lo, kInvLn2Hi, kInvLn2Lo)
                           : mul_dd_v(s, lo, kInvLn10Hi, kInvLn10Lo);
     }
