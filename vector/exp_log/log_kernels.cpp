@@ -59,9 +59,10 @@ inline LogReduced log_reduce(__m128d x) {
     const __m128i th = _mm_shuffle_epi32(tmp, _MM_SHUFFLE(3, 1, 3, 1));  // high words low
     LogReduced v;
     v.k = _mm_cvtepi32_pd(_mm_srai_epi32(th, 20));
-    const __m128i idx = _mm_and_si128(_mm_srli_epi32(th, 13), _mm_set1_epi32(127));
-    const int i0 = _mm_cvtsi128_si32(idx);
-    const int i1 = _mm_cvtsi128_si32(_mm_srli_si128(idx, 4));
+    // Both rows' indices through one move to a general register.
+    const uint64_t hw = static_cast<uint64_t>(_mm_cvtsi128_si64(th));
+    const unsigned i0 = static_cast<unsigned>(hw >> 13) & 127;
+    const unsigned i1 = static_cast<unsigned>(hw >> 45) & 127;
     const __m128i zi = _mm_sub_epi64(
         ix, _mm_and_si128(tmp, _mm_set1_epi64x(static_cast<long long>(0xFFF0000000000000ull))));
     const __m128d z = _mm_castsi128_pd(zi);
