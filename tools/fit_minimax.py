@@ -6,6 +6,9 @@ coefficients are ours to choose, rounds them to double, and reports the
 largest error of the rounded polynomial on a dense grid. Run without
 arguments; prints C++ initialisers and the error figures.
 
+  lnf: ln(1 + r) = r + r^2 P(r), P of degree 8, r in [-1/3, 1/3]: the
+       integer reduction to [2/3, 4/3) of the single Log2 and Log10 kernels,
+       evaluated in double and rounded to float at the end.
   ln:  ln(1 + r) = r + r^2 P(r), P of degree 5, |r| <= H, H = 2^-8 plus the
        slack of the 21-bit reciprocals (the reduction of the double
        logarithm kernels). P approximates (ln(1 + r) - r) / r^2.
@@ -102,6 +105,16 @@ def main():
     # Error of r + r^2 P(r) against ln(1 + r), relative to ln(1 + r).
     e = max_error(f_ln2, cdd, -h, h, lambda r: r * r / abs((1 + r).ln()) if r != 0 else Decimal(0))
     print("// ln(1 + r) = r + r^2 P(r), |r| <= 2^-8 (1 + 2^-11); relative error of the")
+    print(f"// rounded polynomial {float(e):.3g} = 2^{float(e.ln() / Decimal(2).ln()):.1f}")
+    print("{" + ", ".join(repr(v) for v in cd) + "}")
+
+    third = Decimal(1) / 3
+    c = remez(f_ln2, -third, third, 8, grid=3000)
+    cd = [float(v) for v in c]
+    cdd = [Decimal(v) for v in cd]
+    e = max_error(f_ln2, cdd, -third, third, lambda r: r * r / abs((1 + r).ln()) if r != 0 else Decimal(0),
+                  grid=6000)
+    print("// ln(1 + r) = r + r^2 P(r), |r| <= 1/3; relative error of the")
     print(f"// rounded polynomial {float(e):.3g} = 2^{float(e.ln() / Decimal(2).ln()):.1f}")
     print("{" + ", ".join(repr(v) for v in cd) + "}")
 

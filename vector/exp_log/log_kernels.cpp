@@ -147,21 +147,40 @@ struct LnS {
     static int32_t callout(const float* x, float* r) { return ln_s(x, r); }
 };
 
-// Single Log2 and Log10: the double reduction on the widened lanes, times
-// the constant in double, rounded once to float.
+// Single Log2 and Log10: the integer reduction of single Ln (k exact,
+// r = m - 1 exact in float), then ln(1 + r) = r + r^2 P(r) in double with a
+// degree-8 minimax P on |r| <= 1/3 (relative error 2^-26.7, from
+// tools/fit_minimax.py), scaled by the base in double and rounded once.
 template <int kBase>
 struct LogBaseS {
     using T = float;
     using V = __m128;
     static constexpr bool kNoErrShortcut = false;
     static constexpr float kOver = 0, kUnder = 0;
-    static __m128d half(__m128d x) {
-        return ln_fast(x) * splat(kBase == 2 ? kInvLn2Hi : kInvLn10Hi);
+    static __m128d half(__m128d k, __m128d r) {
+        __m128d p = splat(-0.1305411058644881);
+        p = p * r + splat(0.1375659840408164);
+        p = p * r + splat(-0.121485169278039);
+        p = p * r + splat(0.1405420672413101);
+        p = p * r + splat(-0.1668303148375649);
+        p = p * r + splat(0.2000732271864601);
+        p = p * r + splat(-0.24999728990411457);
+        p = p * r + splat(0.3333327139832989);
+        p = p * r + splat(-0.500000007432645);
+        const __m128d q = r * r * p + r;
+        if constexpr (kBase == 2) return k + q * splat(kInvLn2Hi);
+        return k * splat(0.30102999566398120) + q * splat(kInvLn10Hi);
     }
     static V fast(V x) {
-        const __m128d l = half(_mm_cvtps_pd(x));
-        const __m128d h = half(_mm_cvtps_pd(_mm_movehl_ps(x, x)));
-        return _mm_movelh_ps(_mm_cvtpd_ps(l), _mm_cvtpd_ps(h));
+        const __m128i u = _mm_add_epi32(_mm_castps_si128(x),
+                                        _mm_set1_epi32(static_cast<int32_t>(0xC0D55555u)));
+        const __m128 k = _mm_cvtepi32_ps(_mm_srai_epi32(u, 23));
+        const __m128 m = _mm_castsi128_ps(_mm_add_epi32(_mm_and_si128(u, _mm_set1_epi32(0x7FFFFF)),
+                                                        _mm_set1_epi32(0x3F2AAAAB)));
+        const __m128 r = m - _mm_set1_ps(1.0f);  // exact, in [-1/3, 1/3)
+        const __m128d lo = half(_mm_cvtps_pd(k), _mm_cvtps_pd(r));
+        const __m128d hi = half(_mm_cvtps_pd(_mm_movehl_ps(k, k)), _mm_cvtps_pd(_mm_movehl_ps(r, r)));
+        return _mm_movelh_ps(_mm_cvtpd_ps(lo), _mm_cvtpd_ps(hi));
     }
     static int special(V x) { return log_special_f(x); }
     static int32_t callout(const float* x, float* r) {
