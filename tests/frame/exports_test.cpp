@@ -73,8 +73,9 @@ TEST(Exports, EveryListedFunctionHasFourNamesAndTwoTables) {
         void* slots[3];
         std::memcpy(slots, ttab, sizeof slots);
         for (int k = 0; k < 3; ++k) EXPECT_GT(cost[k], 0.0f) << fn;
-        if (slots[0] == slots[1] && slots[1] == slots[2])
+        if (slots[0] == slots[1] && slots[1] == slots[2]) {
             EXPECT_TRUE(cost[0] == cost[1] && cost[1] == cost[2]) << fn;
+        }
     }
     dlclose(lib);
 }

@@ -49,7 +49,10 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(ModeParser, TokensNearTheEndOfTheBufferAreSkipped) {
     // 35 tokens "VTM_HA" joined by commas take 244 bytes.
     std::string ok;
-    for (int i = 0; i < 35; ++i) ok += (i ? "," : "") + std::string("VTM_HA");
+    for (int i = 0; i < 35; ++i) {
+        if (i) ok += ',';
+        ok += "VTM_HA";
+    }
     ASSERT_EQ(ok.size(), 244u);
     EXPECT_EQ(orv::frame::parse_mode_text(ok.c_str()), 0x2);
     // A name that would reach past position 255 is skipped, so the parse fails.

@@ -1,0 +1,68 @@
+// Internal helpers shared by the statistics task functions and compute
+// entries: integer access through the record, the variable mask, buffers.
+#pragma once
+
+#include <orv/orv_core.h>
+#include <orv/stats.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#define ORV_SS_EXPORT extern "C" __attribute__((visibility("default")))
+
+// Table-based square root used by the finishing steps of the compute entries.
+extern "C" __attribute__((visibility("hidden"))) double __vstdSqrt(double x);
+
+namespace orv::ss {
+
+inline constexpr std::size_t kAlign = 128;
+inline constexpr uint8_t kTypeTag = 2;
+
+// An integer reached through the record: 32- or 64-bit by int_is_64.
+inline int64_t read_int(const void* p, int is64) {
+    if (is64) return *static_cast<const int64_t*>(p);
+    return *static_cast<const int32_t*>(p);
+}
+
+// Entry j of a caller's integer array, read with a stride of int_is_64 + 1
+// 32-bit words.
+inline int64_t read_int_at(const void* p, int is64, int64_t j) {
+    return read_int(static_cast<const int32_t*>(p) + j * (is64 + 1), is64);
+}
+
+// The variable mask: all variables take part when indices is null.
+struct Mask {
+    const void* indices;
+    int is64;
+    bool admits(int64_t j) const { return !indices || read_int_at(indices, is64, j) != 0; }
+};
+
+// A buffer from orv_serv_allocate at the subsystem's alignment, released at
+// scope exit unless handed over.
+template <typename T>
+class Buffer {
+public:
+    Buffer() = default;
+    Buffer(const Buffer&) = delete;
+    Buffer& operator=(const Buffer&) = delete;
+    ~Buffer() { reset(); }
+    // False on failure; the contents are cleared when zero is set.
+    bool allocate(std::size_t count, bool zero) {
+        reset();
+        if (count == 0) count = 1;
+        ptr_ = static_cast<T*>(orv_serv_allocate(count * sizeof(T), kAlign));
+        if (ptr_ && zero) std::memset(static_cast<void*>(ptr_), 0, count * sizeof(T));
+        return ptr_ != nullptr;
+    }
+    void reset() {
+        if (ptr_) orv_serv_deallocate(ptr_);
+        ptr_ = nullptr;
+    }
+    T* get() const { return ptr_; }
+
+private:
+    T* ptr_ = nullptr;
+};
+
+}  // namespace orv::ss
