@@ -25,13 +25,17 @@ inline int log_special_f(__m128 x) {
     return _mm_movemask_ps(_mm_castsi128_ps(_mm_cmplt_epi32(b, _mm_set1_epi32(0x1000000))));
 }
 
-// The same for doubles on the high word: hw - 0x00100000, unsigned, must be
-// below 0x7FE00000; compared signed after flipping the top bit.
+// The same for doubles, on the high word of bits(x) - kLogBase as the
+// reduction forms it (the low word of kLogBase is 0, so no borrow): x is a
+// positive normal finite double exactly when that word, signed, lies in
+// [0x00100000 - 0x3FE5F000, 0x7FEFFFFF - 0x3FE5F000].
 inline int log_special_d(__m128d x) {
-    const __m128i hw = _mm_shuffle_epi32(_mm_castpd_si128(x), _MM_SHUFFLE(3, 3, 1, 1));
-    const __m128i u = _mm_xor_si128(_mm_sub_epi32(hw, _mm_set1_epi32(0x00100000)),
-                                    _mm_set1_epi32(static_cast<int32_t>(0x80000000u)));
-    return _mm_movemask_pd(_mm_castsi128_pd(_mm_cmpgt_epi32(u, _mm_set1_epi32(-0x200001))));
+    const __m128i tmp = _mm_sub_epi64(_mm_castpd_si128(x),
+                                      _mm_set1_epi64x(static_cast<long long>(kLogBase)));
+    const __m128i th = _mm_shuffle_epi32(tmp, _MM_SHUFFLE(3, 1, 3, 1));
+    const __m128i bad = _mm_or_si128(_mm_cmpgt_epi32(th, _mm_set1_epi32(0x7FEFFFFF - 0x3FE5F000)),
+                                     _mm_cmpgt_epi32(_mm_set1_epi32(0x00100000 - 0x3FE5F000), th));
+    return _mm_movemask_ps(_mm_castsi128_ps(bad)) & 3;
 }
 
 // ln(1 + r) - r = r^2 P(r) on |r| <= 2^-8 (1 + 2^-11): minimax of degree 5
