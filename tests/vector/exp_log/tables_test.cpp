@@ -32,7 +32,7 @@ TEST(ExpLogTables, SingleExponentialRows) {
         EXPECT_EQ(kExp128F[j][1], lo) << j;
     }
     mpfr_clear(v);
-    // The first rows as published with the method.
+    // The second row, as a known answer.
     EXPECT_EQ(kExp128F[1][0], 1.0054298639297485f);
     EXPECT_EQ(kExp128F[1][1], 3.7183053080980244e-08f);
 }
