@@ -6,9 +6,13 @@
 //   using T = float or double;
 //   static constexpr int kArity = 1 or 2;        inputs per element
 //   static constexpr bool kReadsMode;            plain form reads the mode word
-//   static T fast(T x) / fast(T x, T y);         branch-free block computation
+//   static T fast(T x) / fast(T x, T y);         branch-free block computation,
+//   or static V fastv(V x) / fastv(V x, V y);    the same on one SSE2 register
+//                                                (V from simd::Reg<T>)
 //   static bool special(T x) / special(T x, T y); integer range test, or absent
 //                                                 when kSpecial is false
+//   static V specialv(V x) / specialv(V x, V y); the same on a register, all
+//                                                ones in the special lanes
 //   static int32_t callout(T x, T* r) / callout(T x, T y, T* r);
 //   static constexpr bool kSpecial;              whether special/callout exist
 //   static constexpr bool kDivisorTest;          test the result instead: then
@@ -17,8 +21,11 @@
 // and the driver does everything else, once.
 #pragma once
 
+#include <emmintrin.h>
+
 #include <bit>
 #include <cstdint>
+#include <cstring>
 #include <type_traits>
 
 #include "frame/error_dispatch.h"
@@ -59,6 +66,94 @@ inline bool is_nan_bits(T x) { return (bits(x) & Fmt<T>::kAbs) > Fmt<T>::kExpMas
 template <typename T>
 inline bool is_inf_or_nan_bits(T x) { return (bits(x) & Fmt<T>::kAbs) >= Fmt<T>::kExpMask; }
 
+// A NaN made quiet by arithmetic (x + x), any other value unchanged. The
+// compiler may drop a multiplication by 1, so it is not used for this.
+template <typename T>
+inline T quieted(T x) { return is_nan_bits(x) ? x + x : x; }
+
+// A thin layer over the SSE2 registers, overloaded by element type, so that
+// a vector fast path is written once for single and double.
+namespace simd {
+template <typename T>
+struct Reg;
+template <>
+struct Reg<float> {
+    using V = __m128;
+    static constexpr int kWidth = 4;
+    static V load(const float* p) { return _mm_loadu_ps(p); }
+    static void store(float* p, V v) { _mm_storeu_ps(p, v); }
+    static V set1(float x) { return _mm_set1_ps(x); }
+    static V bits(uint32_t b) { return _mm_castsi128_ps(_mm_set1_epi32(int(b))); }
+};
+template <>
+struct Reg<double> {
+    using V = __m128d;
+    static constexpr int kWidth = 2;
+    static V load(const double* p) { return _mm_loadu_pd(p); }
+    static void store(double* p, V v) { _mm_storeu_pd(p, v); }
+    static V set1(double x) { return _mm_set1_pd(x); }
+    static V bits(uint64_t b) { return _mm_castsi128_pd(_mm_set1_epi64x(int64_t(b))); }
+};
+inline __m128 add(__m128 a, __m128 b) { return _mm_add_ps(a, b); }
+inline __m128d add(__m128d a, __m128d b) { return _mm_add_pd(a, b); }
+inline __m128 sub(__m128 a, __m128 b) { return _mm_sub_ps(a, b); }
+inline __m128d sub(__m128d a, __m128d b) { return _mm_sub_pd(a, b); }
+inline __m128 mul(__m128 a, __m128 b) { return _mm_mul_ps(a, b); }
+inline __m128d mul(__m128d a, __m128d b) { return _mm_mul_pd(a, b); }
+inline __m128 div(__m128 a, __m128 b) { return _mm_div_ps(a, b); }
+inline __m128d div(__m128d a, __m128d b) { return _mm_div_pd(a, b); }
+inline __m128 sqrt(__m128 a) { return _mm_sqrt_ps(a); }
+inline __m128d sqrt(__m128d a) { return _mm_sqrt_pd(a); }
+inline __m128 band(__m128 a, __m128 b) { return _mm_and_ps(a, b); }
+inline __m128d band(__m128d a, __m128d b) { return _mm_and_pd(a, b); }
+inline __m128 bor(__m128 a, __m128 b) { return _mm_or_ps(a, b); }
+inline __m128d bor(__m128d a, __m128d b) { return _mm_or_pd(a, b); }
+inline __m128 bandnot(__m128 a, __m128 b) { return _mm_andnot_ps(a, b); }  // ~a & b
+inline __m128d bandnot(__m128d a, __m128d b) { return _mm_andnot_pd(a, b); }
+inline __m128 lt(__m128 a, __m128 b) { return _mm_cmplt_ps(a, b); }
+inline __m128d lt(__m128d a, __m128d b) { return _mm_cmplt_pd(a, b); }
+inline __m128 le(__m128 a, __m128 b) { return _mm_cmple_ps(a, b); }
+inline __m128d le(__m128d a, __m128d b) { return _mm_cmple_pd(a, b); }
+inline __m128 not_lt(__m128 a, __m128 b) { return _mm_cmpnlt_ps(a, b); }  // true for NaN
+inline __m128d not_lt(__m128d a, __m128d b) { return _mm_cmpnlt_pd(a, b); }
+inline __m128 eq(__m128 a, __m128 b) { return _mm_cmpeq_ps(a, b); }
+inline __m128d eq(__m128d a, __m128d b) { return _mm_cmpeq_pd(a, b); }
+// One bit a lane from a comparison result.
+inline uint32_t lanes(__m128 m) { return uint32_t(_mm_movemask_ps(m)); }
+inline uint32_t lanes(__m128d m) { return uint32_t(_mm_movemask_pd(m)); }
+// All ones in the lanes whose bits (single) or high word (double), less lo,
+// are at or above span as unsigned numbers: the integer range test of the
+// special masks.
+inline __m128 outside(__m128 x, uint32_t lo, uint32_t span) {
+    const __m128i flip = _mm_set1_epi32(int(0x80000000u));
+    const __m128i t = _mm_xor_si128(_mm_sub_epi32(_mm_castps_si128(x), _mm_set1_epi32(int(lo))), flip);
+    return _mm_castsi128_ps(_mm_cmpgt_epi32(t, _mm_set1_epi32(int((span - 1) ^ 0x80000000u))));
+}
+inline __m128d outside(__m128d x, uint32_t lo, uint32_t span) {
+    const __m128i m = _mm_castps_si128(outside(_mm_castpd_ps(x), lo, span));
+    return _mm_castsi128_pd(_mm_shuffle_epi32(m, _MM_SHUFFLE(3, 3, 1, 1)));  // high words
+}
+inline __m128 unord(__m128 a, __m128 b) { return _mm_cmpunord_ps(a, b); }
+inline __m128d unord(__m128d a, __m128d b) { return _mm_cmpunord_pd(a, b); }
+// mask ? a : b, lane by lane
+template <typename V>
+inline V select(V mask, V a, V b) { return bor(band(mask, a), bandnot(mask, b)); }
+// All ones in the lanes whose sign bit is set.
+inline __m128 negative(__m128 x) { return _mm_castsi128_ps(_mm_srai_epi32(_mm_castps_si128(x), 31)); }
+inline __m128d negative(__m128d x) {
+    const __m128i hi = _mm_srai_epi32(_mm_castpd_si128(x), 31);
+    return _mm_castsi128_pd(_mm_shuffle_epi32(hi, _MM_SHUFFLE(3, 3, 1, 1)));
+}
+}  // namespace simd
+
+template <typename K, typename T>
+concept HasVectorSpecial = requires(typename simd::Reg<T>::V v) { K::specialv(v); } ||
+                           requires(typename simd::Reg<T>::V v) { K::specialv(v, v); };
+
+template <typename K, typename T>
+concept HasVectorPath = requires(typename simd::Reg<T>::V v) { K::fastv(v); } ||
+                        requires(typename simd::Reg<T>::V v) { K::fastv(v, v); };
+
 // Floating-point entry of a kernel.
 inline frame::FpGuard enter(bool reads_mode) {
     return reads_mode ? frame::FpGuard::from_mode(frame::current_mode())
@@ -90,15 +185,30 @@ inline void run_block(const Access<T, Strided>& acc, long base, int count, const
     alignas(16) T x[Lanes];
     alignas(16) T y[Lanes];
     alignas(16) T z[Lanes];
-    for (int l = 0; l < Lanes; ++l) {
-        x[l] = l < count ? acc.in_a(base + l) : T(kFiller);
-        if constexpr (K::kArity == 2) y[l] = l < count ? acc.in_b(base + l) : T(kFiller);
+    if (!Strided && count == Lanes) {
+        std::memcpy(x, &acc.a[base], sizeof x);
+        if constexpr (K::kArity == 2) std::memcpy(y, &acc.b[base], sizeof y);
+    } else {
+        for (int l = 0; l < Lanes; ++l) {
+            x[l] = l < count ? acc.in_a(base + l) : T(kFiller);
+            if constexpr (K::kArity == 2) y[l] = l < count ? acc.in_b(base + l) : T(kFiller);
+        }
     }
-    for (int l = 0; l < Lanes; ++l) {
-        if constexpr (K::kArity == 2)
-            z[l] = K::fast(x[l], y[l]);
-        else
-            z[l] = K::fast(x[l]);
+    if constexpr (HasVectorPath<K, T>) {
+        using R = simd::Reg<T>;
+        for (int l = 0; l < Lanes; l += R::kWidth) {
+            if constexpr (K::kArity == 2)
+                R::store(z + l, K::fastv(R::load(x + l), R::load(y + l)));
+            else
+                R::store(z + l, K::fastv(R::load(x + l)));
+        }
+    } else {
+        for (int l = 0; l < Lanes; ++l) {
+            if constexpr (K::kArity == 2)
+                z[l] = K::fast(x[l], y[l]);
+            else
+                z[l] = K::fast(x[l]);
+        }
     }
     if constexpr (K::kSpecial) {
         uint32_t mask = 0;
@@ -127,7 +237,10 @@ inline void run_block(const Access<T, Strided>& acc, long base, int count, const
             }
         }
     }
-    for (int l = 0; l < count; ++l) acc.out(base + l) = z[l];
+    if (!Strided && count == Lanes)
+        std::memcpy(&acc.r[base], z, sizeof z);
+    else
+        for (int l = 0; l < count; ++l) acc.out(base + l) = z[l];
     if constexpr (K::kDivisorTest) {
         // The quotients are stored; a zero divisor is reported at once.
         for (int l = 0; l < count; ++l) {
@@ -137,9 +250,52 @@ inline void run_block(const Access<T, Strided>& acc, long base, int count, const
     }
 }
 
+// A whole unit-stride block of a kernel with a vector path: computed in
+// registers straight from the arrays. A block with a special lane is run
+// again through the general path above.
+template <typename K, typename T>
+inline void run_full_plain(const Access<T, false>& acc, long base, const char* name) {
+    using R = simd::Reg<T>;
+    using V = typename R::V;
+    constexpr int kW = R::kWidth, kRegs = kBlock / kW;
+    const V zero = R::set1(T(0));
+    V z[kRegs];
+    V special = zero, zero_divisor = zero;  // lane masks, or-ed over the block
+    for (int j = 0; j < kRegs; ++j) {
+        const V xa = R::load(acc.a + base + j * kW);
+        if constexpr (K::kArity == 2) {
+            const V xb = R::load(acc.b + base + j * kW);
+            z[j] = K::fastv(xa, xb);
+            if constexpr (K::kSpecial) special = simd::bor(special, K::specialv(xa, xb));
+            if constexpr (K::kDivisorTest) zero_divisor = simd::bor(zero_divisor, simd::eq(xb, zero));
+        } else {
+            z[j] = K::fastv(xa);
+            if constexpr (K::kSpecial) special = simd::bor(special, K::specialv(xa));
+            if constexpr (K::kDivisorTest) zero_divisor = simd::bor(zero_divisor, simd::eq(xa, zero));
+        }
+    }
+    if (simd::lanes(special)) {
+        run_block<K, kBlock>(acc, base, kBlock, name);
+        return;
+    }
+    for (int j = 0; j < kRegs; ++j) R::store(acc.r + base + j * kW, z[j]);
+    if constexpr (K::kDivisorTest) {
+        if (simd::lanes(zero_divisor)) {
+            for (int l = 0; l < kBlock; ++l) {
+                const T d = K::kArity == 2 ? acc.b[base + l] : acc.a[base + l];
+                const int32_t status = K::divisor_status(acc.a[base + l], d);
+                if (status != 0) acc.report(status, base + l, name);
+            }
+        }
+    }
+}
+
 template <typename K, typename T, bool Strided>
 inline void run(const Access<T, Strided>& acc, int n, const char* name) {
     long i = 0;
+    if constexpr (!Strided && HasVectorPath<K, T> && (!K::kSpecial || HasVectorSpecial<K, T>)) {
+        for (; i + kBlock <= n; i += kBlock) run_full_plain<K>(acc, i, name);
+    }
     for (; i + kBlock <= n; i += kBlock) run_block<K, kBlock>(acc, i, kBlock, name);
     constexpr int tail = kTailLanes<T>;
     for (; i < n; i += tail) {
@@ -188,25 +344,29 @@ void binary_strided(Fn* const* plain_table, int slot, int n, const typename K::T
 }  // namespace orv::vec
 
 // Defines the plain and strided kernels of function FN (such as sSqrt) from
-// the description K. The error names come from the generated tables.
-#define ORV_UNARY_KERNELS(FN, ...)                                                         \
-    extern "C" void orv_kern_##FN(int n, const __VA_ARGS__::T* a, __VA_ARGS__::T* r) {                       \
-        orv::vec::unary<__VA_ARGS__>(n, a, r, orv::vtm::kName_##FN);                               \
-    }                                                                                    \
-    extern "C" void orv_kern_##FN##I(int n, const __VA_ARGS__::T* a, int inca, __VA_ARGS__::T* r, int incr) { \
-        orv::vec::unary_strided<__VA_ARGS__>(                                                      \
-            orv_vtm_kernel_##FN##_ttab,                                                  \
-            orv::frame::forward_slot(orv::vtm::kSharedSlots_##FN, orv::frame::kSlotHA),  \
-            n, a, inca, r, incr, orv::vtm::kName_##FN##I);                               \
+// the kernel description given after it. The error names come from the
+// generated tables.
+#define ORV_UNARY_KERNELS(FN, ...)                                                      \
+    extern "C" void orv_kern_##FN(int n, const __VA_ARGS__::T* a, __VA_ARGS__::T* r) {  \
+        orv::vec::unary<__VA_ARGS__>(n, a, r, orv::vtm::kName_##FN);                    \
+    }                                                                                   \
+    extern "C" void orv_kern_##FN##I(int n, const __VA_ARGS__::T* a, int inca,          \
+                                     __VA_ARGS__::T* r, int incr) {                     \
+        orv::vec::unary_strided<__VA_ARGS__>(                                           \
+            orv_vtm_kernel_##FN##_ttab,                                                 \
+            orv::frame::forward_slot(orv::vtm::kSharedSlots_##FN, orv::frame::kSlotHA), \
+            n, a, inca, r, incr, orv::vtm::kName_##FN##I);                              \
     }
 
-#define ORV_BINARY_KERNELS(FN, ...)                                                        \
-    extern "C" void orv_kern_##FN(int n, const __VA_ARGS__::T* a, const __VA_ARGS__::T* b, __VA_ARGS__::T* r) {        \
-        orv::vec::binary<__VA_ARGS__>(n, a, b, r, orv::vtm::kName_##FN);                           \
+#define ORV_BINARY_KERNELS(FN, ...)                                                      \
+    extern "C" void orv_kern_##FN(int n, const __VA_ARGS__::T* a, const __VA_ARGS__::T* b, \
+                                  __VA_ARGS__::T* r) {                                   \
+        orv::vec::binary<__VA_ARGS__>(n, a, b, r, orv::vtm::kName_##FN);                 \
     }                                                                                    \
-    extern "C" void orv_kern_##FN##I(int n, const __VA_ARGS__::T* a, int inca, const __VA_ARGS__::T* b,      \
-                                     int incb, __VA_ARGS__::T* r, int incr) {                      \
-        orv::vec::binary_strided<__VA_ARGS__>(                                                     \
+    extern "C" void orv_kern_##FN##I(int n, const __VA_ARGS__::T* a, int inca,           \
+                                     const __VA_ARGS__::T* b, int incb, __VA_ARGS__::T* r, \
+                                     int incr) {                                         \
+        orv::vec::binary_strided<__VA_ARGS__>(                                           \
             orv_vtm_kernel_##FN##_ttab,                                                  \
             orv::frame::forward_slot(orv::vtm::kSharedSlots_##FN, orv::frame::kSlotHA),  \
             n, a, inca, b, incb, r, incr, orv::vtm::kName_##FN##I);                      \

@@ -53,7 +53,9 @@ void check_case(const Case& c) {
     EXPECT_EQ(e.index, 5);
     EXPECT_EQ(e.name, name);
     EXPECT_TRUE(same_value(e.arg1, double(x[5])));
-    if (k.arity == 2) EXPECT_TRUE(same_value(e.arg2, double(y[5])));
+    if (k.arity == 2) {
+        EXPECT_TRUE(same_value(e.arg2, double(y[5])));
+    }
     EXPECT_TRUE(same_value(e.res1, double(want)));
 }
 
@@ -191,6 +193,35 @@ TEST(LinearFrac, EachCaseOfTheScalars) {
     EXPECT_EQ(r[1], 1.0);
     EXPECT_EQ(r[2], kInf);
     EXPECT_EQ(_vtmGetErrStatus(), 0);
+}
+
+}  // namespace
+
+namespace {
+
+// The strided forms of the two shapes of their own, against the plain ones
+// on elements gathered by hand.
+TEST(OwnShapes, StridedModfAndLinearFrac) {
+    const double src[12] = {1.5, -2.25, 7.0, -0.5, 3.75, 1e300, -9.5, 0.125, 4.5, -6.0, 2.5, 11.0};
+    for (int inc : {2, 3, -1}) {
+        const int n = 4;
+        const double* a = inc < 0 ? src + (n - 1) : src;
+        double g[4], gb[4], i1[4], f1[4], q[4];
+        for (int i = 0; i < n; ++i) g[i] = a[i * inc], gb[i] = src[11 - i];
+        _vtmdModf(n, g, i1, f1);
+        _vtmdLinearFrac(n, g, gb, 2, 1, 0.5, 3, q);
+        double r1[12], r2[12], r[12];
+        double* o = inc < 0 ? r + (n - 1) : r;
+        double* o1 = inc < 0 ? r1 + (n - 1) : r1;
+        double* o2 = inc < 0 ? r2 + (n - 1) : r2;
+        _vtmdModfI(n, a, inc, o1, inc, o2, inc);
+        _vtmdLinearFracI(n, a, inc, src + 11, -1, 2, 1, 0.5, 3, o, inc);
+        for (int i = 0; i < n; ++i) {
+            EXPECT_EQ(o1[i * inc], i1[i]);
+            EXPECT_EQ(o2[i * inc], f1[i]);
+            EXPECT_EQ(o[i * inc], q[i]);
+        }
+    }
 }
 
 }  // namespace

@@ -1,0 +1,355 @@
+// The block conventions shared by the vector kernels: lengths through block
+// and tail, the slow path in lane order, the mode's denormal field, the
+// caller's rounding direction, and the strided forms.
+#include <gtest/gtest.h>
+
+#include <xmmintrin.h>
+
+#include <mpfr.h>
+
+#include <algorithm>
+#include <cfenv>
+#include <cmath>
+#include <functional>
+#include <vector>
+
+#include "capture.h"
+#include "kernels.h"
+
+namespace {
+
+// Independent scalar references from the C library.
+struct Scalar {
+    const char* fn;
+    double (*d)(double, double);
+    float (*s)(float, float);
+};
+
+#define REF1(FN, EXPR)                                                       \
+    Scalar{FN, [](double x, double) -> double { return EXPR; },              \
+           [](float x, float) -> float { using std::sqrt; return EXPR; }}
+#define REF2(FN, EXPR)                                                       \
+    Scalar{FN, [](double x, double y) -> double { return EXPR; },            \
+           [](float x, float y) -> float { return EXPR; }}
+
+const Scalar kScalar[] = {
+    REF2("Add", x + y), REF2("Sub", x - y), REF2("Mul", x * y), REF1("Sqr", x * x),
+    REF1("Abs", std::fabs(x)), REF1("Inv", 1 / x), REF2("Div", x / y),
+    REF1("Sqrt", std::sqrt(x)), REF1("Ceil", std::ceil(x)), REF1("Floor", std::floor(x)),
+    REF1("Trunc", std::trunc(x)), REF1("Round", std::round(x)), REF1("Rint", std::rint(x)),
+    REF1("NearbyInt", std::nearbyint(x)), REF1("Frac", std::copysign(x - std::trunc(x), x)),
+    REF2("Fmax", std::fmax(x, y)), REF2("Fmin", std::fmin(x, y)),
+    REF2("CopySign", std::copysign(x, y)), REF2("NextAfter", std::nextafter(x, y)),
+    REF2("Fdim", std::fdim(x, y)), REF2("Fmod", std::fmod(x, y)),
+    REF2("Remainder", std::remainder(x, y)),
+};
+
+void PrintTo(const Scalar& s, std::ostream* os) { *os << s.fn; }
+
+// Inputs of both signs over several magnitudes, with halves and integers.
+double input(int i, int salt) {
+    const double v = std::ldexp(1.0 + ((i * 7 + salt) % 13) / 8.0, (i * 5 + salt) % 17 - 6);
+    return (i + salt) % 3 == 0 ? -v : v;
+}
+
+class Lengths : public testing::TestWithParam<Scalar> {};
+
+template <typename T>
+void check_lengths(const Scalar& ref) {
+    const Kernels& k = kernels(ref.fn);
+    for (int n = 0; n <= 40; ++n) {
+        std::vector<T> x(n + 1), y(n + 1), r(n + 1, T(-7));
+        for (int i = 0; i < n; ++i) {
+            x[i] = T(input(i, 0));
+            y[i] = T(input(i, 5));
+            if (k.arity == 1 && std::string(ref.fn).find("Sqrt") != std::string::npos) x[i] = std::fabs(x[i]);
+        }
+        call(k, n, x.data(), y.data(), r.data());
+        for (int i = 0; i < n; ++i) {
+            const T want = sizeof(T) == 4 ? T(ref.s(float(x[i]), float(y[i]))) : T(ref.d(x[i], y[i]));
+            ASSERT_TRUE(same_value(r[i], want)) << ref.fn << " n=" << n << " i=" << i << " x=" << x[i]
+                                                << " got " << r[i] << " want " << want;
+        }
+        ASSERT_EQ(r[n], T(-7)) << "wrote past n";
+    }
+}
+
+TEST_P(Lengths, EveryLengthTo40AgreesWithScalar) {
+    ErrorCapture cap;
+    check_lengths<float>(GetParam());
+    check_lengths<double>(GetParam());
+    EXPECT_TRUE(cap.errors().empty());
+}
+INSTANTIATE_TEST_SUITE_P(Conventions, Lengths, testing::ValuesIn(kScalar));
+
+TEST(SlowPath, NaNInLane3LeavesTheOtherLanes) {
+    ErrorCapture cap;
+    std::vector<double> x(16), r(16);
+    for (int i = 0; i < 16; ++i) x[i] = 1.0 + i;
+    x[3] = std::nan("");
+    _vtmdSqrt(16, x.data(), r.data());
+    for (int i = 0; i < 16; ++i)
+        if (i != 3) {
+            EXPECT_EQ(r[i], std::sqrt(x[i])) << i;
+        }
+    EXPECT_TRUE(std::isnan(r[3]));
+    EXPECT_TRUE(cap.errors().empty());
+    // A negative in lane 3 is reported for that lane alone.
+    std::vector<float> xs(16, 9.0f), rs(16);
+    xs[3] = -1.0f;
+    _vtmsSqrt(16, xs.data(), rs.data());
+    for (int i = 0; i < 16; ++i)
+        if (i != 3) {
+            EXPECT_EQ(rs[i], 3.0f);
+        }
+    ASSERT_EQ(cap.errors().size(), 1u);
+    EXPECT_EQ(cap.errors()[0].index, 3);
+    EXPECT_EQ(cap.errors()[0].name, "vsSqrt");
+}
+
+TEST(SlowPath, Lanes2And9ReachTheEntryInOrder) {
+    for (int order = 0; order < 2; ++order) {
+        ErrorCapture cap;
+        std::vector<double> x(32, 4.0), r(32);
+        x[2] = order ? 0.0 : -1.0;  // status 2 or 1
+        x[9] = order ? -1.0 : 0.0;
+        _vtmdInvSqrt(32, x.data(), r.data());
+        ASSERT_EQ(cap.errors().size(), 2u);
+        EXPECT_EQ(cap.errors()[0].index, 2);
+        EXPECT_EQ(cap.errors()[1].index, 9);
+        EXPECT_EQ(_vtmGetErrStatus(), order ? 1 : 2);  // lane 9's status stays
+        EXPECT_EQ(r[0], 0.5);
+        EXPECT_EQ(r[31], 0.5);
+    }
+}
+
+TEST(SlowPath, CallbackReplacesTheResult) {
+    ErrorCapture cap;
+    _vtmSetErrorCallBack([](VtmErrorContext* c) -> int32_t {
+        c->res1 = 42.0;
+        return 0;
+    });
+    std::vector<float> x(20, 1.0f), r(20);
+    x[17] = -4.0f;  // a tail lane
+    _vtmsSqrt(20, x.data(), r.data());
+    EXPECT_EQ(r[17], 42.0f);
+    EXPECT_EQ(r[16], 1.0f);
+}
+
+// Denormals are flushed only when the mode's field is exactly 0x280000, and
+// only by the kernels that read the mode.
+struct FlushCase {
+    uint32_t field;
+    bool flushes;
+};
+class Denormals : public testing::TestWithParam<FlushCase> {};
+TEST_P(Denormals, FlushedOnlyUnderTheExactField) {
+    const FlushCase c = GetParam();
+    ErrorCapture cap(VTM_ERRMODE_CALLBACK | c.field);
+    const unsigned before = _mm_getcsr();
+    const double den[2] = {0x1p-1060, 0x1p-1060};
+    const float dens[1] = {0x1p-140f};
+    double r[2];
+    float rs[1];
+    _vtmdSqrt(1, den, r);  // reads the mode
+    EXPECT_EQ(r[0], c.flushes ? 0.0 : 0x1p-530);
+    _vtmsSqrt(1, dens, rs);
+    EXPECT_EQ(rs[0], c.flushes ? 0.0f : 0x1p-70f);
+    _vtmdFrac(1, den, r);
+    EXPECT_EQ(r[0], c.flushes ? 0.0 : 0x1p-1060);
+    const double tiny[3] = {0x1p-530, 0, 0x1p-530};
+    _vtmdSqr(1, tiny, r);  // keeps the caller's state: never flushed
+    EXPECT_EQ(r[0], 0x1p-1060);
+    _vtmdSqrI(2, tiny, 2, r, 1);  // the strided form reads the mode
+    EXPECT_EQ(r[0], c.flushes ? 0.0 : 0x1p-1060);
+    EXPECT_EQ(_mm_getcsr() & 0xFFC0u, before & 0xFFC0u) << "control bits restored";
+}
+INSTANTIATE_TEST_SUITE_P(Conventions, Denormals,
+                         testing::Values(FlushCase{VTM_FTZDAZ_ON, true}, FlushCase{VTM_FTZDAZ_OFF, false},
+                                         FlushCase{0x3C0000u, false}, FlushCase{0x080000u, false}));
+
+// Kernels that read the mode round to nearest whatever the caller set;
+// the others run in the caller's direction.
+TEST(Rounding, CallerDirectionIgnoredOrHonoured) {
+    ErrorCapture cap;
+    volatile double third = 1.0, three = 3.0, one = 1.0, tiny = 0x1p-60;
+    const double q_near = third / three;
+    const double sq2_near = std::sqrt(2.0);
+    ASSERT_EQ(std::fesetround(FE_UPWARD), 0);
+    const double q_up = third / three;
+    const double sum_up = one + tiny;
+    double r[2];
+    const double a[2] = {1.0, 2.0}, b[2] = {0x1p-60, 3.0}, two[1] = {2.0}, half[1] = {2.5};
+    _vtmdSqrt(1, two, r);
+    const double sqrt_got = r[0];
+    _vtmdFdim(1, a, b, r);  // reads the mode: 1 - 2^-60 rounds to nearest
+    const double fdim_got = r[0];
+    _vtmdAdd(1, a, b, r);  // keeps the caller's direction
+    const double add_got = r[0];
+    _vtmdInv(1, b + 1, r);
+    const double inv_got = r[0];
+    _vtmdRint(1, half, r);
+    const double rint_got = r[0];
+    const unsigned csr = _mm_getcsr();
+    std::fesetround(FE_TONEAREST);
+    EXPECT_EQ(sqrt_got, sq2_near);
+    EXPECT_EQ(fdim_got, 1.0);
+    EXPECT_EQ(add_got, sum_up);
+    EXPECT_NE(add_got, 1.0);
+    EXPECT_EQ(inv_got, q_up);
+    EXPECT_NE(q_up, q_near);
+    EXPECT_EQ(rint_got, 3.0);
+    EXPECT_EQ(csr & 0x6000u, 0x4000u) << "the caller's direction is back";
+}
+
+// Strided forms against gathering by hand, with the ordinal as error index.
+struct Stride {
+    int inca, incb, incr;
+};
+void PrintTo(const Stride& s, std::ostream* os) { *os << s.inca << "_" << s.incb << "_" << s.incr; }
+class Strided : public testing::TestWithParam<Stride> {};
+
+template <typename T>
+void check_strided(const Kernels& k, const Stride& s, int n, T bad, int bad_status) {
+    auto span = [n](int inc) { return size_t(std::max(n, 1)) * size_t(std::abs(inc)) + 1; };
+    std::vector<T> abuf(span(s.inca)), bbuf(span(s.incb)), rbuf(span(s.incr), T(-5));
+    auto base = [n](std::vector<T>& v, int inc) { return v.data() + (inc < 0 ? long(n - 1) * -inc : 0); };
+    T* a = base(abuf, s.inca);
+    T* b = base(bbuf, s.incb);
+    T* r = base(rbuf, s.incr);
+    std::vector<T> ga(n), gb(n), gr(n);
+    for (int i = 0; i < n; ++i) {
+        ga[i] = a[long(i) * s.inca] = T(std::fabs(input(i, 1)) + 0.5);
+        gb[i] = b[long(i) * s.incb] = T(input(i, 2));
+    }
+    if (n > 5) ga[5] = a[5L * s.inca] = bad;
+    {
+        ErrorCapture plain;
+        call(k, n, ga.data(), gb.data(), gr.data());
+    }
+    ErrorCapture cap;
+    call_strided(k, n, a, s.inca, b, s.incb, r, s.incr);
+    std::vector<bool> written(rbuf.size());
+    for (int i = 0; i < n; ++i) {
+        ASSERT_TRUE(same_value(r[long(i) * s.incr], gr[i])) << k.name << " n=" << n << " i=" << i;
+        written[size_t(&r[long(i) * s.incr] - rbuf.data())] = true;
+    }
+    for (size_t j = 0; j < rbuf.size(); ++j)
+        if (!written[j]) {
+            ASSERT_EQ(rbuf[j], T(-5)) << "touched a gap";
+        }
+    if (n > 5 && bad_status) {
+        ASSERT_EQ(cap.errors().size(), 1u) << k.name;
+        const SeenError& e = cap.errors()[0];
+        EXPECT_EQ(e.index, 5);
+        EXPECT_EQ(e.code, bad_status);
+        EXPECT_TRUE(same_value(e.arg1, double(bad)));
+        const bool unit = s.inca == 1 && s.incb == 1 && s.incr == 1;
+        const std::string stem = std::string(sizeof(T) == 4 ? "vs" : "vd") + k.name;
+        const bool own_name = std::string(k.name) == "Div" || std::string(k.name) == "Inv";
+        EXPECT_EQ(e.name, unit || !own_name ? stem : stem + "I");
+    } else {
+        EXPECT_TRUE(cap.errors().empty());
+    }
+}
+
+TEST_P(Strided, AgreesWithGatheringByHand) {
+    const Stride s = GetParam();
+    struct Bad { const char* fn; double x; int status; };
+    const Bad cases[] = {{"Sqrt", -1.0, 1}, {"InvSqrt", 0.0, 2}, {"Inv", 0.0, 2}, {"Ceil", -2.5, 0},
+                         {"Rint", 2.5, 0},  {"Frac", -1.25, 0}, {"Div", 0.0, 0}, {"Fmax", NAN, 0},
+                         {"NextAfter", 0.0, 4}, {"Fmod", INFINITY, 2}, {"Add", 1.0, 0}};
+    for (const Bad& c : cases) {
+        for (int n : {0, 1, 3, 7, 16, 17, 37}) {
+            check_strided<float>(kernels(c.fn), s, n, float(c.x), c.status);
+            check_strided<double>(kernels(c.fn), s, n, c.x, c.status);
+        }
+    }
+}
+INSTANTIATE_TEST_SUITE_P(Conventions, Strided,
+                         testing::Values(Stride{1, 1, 1}, Stride{2, 3, 1}, Stride{3, 1, 2},
+                                         Stride{-1, 2, -1}, Stride{1, -1, 3}, Stride{2, 2, 2}));
+
+TEST(Strided, DivisorOfZeroInTheStridedDivReportsItsOrdinal) {
+    ErrorCapture cap;
+    const double a[6] = {1, 9, 2, 9, 3, 9}, b[3] = {1, 0, 4};
+    double r[3];
+    _vtmdDivI(3, a, 2, b, 1, r, 1);
+    ASSERT_EQ(cap.errors().size(), 1u);
+    EXPECT_EQ(cap.errors()[0].index, 1);
+    EXPECT_EQ(cap.errors()[0].name, "vdDivI");
+    EXPECT_EQ(cap.errors()[0].arg1, 2.0);
+    EXPECT_EQ(cap.errors()[0].arg2, 0.0);
+    EXPECT_EQ(r[1], INFINITY);
+    EXPECT_EQ(r[2], 0.75);
+}
+
+}  // namespace
+
+namespace {
+
+// The rounding family keeps the caller's direction: Ceil, Floor, Trunc,
+// Round and Frac give the same results in every direction, Rint and
+// NearbyInt round in it; zeros keep the sign of x throughout. The reference
+// is MPFR, whose integral roundings keep the sign of a zero as IEEE 754
+// asks (the C library's floor and rint give -0 for 0.5 when rounding down).
+struct Dir {
+    int fe;
+    mpfr_rnd_t rnd;
+};
+void PrintTo(const Dir& d, std::ostream* os) { *os << d.fe; }
+class Directions : public testing::TestWithParam<Dir> {};
+
+template <typename T>
+T mpfr_ref(int op, T x, mpfr_rnd_t rnd) {
+    mpfr_t m;
+    mpfr_init2(m, 64);
+    mpfr_set_d(m, double(x), MPFR_RNDN);
+    switch (op) {
+        case 0: mpfr_ceil(m, m); break;
+        case 1: mpfr_floor(m, m); break;
+        case 2: mpfr_trunc(m, m); break;
+        case 3: mpfr_round(m, m); break;
+        default: mpfr_rint(m, m, rnd); break;
+    }
+    const T r = T(mpfr_get_d(m, MPFR_RNDN));
+    mpfr_clear(m);
+    return r;
+}
+
+template <typename T>
+std::string check_directions(const Dir& d) {
+    using Fn = void (*)(int, const T*, T*);
+    const double src[] = {0.0, -0.0, 0.5, -0.5, 1.5, -1.5, 2.5, -2.5, 0x1p-1074, -0x1p-149,
+                          0.75, -0.99, 4503599627370495.5, -8388607.5, 0x1p52, 1e300, 3.5};
+    const int n = int(std::size(src));
+    std::vector<T> x(src, src + n), got(n);
+    Fn fns[6];
+    if constexpr (sizeof(T) == 4) {
+        Fn f[6] = {_vtmsCeil, _vtmsFloor, _vtmsTrunc, _vtmsRound, _vtmsRint, _vtmsNearbyInt};
+        std::copy(f, f + 6, fns);
+    } else {
+        Fn f[6] = {_vtmdCeil, _vtmdFloor, _vtmdTrunc, _vtmdRound, _vtmdRint, _vtmdNearbyInt};
+        std::copy(f, f + 6, fns);
+    }
+    std::string msg;
+    for (int op = 0; op < 6; ++op) {
+        std::fesetround(d.fe);
+        fns[op](n, x.data(), got.data());
+        std::fesetround(FE_TONEAREST);
+        for (int i = 0; i < n; ++i)
+            if (!same_value(got[i], mpfr_ref(op, x[i], d.rnd)))
+                msg += "op" + std::to_string(op) + "(" + std::to_string(double(x[i])) + ") ";
+    }
+    return msg;
+}
+
+TEST_P(Directions, RoundingFamilyInEveryDirection) {
+    EXPECT_EQ(check_directions<double>(GetParam()), "");
+    EXPECT_EQ(check_directions<float>(GetParam()), "");
+}
+INSTANTIATE_TEST_SUITE_P(Conventions, Directions,
+                         testing::Values(Dir{FE_TONEAREST, MPFR_RNDN}, Dir{FE_UPWARD, MPFR_RNDU},
+                                         Dir{FE_DOWNWARD, MPFR_RNDD}, Dir{FE_TOWARDZERO, MPFR_RNDZ}));
+
+}  // namespace

@@ -12,7 +12,8 @@ struct InvK {
     static constexpr bool kReadsMode = false;
     static constexpr bool kSpecial = false;
     static constexpr bool kDivisorTest = true;
-    static T fast(T x) { return T(1) / x; }
+    using V = typename orv::vec::simd::Reg<T>::V;
+    static V fastv(V x) { return orv::vec::simd::div(orv::vec::simd::Reg<T>::set1(T(1)), x); }
     static int32_t divisor_status(T, T d) { return d == T(0) ? VtmStatusPole : 0; }
 };
 
@@ -23,7 +24,8 @@ struct DivK {
     static constexpr bool kReadsMode = false;
     static constexpr bool kSpecial = false;
     static constexpr bool kDivisorTest = true;
-    static T fast(T a, T b) { return a / b; }
+    using V = typename orv::vec::simd::Reg<T>::V;
+    static V fastv(V a, V b) { return orv::vec::simd::div(a, b); }
     static int32_t divisor_status(T, T d) { return d == T(0) ? VtmStatusPole : 0; }
 };
 

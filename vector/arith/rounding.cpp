@@ -1,11 +1,11 @@
 // The rounding family: Ceil, Floor, Trunc, Round, Rint, NearbyInt, Frac and
-// Modf. Every lane works on |x| below 2^p (p the fraction width): adding and
-// taking away 2^p leaves an integer within one of |x| in any rounding
-// direction, and a comparison repairs it to the floor of |x|. The result then
-// takes the sign of x by a bitwise or, so zeros keep their sign. Larger
-// values have no fraction and pass unchanged; NaN is quieted by x * 1.
-// Rint and NearbyInt round in the caller's direction: there the shift is
-// made with the sign of x and no repair follows.
+// Modf. For |x| below 2^p (p the fraction width), adding and taking away
+// 2^p with the sign of x leaves an integer within one of x in any rounding
+// direction, and a comparison repairs it to the ceiling or floor; Trunc,
+// Round and Frac do the same on |x|. The result then takes the sign of x by
+// a bitwise or, so zeros keep their sign. Larger values have no fraction
+// and pass unchanged, NaN quieted. Rint and NearbyInt round in the caller's
+// direction: their shifted value is taken as it is.
 #include <cmath>
 
 #include "vector/block_driver.h"
@@ -43,10 +43,6 @@ inline Parts<T> parts(T x) {
 template <typename T>
 inline T with_sign(T v, Bits<T> s) { return from_bits<T>(bits(v) | s); }
 
-// Results for the lanes without fraction bits: x itself, NaN quieted.
-template <typename T>
-inline T whole(T x) { return x * T(1); }
-
 enum class Op { Ceil, Floor, Trunc, Round, Rint, Frac };
 
 template <typename E, Op O, bool ReadsMode>
@@ -56,29 +52,40 @@ struct RoundK {
     static constexpr bool kReadsMode = ReadsMode;
     static constexpr bool kSpecial = false;
     static constexpr bool kDivisorTest = false;
-    static T fast(T x) {
-        const Parts<T> p = parts(x);
-        T m;  // magnitude of the result
-        if constexpr (O == Op::Trunc) {
-            m = p.fl;
-        } else if constexpr (O == Op::Ceil || O == Op::Floor) {
-            const T up = p.fl < p.ax ? p.fl + T(1) : p.fl;
-            m = (O == Op::Ceil) == (p.s == 0) ? up : p.fl;
-        } else if constexpr (O == Op::Round) {
-            m = p.ax - p.fl >= T(0.5) ? p.fl + T(1) : p.fl;
-        } else if constexpr (O == Op::Rint) {
-            const T sh = with_sign(kShift<T>, p.s);
-            const T t = (x + sh) - sh;
-            m = from_bits<T>(bits(t) & Fmt<T>::kAbs);
-        } else {  // Frac
-            m = p.ax - p.fl;
+    using V = typename orv::vec::simd::Reg<T>::V;
+    static V fastv(V x) {
+        using namespace orv::vec::simd;
+        using R = Reg<T>;
+        const V sign = R::bits(Fmt<T>::kSign), one = R::set1(T(1)), shift = R::set1(kShift<T>);
+        const V ax = bandnot(sign, x), s = band(sign, x);
+        V m;  // the result before its sign is set
+        if constexpr (O == Op::Ceil || O == Op::Floor || O == Op::Rint) {
+            // Shift with the sign of x: t is x rounded in the current direction.
+            const V sh = bor(shift, s);
+            const V t = sub(add(x, sh), sh);
+            if constexpr (O == Op::Ceil)
+                m = add(t, band(lt(t, x), one));
+            else if constexpr (O == Op::Floor)
+                m = sub(t, band(lt(x, t), one));
+            else
+                m = t;
+        } else {
+            const V t = sub(add(ax, shift), shift);
+            const V fl = sub(t, band(lt(ax, t), one));  // floor(|x|)
+            if constexpr (O == Op::Trunc)
+                m = fl;
+            else if constexpr (O == Op::Round)
+                m = add(fl, band(not_lt(sub(ax, fl), R::set1(T(0.5))), one));
+            else  // Frac
+                m = sub(ax, fl);
         }
-        T big;
-        if constexpr (O == Op::Frac)
-            big = orv::vec::is_nan_bits(x) ? whole(x) : with_sign(T(0), p.s);
-        else
-            big = whole(x);
-        return p.big ? big : with_sign(m, p.s);
+        // The result's magnitude with the sign of x: zeros keep the sign of x.
+        const V small = bor(bandnot(sign, m), s);
+        // |x| >= 2^p, infinity or NaN: x itself (x + 0 quiets a NaN), or for
+        // Frac a zero of the sign of x.
+        V whole = add(x, R::set1(T(0)));
+        if constexpr (O == Op::Frac) whole = select(unord(x, x), whole, s);
+        return select(lt(ax, shift), small, whole);
     }
 };
 

@@ -42,8 +42,8 @@ inline T absval(T x) { return from_bits<T>(bits(x) & Fmt<T>::kAbs); }
 template <typename T>
 inline T nan_repair(T a, T b, T fast) {
     T r = fast;
-    if (is_nan_bits(b)) r = a * T(1);
-    if (is_nan_bits(a)) r = b * T(1);
+    if (is_nan_bits(b)) r = orv::vec::quieted(a);
+    if (is_nan_bits(a)) r = orv::vec::quieted(b);
     return r;
 }
 
@@ -76,7 +76,7 @@ struct FdimK : Base<E> {
     static T fast(T a, T b) { return a > b ? a - b : T(0); }
     static bool special(T a, T b) { return is_nan_bits(a) | is_nan_bits(b); }
     static int32_t callout(T a, T b, T* r) {
-        *r = is_nan_bits(b) ? b * T(1) : a * T(1);
+        *r = is_nan_bits(b) ? orv::vec::quieted(b) : orv::vec::quieted(a);
         return 0;
     }
 };

@@ -29,6 +29,14 @@ inline bool not_positive_normal(T x) {
     return Bits<T>(bits(x) - Fmt<T>::kMinNormal) >= Bits<T>(Fmt<T>::kExpMask - Fmt<T>::kMinNormal);
 }
 
+// The same test on a register: bits (single) or high word (double).
+inline __m128 positive_normal_outside(__m128 x) {
+    return orv::vec::simd::outside(x, 0x00800000u, 0x7F000000u);
+}
+inline __m128d positive_normal_outside(__m128d x) {
+    return orv::vec::simd::outside(x, 0x00100000u, 0x7FE00000u);
+}
+
 // Dekker's exact product: a*b == hi + lo for operands without overflow.
 struct TwoProd {
     double hi, lo;
@@ -89,6 +97,38 @@ inline double inv_sqrt_normal(double x) {
         return y * scale;
 }
 
+// inv_sqrt_normal on two lanes: the same steps with SSE2 integer and
+// double arithmetic.
+inline __m128d split_hi(__m128d a) {
+    const __m128d c = _mm_mul_pd(_mm_set1_pd(134217729.0), a);
+    return _mm_sub_pd(c, _mm_sub_pd(c, a));
+}
+inline __m128d inv_sqrt_normal_v(__m128d x) {
+    const __m128i b = _mm_castpd_si128(x);
+    const __m128i e = _mm_srli_epi64(b, 52);
+    const __m128i k = _mm_srli_epi64(_mm_add_epi64(e, _mm_set1_epi64x(1023)), 1);
+    const __m128i me = _mm_sub_epi64(_mm_add_epi64(e, _mm_set1_epi64x(2046)), _mm_add_epi64(k, k));
+    const __m128i frac = _mm_and_si128(b, _mm_set1_epi64x(int64_t(Fmt<double>::kFracMask)));
+    const __m128d m = _mm_castsi128_pd(_mm_or_si128(frac, _mm_slli_epi64(me, 52)));
+    const __m128d scale = _mm_castsi128_pd(_mm_slli_epi64(_mm_sub_epi64(_mm_set1_epi64x(2046), k), 52));
+    const __m128d y0 = _mm_div_pd(_mm_set1_pd(1.0), _mm_sqrt_pd(m));
+    // y0*y0 = p + e exactly, then m*p = q + f exactly (Dekker).
+    const __m128d yh = split_hi(y0), yl = _mm_sub_pd(y0, yh);
+    const __m128d p = _mm_mul_pd(y0, y0);
+    const __m128d pe = _mm_add_pd(
+        _mm_add_pd(_mm_add_pd(_mm_sub_pd(_mm_mul_pd(yh, yh), p), _mm_mul_pd(yh, yl)), _mm_mul_pd(yl, yh)),
+        _mm_mul_pd(yl, yl));
+    const __m128d mh = split_hi(m), ml = _mm_sub_pd(m, mh);
+    const __m128d ph = split_hi(p), pl = _mm_sub_pd(p, ph);
+    const __m128d q = _mm_mul_pd(m, p);
+    const __m128d qe = _mm_add_pd(
+        _mm_add_pd(_mm_add_pd(_mm_sub_pd(_mm_mul_pd(mh, ph), q), _mm_mul_pd(mh, pl)), _mm_mul_pd(ml, ph)),
+        _mm_mul_pd(ml, pl));
+    const __m128d r = _mm_sub_pd(_mm_sub_pd(_mm_sub_pd(_mm_set1_pd(1.0), q), qe), _mm_mul_pd(m, pe));
+    const __m128d y = _mm_add_pd(y0, _mm_mul_pd(y0, _mm_mul_pd(_mm_set1_pd(0.5), r)));
+    return _mm_mul_pd(y, scale);
+}
+
 template <typename E>
 struct SqrtK {
     using T = E;
@@ -96,8 +136,10 @@ struct SqrtK {
     static constexpr bool kReadsMode = true;
     static constexpr bool kSpecial = true;
     static constexpr bool kDivisorTest = false;
-    static T fast(T x) { return std::sqrt(x); }
+    using V = typename orv::vec::simd::Reg<T>::V;
+    static V fastv(V x) { return orv::vec::simd::sqrt(x); }
     static bool special(T x) { return not_positive_normal(x); }
+    static V specialv(V x) { return positive_normal_outside(x); }
     static int32_t callout(T x, T* r) {
         if (orv::vec::is_inf_or_nan_bits(x)) {
             if (x < 0) {
@@ -108,7 +150,7 @@ struct SqrtK {
             return 0;
         }
         if (x == 0) {  // also a denormal when denormals are read as zero
-            *r = x * T(1);
+            *r = from_bits<T>(bits(x) & Fmt<T>::kSign);
             return 0;
         }
         if (x < 0) {
@@ -151,13 +193,19 @@ struct InvSqrtK {
     static constexpr bool kReadsMode = true;
     static constexpr bool kSpecial = true;
     static constexpr bool kDivisorTest = false;
-    static T fast(T x) {
-        if constexpr (sizeof(T) == 4)
-            return T(1.0 / std::sqrt(double(x)));
-        else
-            return inv_sqrt_normal(x);
+    using V = typename orv::vec::simd::Reg<T>::V;
+    static V fastv(V x) {
+        if constexpr (sizeof(T) == 4) {
+            const __m128d one = _mm_set1_pd(1.0);
+            const __m128d lo = _mm_div_pd(one, _mm_sqrt_pd(_mm_cvtps_pd(x)));
+            const __m128d hi = _mm_div_pd(one, _mm_sqrt_pd(_mm_cvtps_pd(_mm_movehl_ps(x, x))));
+            return _mm_movelh_ps(_mm_cvtpd_ps(lo), _mm_cvtpd_ps(hi));
+        } else {
+            return inv_sqrt_normal_v(x);
+        }
     }
     static bool special(T x) { return not_positive_normal(x); }
+    static V specialv(V x) { return positive_normal_outside(x); }
     static int32_t callout(T x, T* r) {
         if (orv::vec::is_inf_or_nan_bits(x)) {
             if (x < 0) {
