@@ -44,7 +44,7 @@ template <typename T>
 std::vector<T> inputs(Domain dom, int n, uint32_t seed) {
     std::mt19937_64 g(seed);
     const bool single = sizeof(T) == 4;
-    double lo, hi;
+    double lo = 0.0, hi = 0.0;
     switch (dom) {
         case Domain::Exp: lo = single ? -104 : -746; hi = single ? 89 : 710; break;
         case Domain::Exp2: lo = single ? -151 : -1076; hi = single ? 129 : 1025; break;
