@@ -43,6 +43,55 @@ double since(clock_type::time_point t0) {
     return std::chrono::duration<double>(clock_type::now() - t0).count();
 }
 
+template <typename T>
+double ns_per_element(void (*f)(int, const T*, T*), const std::vector<T>& a, std::vector<T>& r) {
+    const int n = static_cast<int>(a.size());
+    int reps = 1;
+    for (;;) {
+        const auto t0 = clock_type::now();
+        for (int i = 0; i < reps; ++i) f(n, a.data(), r.data());
+        const double s = since(t0);
+        if (s > 0.02) return s * 1e9 / (static_cast<double>(reps) * n);
+        reps *= 2;
+    }
+}
+
+void vector_functions() {
+    std::printf("\nVector functions\n----------------\n");
+    const double x[6] = {0.5, 1.0, 710.0, -1.0, 0.0, 1e-310};
+    double e[6], l[6], q[6];
+    _vtmClearErrStatus();
+    _vtmdExp(6, x, e);
+    const int32_t exp_status = _vtmGetErrStatus();
+    _vtmClearErrStatus();
+    _vtmdLn(6, x, l);
+    const int32_t ln_status = _vtmGetErrStatus();
+    _vtmdSqrt(6, x, q);
+    std::printf("  x      %12g %12g %12g %12g %12g %12g\n", x[0], x[1], x[2], x[3], x[4], x[5]);
+    std::printf("  exp    %12.6g %12.6g %12.6g %12.6g %12.6g %12.6g  status %d\n", e[0], e[1], e[2],
+                e[3], e[4], e[5], exp_status);
+    std::printf("  ln     %12.6g %12.6g %12.6g %12.6g %12.6g %12.6g  status %d\n", l[0], l[1], l[2],
+                l[3], l[4], l[5], ln_status);
+    std::printf("  sqrt   %12.6g %12.6g %12.6g %12.6g %12.6g %12.6g\n", q[0], q[1], q[2], q[3],
+                q[4], q[5]);
+    std::printf("  error record of each bad element of Ln, through a callback:\n");
+    _vtmSetErrorCallBack(show_error);
+    _vtmdLn(6, x, l);
+    _vtmClearErrorCallBack();
+    _vtmClearErrStatus();
+
+    std::printf("  ns per element, HA tier, one thread:\n  %-8s %10s %10s %10s %10s\n", "n",
+                "sExp", "dExp", "sLn", "dLn");
+    for (int n : {1000, 100000}) {
+        std::vector<float> fa(n), fr(n);
+        std::vector<double> da(n), dr(n);
+        for (int i = 0; i < n; ++i) da[i] = fa[i] = 0.001f * (i % 5000) + 0.01f;
+        std::printf("  %-8d %10.3f %10.3f %10.3f %10.3f\n", n, ns_per_element(_vtmsExp, fa, fr),
+                    ns_per_element(_vtmdExp, da, dr), ns_per_element(_vtmsLn, fa, fr),
+                    ns_per_element(_vtmdLn, da, dr));
+    }
+}
+
 void random_streams() {
     std::printf("\nRandom streams\n--------------\n");
     std::printf("Generators registered: %d\n", __vstGetNumRegBrngs());
@@ -199,6 +248,7 @@ int main() {
         std::printf("  %-10d %10.3f %10.3f %10.3f\n", n, ta * 1e9 / n, ts * 1e9 / n, tm * 1e9 / n);
     }
     std::printf("\nThreads available to the front end: %d\n", orv_get_num_threads());
+    vector_functions();
     random_streams();
     statistics();
     data_fitting();
