@@ -1,0 +1,70 @@
+// Helpers of the data-fitting tests: the constructors by name, and the
+// evaluation of a cell polynomial and its derivatives from the coefficients.
+#ifndef ORV_TESTS_DATAFIT_SPLINE_UTIL_H
+#define ORV_TESTS_DATAFIT_SPLINE_UTIL_H
+
+#include <orv/datafit.h>
+#include <orv/threading.h>
+
+#include <string>
+
+namespace dftest {
+
+enum class Kind { Linear, Quadratic, Akima, Bessel, Hyman, Hermite, Default, Natural };
+
+inline const char* name(Kind k) {
+    switch (k) {
+        case Kind::Linear: return "linear";
+        case Kind::Quadratic: return "quadratic";
+        case Kind::Akima: return "akima";
+        case Kind::Bessel: return "bessel";
+        case Kind::Hyman: return "hyman";
+        case Kind::Hermite: return "hermite";
+        case Kind::Default: return "default";
+        default: return "natural";
+    }
+}
+inline Kind kind_of(const std::string& s) {
+    for (Kind k : {Kind::Linear, Kind::Quadratic, Kind::Akima, Kind::Bessel, Kind::Hyman,
+                   Kind::Hermite, Kind::Default, Kind::Natural})
+        if (s == name(k)) return k;
+    return Kind::Natural;
+}
+
+using Ctor = int (*)(DFTask*, int64_t, int64_t, const DFThreadOps*);
+template <typename T>
+Ctor ctor(Kind k) {
+    constexpr bool d = sizeof(T) == 8;
+    switch (k) {
+        case Kind::Linear: return d ? orv_df_kernel_dDFLinearSpline1D : orv_df_kernel_sDFLinearSpline1D;
+        case Kind::Quadratic:
+            return d ? orv_df_kernel_dDFQuadraticSpline1D : orv_df_kernel_sDFQuadraticSpline1D;
+        case Kind::Akima: return d ? orv_df_kernel_dDFAkimaCubicSpline1D : orv_df_kernel_sDFAkimaCubicSpline1D;
+        case Kind::Bessel: return d ? orv_df_kernel_dDFBesselCubicSpline1D : orv_df_kernel_sDFBesselCubicSpline1D;
+        case Kind::Hyman: return d ? orv_df_kernel_dDFHymanCubicSpline1D : orv_df_kernel_sDFHymanCubicSpline1D;
+        case Kind::Hermite:
+            return d ? orv_df_kernel_dDFHermiteCubicSpline1D : orv_df_kernel_sDFHermiteCubicSpline1D;
+        case Kind::Default:
+            return d ? orv_df_kernel_dDFDefaultCubicSpline1D : orv_df_kernel_sDFDefaultCubicSpline1D;
+        default:
+            return d ? orv_df_kernel_dDFNaturalCubicSpline1D : orv_df_kernel_sDFNaturalCubicSpline1D;
+    }
+}
+
+inline int order_of(Kind k) { return k == Kind::Linear ? 2 : k == Kind::Quadratic ? 3 : 4; }
+
+// Derivative der of sum c[j] t^j at t.
+template <typename T>
+double poly(const T* c, int order, double t, int der) {
+    double r = 0;
+    for (int j = order - 1; j >= der; --j) {
+        double f = 1;
+        for (int q = 0; q < der; ++q) f *= j - q;
+        r = r * t + f * static_cast<double>(c[j]);
+    }
+    return r;
+}
+
+}  // namespace dftest
+
+#endif

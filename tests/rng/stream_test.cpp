@@ -1,0 +1,506 @@
+// Stream operations, stream files and memory images, and chunks.
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <orv/orv_core.h>
+#include <orv/rng.h>
+
+#include "rng/chunks.h"
+#include "rng/stream.h"
+
+namespace {
+
+const uint32_t kSeed[6] = {11, 22, 33, 44, 55, 66};
+
+struct Owned {
+    void* s = nullptr;
+    ~Owned() {
+        if (s != nullptr) __vstDeleteStream(&s);
+    }
+};
+
+std::vector<uint32_t> words(void* s, int n) {
+    BrngRow row;
+    __vstGetBrngProperties(static_cast<int32_t>(__vstGetStreamStateBrng(s)), &row);
+    std::vector<uint32_t> out(static_cast<size_t>(n) * (row.wordBytes / 4));
+    row.wordFill(s, n, out.data());
+    return out;
+}
+
+void* block(const char* text) {
+    const size_t n = std::strlen(text) + 1;
+    void* b = orv_serv_allocate(n, 128);
+    std::memcpy(b, text, n);
+    return b;
+}
+
+std::vector<std::string> chunk_texts(const void* s) {
+    std::vector<std::string> out;
+    struct Node {
+        int32_t type, size;
+        void* data;
+        Node* next;
+    };
+    for (const Node* n = *reinterpret_cast<Node* const*>(static_cast<const char*>(s) + 8); n; n = n->next)
+        out.emplace_back(static_cast<const char*>(n->data));
+    return out;
+}
+
+std::string temp_path(const char* tag) {
+    return ::testing::TempDir() + "orv_rng_" + tag + "_" + std::to_string(getpid());
+}
+
+std::vector<unsigned char> read_file(const std::string& path) {
+    std::vector<unsigned char> out;
+    FILE* f = std::fopen(path.c_str(), "rb");
+    if (f == nullptr) return out;
+    int c;
+    while ((c = std::fgetc(f)) != EOF) out.push_back(static_cast<unsigned char>(c));
+    std::fclose(f);
+    return out;
+}
+
+void write_file(const std::string& path, const std::vector<unsigned char>& bytes) {
+    FILE* f = std::fopen(path.c_str(), "wb");
+    if (!bytes.empty()) std::fwrite(bytes.data(), bytes.size(), 1, f);
+    std::fclose(f);
+}
+
+class RoundTrip : public testing::TestWithParam<int32_t> {};
+
+TEST_P(RoundTrip, FileAndMemoryContinueTheSequenceWithChunksReversed) {
+    Owned src;
+    ASSERT_EQ(__vstNewStreamEx(&src.s, GetParam(), 6, kSeed), 0);
+    words(src.s, 37);
+    ASSERT_EQ(__vstAddChunk(src.s, 1, nullptr, block("first"), 6), 0);
+    ASSERT_EQ(__vstAddChunk(src.s, 2, nullptr, block("second"), 7), 0);
+    const uint32_t size = __vstGetStreamSize(src.s);
+    BrngRow row;
+    __vstGetBrngProperties(GetParam(), &row);
+    EXPECT_EQ(size, static_cast<uint32_t>(row.streamBytes + 8 + 24 + 6 + 24 + 7));
+
+    std::vector<char> image(size);
+    EXPECT_EQ(__vstSaveStreamM(src.s, image.data()), 0);
+    const std::string path = temp_path("roundtrip");
+    ASSERT_EQ(__vstSaveStreamF(src.s, path.c_str(), -1), 0);
+    EXPECT_EQ(read_file(path), std::vector<unsigned char>(image.begin(), image.end()));
+    EXPECT_EQ(image[0], 2);
+    EXPECT_EQ(0, std::memcmp(image.data() + 4, "RNG", 4));
+
+    Owned from_file, from_memory, copy;
+    ASSERT_EQ(__vstLoadStreamF(&from_file.s, path.c_str(), static_cast<int32_t>(path.size())), 0);
+    ASSERT_EQ(__vstLoadStreamM(&from_memory.s, image.data()), 0);
+    ASSERT_EQ(__vstCopyStream(&copy.s, src.s), 0);
+    std::remove(path.c_str());
+    const auto want = words(src.s, 300);
+    for (void* s : {from_file.s, from_memory.s, copy.s}) {
+        EXPECT_EQ(reinterpret_cast<uint32_t*>(s)[1], 1u);  // mark
+        EXPECT_EQ(chunk_texts(s), (std::vector<std::string>{"first", "second"}));
+        EXPECT_EQ(words(s, 300), want);
+    }
+    EXPECT_EQ(chunk_texts(src.s), (std::vector<std::string>{"second", "first"}));
+}
+
+INSTANTIATE_TEST_SUITE_P(Generators, RoundTrip,
+                         testing::Values(ORV_BRNG_MCG31M1, ORV_BRNG_R250, ORV_BRNG_MRG32K3A, ORV_BRNG_MCG59,
+                                         ORV_BRNG_WH + 200, 100));
+
+// Hand-made images of the older versions in both layouts of the first 8 bytes.
+std::vector<char> old_image(int version, bool swapped, void* stream, bool with_chunk) {
+    BrngRow row;
+    __vstGetBrngProperties(static_cast<int32_t>(__vstGetStreamStateBrng(stream)), &row);
+    const uint16_t state = static_cast<uint16_t>(row.streamBytes - 16);
+    std::vector<char> img(20 + state);
+    const char head[4] = {static_cast<char>(version), 0, 0, 0};
+    std::memcpy(img.data() + (swapped ? 4 : 0), head, 4);
+    std::memcpy(img.data() + (swapped ? 0 : 4), "RNG", 4);
+    const uint16_t chunks = with_chunk ? 1 : 0;
+    const uint32_t id = __vstGetStreamStateBrng(stream);
+    std::memcpy(img.data() + 10, &state, 2);
+    std::memcpy(img.data() + 12, &chunks, 2);
+    std::memcpy(img.data() + 16, &id, 4);
+    std::memcpy(img.data() + 20, static_cast<char*>(stream) + 16, state);
+    if (with_chunk) {
+        const uint32_t type = 5;
+        const int32_t size = 4;
+        img.insert(img.end(), reinterpret_cast<const char*>(&type), reinterpret_cast<const char*>(&type) + 4);
+        if (version >= 1) img.insert(img.end(), 16, '\7');
+        img.insert(img.end(), reinterpret_cast<const char*>(&size), reinterpret_cast<const char*>(&size) + 4);
+        img.insert(img.end(), {'a', 'b', 'c', '\0'});
+    }
+    return img;
+}
+
+TEST(OldVersions, BothLayoutsLoadAndChunksNeedTheVersionFirst) {
+    Owned src;
+    ASSERT_EQ(__vstNewStreamEx(&src.s, ORV_BRNG_MRG32K3A, 6, kSeed), 0);
+    for (int version : {0, 1}) {
+        for (bool swapped : {false, true}) {
+            for (bool chunk : {false, true}) {
+                const auto img = old_image(version, swapped, src.s, chunk);
+                Owned m, f;
+                const int32_t want = swapped && chunk ? ORV_RNG_ERROR_FILE_READ : 0;
+                EXPECT_EQ(__vstLoadStreamM(&m.s, img.data()), want) << version << swapped << chunk;
+                const std::string path = temp_path("old");
+                write_file(path, std::vector<unsigned char>(img.begin(), img.end()));
+                EXPECT_EQ(__vstLoadStreamF(&f.s, path.c_str(), -1), want);
+                std::remove(path.c_str());
+                if (want != 0) {
+                    EXPECT_EQ(m.s, nullptr);
+                    EXPECT_EQ(f.s, nullptr);
+                    continue;
+                }
+                Owned ref;
+                __vstCopyStream(&ref.s, src.s);
+                const auto w = words(ref.s, 20);
+                EXPECT_EQ(words(m.s, 20), w);
+                EXPECT_EQ(words(f.s, 20), w);
+                EXPECT_EQ(__vstGetNumChunks(m.s), chunk ? 1 : 0);
+                if (chunk) {
+                    EXPECT_STREQ(static_cast<char*>(__vstSearchChunk(m.s, 5)), "abc");
+                }
+            }
+        }
+    }
+}
+
+// Each header failure of the file loader, and the memory loader's -1200.
+struct Damage {
+    const char* what;
+    int offset;  // byte to change, or -1 to truncate
+    std::vector<unsigned char> bytes;
+    int32_t file_status, memory_status;
+};
+
+class Damaged : public testing::TestWithParam<Damage> {};
+
+TEST_P(Damaged, GivesItsStatusAndNoStream) {
+    const Damage& d = GetParam();
+    Owned src;
+    ASSERT_EQ(__vstNewStreamEx(&src.s, ORV_BRNG_MCG59, 2, kSeed), 0);
+    __vstAddChunk(src.s, 3, nullptr, block("payload"), 8);
+    std::vector<char> img(__vstGetStreamSize(src.s));
+    __vstSaveStreamM(src.s, img.data());
+    std::vector<unsigned char> bytes(img.begin(), img.end());
+    if (d.offset >= 0) {
+        std::copy(d.bytes.begin(), d.bytes.end(), bytes.begin() + d.offset);
+    } else {
+        bytes.resize(d.bytes[0]);
+    }
+    const std::string path = temp_path("damaged");
+    write_file(path, bytes);
+    void* out = reinterpret_cast<void*>(0x1);
+    EXPECT_EQ(__vstLoadStreamF(&out, path.c_str(), -1), d.file_status) << d.what;
+    EXPECT_EQ(out, nullptr);
+    std::remove(path.c_str());
+    if (d.memory_status != 0) {
+        bytes.resize(img.size() + 64);
+        out = reinterpret_cast<void*>(0x1);
+        EXPECT_EQ(__vstLoadStreamM(&out, reinterpret_cast<const char*>(bytes.data())), d.memory_status) << d.what;
+        EXPECT_EQ(out, nullptr);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Images, Damaged,
+    testing::Values(Damage{"magic", 5, {'X'}, -1110, -1200}, Damage{"version 3", 0, {3}, -1111, -1200},
+                    Damage{"version 3, fifth byte 3", 0, {3, 0, 0, 0, 3, 'R', 'N', 'G'}, -1110, -1200},
+                    Damage{"version 3 with magic first", 0, {'R', 'N', 'G', 0, 3}, -1111, -1200},
+                    Damage{"generator", 20, {0x19, 1, 0, 0}, -1110, -1200},
+                    Damage{"state size one off", 12, {15}, -1110, -1200},
+                    Damage{"header size", 8, {23}, -1110, -1200},
+                    Damage{"version 7 with an old header", 0, {7, 0, 0, 0, 'R', 'N', 'G', 0, 0, 0, 16, 0, 1},
+                           -1111, -1200},
+                    Damage{"empty", -1, {0}, -1103, 0}, Damage{"header only", -1, {24}, -1103, 0},
+                    Damage{"cut in the chunk", -1, {60}, -1103, 0},
+                    Damage{"negative chunk size", 60, {0xF0, 0xFF, 0xFF, 0xFF}, -1103, -1103},
+                    Damage{"huge chunk size", 60, {0xFF, 0xFF, 0xFF, 0x7F}, -1103, 0}));
+
+TEST(Files, NameAndOpenFailures) {
+    Owned s;
+    ASSERT_EQ(__vstNewStreamEx(&s.s, ORV_BRNG_MCG31M1, 1, kSeed), 0);
+    EXPECT_EQ(__vstSaveStreamF(s.s, "ignored", 0), ORV_RNG_ERROR_FILE_OPEN);  // empty name
+    EXPECT_EQ(__vstSaveStreamF(s.s, "/nonexistent-dir/x", -1), ORV_RNG_ERROR_FILE_OPEN);
+    void* out = reinterpret_cast<void*>(0x1);
+    EXPECT_EQ(__vstLoadStreamF(&out, "/nonexistent-dir/x", -1), ORV_RNG_ERROR_FILE_OPEN);
+    EXPECT_EQ(out, nullptr);
+    EXPECT_EQ(__vstSaveStreamF(s.s, nullptr, 5), ORV_RNG_ERROR_FILE_OPEN);
+    EXPECT_EQ(__vstLoadStreamF(&out, nullptr, -1), ORV_RNG_ERROR_FILE_OPEN);
+    // A counted name need not be terminated.
+    const std::string path = temp_path("counted");
+    const std::string longer = path + "#trailing";
+    ASSERT_EQ(__vstSaveStreamF(s.s, longer.c_str(), static_cast<int32_t>(path.size())), 0);
+    Owned back;
+    EXPECT_EQ(__vstLoadStreamF(&back.s, path.c_str(), -1), 0);
+    std::remove(path.c_str());
+    // A full device makes the writes fail.
+    if (FILE* full = std::fopen("/dev/full", "wb")) {
+        std::fclose(full);
+        EXPECT_EQ(__vstSaveStreamF(s.s, "/dev/full", -1), ORV_RNG_ERROR_FILE_WRITE);
+    }
+    // A directory opens for reading on Linux but can't be read.
+    out = reinterpret_cast<void*>(0x1);
+    const int32_t st = __vstLoadStreamF(&out, "/", -1);
+    EXPECT_TRUE(st == ORV_RNG_ERROR_FILE_OPEN || st == ORV_RNG_ERROR_FILE_READ) << st;
+    EXPECT_EQ(out, nullptr);
+}
+
+TEST(Operations, CopyStateLeapfrogAndDelete) {
+    Owned a, b;
+    ASSERT_EQ(__vstNewStreamEx(&a.s, ORV_BRNG_MCG31M1, 1, kSeed), 0);
+    ASSERT_EQ(__vstNewStreamEx(&b.s, ORV_BRNG_MCG31M1, 1, kSeed + 1), 0);
+    __vstAddChunk(a.s, 1, nullptr, block("kept"), 5);
+    EXPECT_EQ(__vstCopyStreamState(a.s, a.s), 0);
+    EXPECT_EQ(__vstGetNumChunks(a.s), 1);
+    // The seed moves, the leapfrog stride of the destination stays.
+    ASSERT_EQ(__vstLeapfrogStream(b.s, 0, 2), 0);
+    ASSERT_EQ(__vstCopyStreamState(b.s, a.s), 0);
+    EXPECT_EQ(chunk_texts(b.s), std::vector<std::string>{"kept"});
+    const auto all = words(a.s, 10);
+    const auto strided = words(b.s, 5);
+    for (int i = 0; i < 5; ++i) EXPECT_EQ(strided[i], all[2 * i]);
+    // WH: the whole 32-byte state moves, so the copy continues exactly.
+    Owned w1, w2;
+    ASSERT_EQ(__vstNewStreamEx(&w1.s, ORV_BRNG_WH + 3, 4, kSeed), 0);
+    ASSERT_EQ(__vstNewStreamEx(&w2.s, ORV_BRNG_WH + 3, 1, kSeed + 4), 0);
+    ASSERT_EQ(__vstCopyStreamState(w2.s, w1.s), 0);
+    EXPECT_EQ(words(w2.s, 10), words(w1.s, 10));
+    EXPECT_EQ(__vstLeapfrogStream(w1.s, 0, -1), ORV_RNG_ERROR_LEAPFROG_NSTREAMS);
+    void* gone = a.s;
+    EXPECT_EQ(__vstDeleteStream(&gone), 0);
+    EXPECT_EQ(gone, nullptr);
+    a.s = nullptr;
+}
+
+// ----------------------------------------------------------------------------
+// Chunks and the shared table.
+
+OrvChunkId fresh_id(uint64_t tag) {
+    OrvChunkId id{{0x5EED, tag}};
+    __vstGenerateNewGlobalRODataTableEntryId(&id, tag);
+    return id;
+}
+
+TEST(Chunks, ListOrderSearchAndDeleteByType) {
+    Owned s;
+    ASSERT_EQ(__vstNewStreamEx(&s.s, ORV_BRNG_MCG31M1, 0, nullptr), 0);
+    EXPECT_EQ(__vstSearchChunk(s.s, 1), nullptr);
+    EXPECT_EQ(__vstGetNumChunks(s.s), 0);
+    __vstAddChunk(s.s, 1, nullptr, block("a"), 2);
+    __vstAddChunk(s.s, 2, nullptr, block("b"), 2);
+    __vstAddChunk(s.s, 1, nullptr, block("c"), 2);
+    __vstAddChunk(s.s, 3, nullptr, nullptr, 0);
+    EXPECT_EQ(__vstGetNumChunks(s.s), 4);
+    EXPECT_STREQ(static_cast<char*>(__vstSearchChunk(s.s, 1)), "c");  // newest first
+    EXPECT_EQ(__vstDeleteChunksById(s.s, 1), 0);
+    EXPECT_EQ(__vstGetNumChunks(s.s), 2);
+    EXPECT_EQ(__vstSearchChunk(s.s, 1), nullptr);
+    EXPECT_STREQ(static_cast<char*>(__vstSearchChunk(s.s, 2)), "b");
+    EXPECT_EQ(__vstDeleteChunks(s.s), 0);
+    EXPECT_EQ(__vstGetNumChunks(s.s), 0);
+}
+
+TEST(Chunks, SharedBlocksAreCountedAndReleasedWithTheLastUser) {
+    const int32_t before = orv::rng::glob_table_count();
+    const OrvChunkId id = fresh_id(1);
+    Owned a, b;
+    ASSERT_EQ(__vstNewStreamEx(&a.s, ORV_BRNG_MCG59, 0, nullptr), 0);
+    ASSERT_EQ(__vstNewStreamEx(&b.s, ORV_BRNG_MCG59, 0, nullptr), 0);
+    void* shared = block("shared");
+    ASSERT_EQ(__vstAddChunk(a.s, 9, &id, shared, 7), 0);
+    OrvGlobRODataEntry* e = nullptr;
+    ASSERT_EQ(__vstFindGlobRODataTableEntry(&e, &id), 0);
+    EXPECT_EQ(e->references, 1);
+    // A second stream with the same id uses the table's block; its own goes back to the caller.
+    void* own = block("own");
+    ASSERT_EQ(__vstAddChunk(b.s, 9, &id, own, 4), 0);
+    orv_serv_deallocate(own);
+    EXPECT_EQ(__vstSearchChunk(b.s, 9), shared);
+    ASSERT_EQ(__vstFindGlobRODataTableEntry(&e, &id), 0);
+    EXPECT_EQ(e->references, 2);
+    // Copies and images share too.
+    Owned c, loaded;
+    ASSERT_EQ(__vstCopyStream(&c.s, a.s), 0);
+    EXPECT_EQ(__vstSearchChunk(c.s, 9), shared);
+    std::vector<char> img(__vstGetStreamSize(a.s));
+    __vstSaveStreamM(a.s, img.data());
+    ASSERT_EQ(__vstLoadStreamM(&loaded.s, img.data()), 0);
+    EXPECT_EQ(__vstSearchChunk(loaded.s, 9), shared);
+    ASSERT_EQ(__vstFindGlobRODataTableEntry(&e, &id), 0);
+    EXPECT_EQ(e->references, 4);
+    void* ref[2] = {nullptr, nullptr};
+    EXPECT_EQ(__vstRegisterGlobRODataReference(ref, &id), 0);
+    EXPECT_EQ(ref[1], shared);
+    EXPECT_EQ(__vstUnregisterGlobRODataReference(&id), 0);
+    __vstDeleteStream(&a.s);
+    __vstDeleteStream(&c.s);
+    __vstDeleteStream(&loaded.s);
+    EXPECT_EQ(__vstFindGlobRODataTableEntry(&e, &id), 0);
+    __vstDeleteStream(&b.s);
+    EXPECT_EQ(__vstFindGlobRODataTableEntry(&e, &id), ORV_RNG_ERROR_NO_TABLE_ENTRY);
+    EXPECT_EQ(orv::rng::glob_table_count(), before);
+    const OrvChunkId zero{};
+    EXPECT_EQ(__vstFindGlobRODataTableEntry(&e, &zero), ORV_RNG_ERROR_NO_TABLE_ENTRY);
+    EXPECT_EQ(__vstFindGlobRODataTableEntry(&e, nullptr), ORV_RNG_ERROR_NO_TABLE_ENTRY);
+    EXPECT_EQ(__vstUnregisterGlobRODataReference(&id), ORV_RNG_ERROR_NO_TABLE_ENTRY);
+    EXPECT_EQ(__vstRegisterGlobRODataReference(ref, &id), ORV_RNG_ERROR_NO_TABLE_ENTRY);
+}
+
+// Streams of several threads share one id: the spin lock keeps the
+// reference counts right, and the block goes with the last user.
+TEST(Chunks, ThreadsSharingAnIdKeepTheCountsRight) {
+    const int32_t before = orv::rng::glob_table_count();
+    const OrvChunkId id = fresh_id(4242);
+    Owned keeper;
+    ASSERT_EQ(__vstNewStreamEx(&keeper.s, ORV_BRNG_MCG31M1, 0, nullptr), 0);
+    void* shared = block("shared by all");
+    ASSERT_EQ(__vstAddChunk(keeper.s, 9, &id, shared, 14), 0);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t)
+        threads.emplace_back([&id, shared] {
+            for (int i = 0; i < 500; ++i) {
+                void* s = nullptr;
+                __vstNewStreamEx(&s, ORV_BRNG_MCG31M1, 0, nullptr);
+                __vstAddChunk(s, 9, &id, nullptr, 14);
+                void* copy = nullptr;
+                __vstCopyStream(&copy, s);
+                if (__vstSearchChunk(copy, 9) != shared) std::abort();
+                __vstDeleteStream(&copy);
+                __vstDeleteStream(&s);
+            }
+        });
+    for (auto& t : threads) t.join();
+    OrvGlobRODataEntry* e = nullptr;
+    ASSERT_EQ(__vstFindGlobRODataTableEntry(&e, &id), 0);
+    EXPECT_EQ(e->references, 1);
+    __vstDeleteStream(&keeper.s);
+    EXPECT_EQ(orv::rng::glob_table_count(), before);
+}
+
+TEST(Chunks, A127thEntryMakesNewIdsPrivateAndTheTableHolds128) {
+    const int32_t before = orv::rng::glob_table_count();
+    std::vector<OrvChunkId> ids;
+    for (int i = before; i < 127; ++i) {
+        ids.push_back(fresh_id(1000 + i));
+        OrvGlobRODataEntry* e;
+        ASSERT_EQ(__vstCreateGlobRODataTableEntry(&e, &ids.back(), nullptr), 0);
+    }
+    Owned s;
+    ASSERT_EQ(__vstNewStreamEx(&s.s, ORV_BRNG_MCG31M1, 0, nullptr), 0);
+    const OrvChunkId late = fresh_id(77);
+    ASSERT_EQ(__vstAddChunk(s.s, 4, &late, block("private"), 8), 0);
+    OrvGlobRODataEntry* e;
+    EXPECT_EQ(__vstFindGlobRODataTableEntry(&e, &late), ORV_RNG_ERROR_NO_TABLE_ENTRY);
+    EXPECT_EQ(orv::rng::glob_table_count(), 127);
+    std::vector<char> img(__vstGetStreamSize(s.s));
+    __vstSaveStreamM(s.s, img.data());
+    OrvChunkId saved;
+    std::memcpy(&saved, img.data() + 24 + 8 + 4, 16);  // MCG31M1 state is 8 bytes
+    EXPECT_EQ(saved.word[0] | saved.word[1], 0u) << "the id of a private chunk is cleared";
+    const OrvChunkId last = fresh_id(78);
+    ASSERT_EQ(__vstCreateGlobRODataTableEntry(&e, &last, nullptr), 0);
+    EXPECT_EQ(__vstCreateGlobRODataTableEntry(&e, &late, nullptr), ORV_RNG_ERROR_TABLE_FULL);
+    for (const auto& id : ids) EXPECT_EQ(__vstUnregisterGlobRODataReference(&id), 0);
+    EXPECT_EQ(__vstUnregisterGlobRODataReference(&last), 0);
+    EXPECT_EQ(orv::rng::glob_table_count(), before);
+}
+
+}  // namespace
+
+namespace {
+
+// Allocation and close failures, injected: every -4 and -1100 path, and a
+// failed load never hands out a stream.
+struct Injected {
+    const char* what;
+    int countdown;
+    bool close_fails;
+    int32_t status;
+};
+
+class Faults : public testing::TestWithParam<Injected> {
+  protected:
+    void TearDown() override { orv::rng::faults() = {}; }
+};
+
+int32_t run_case(const std::string& kind, void* src, const std::string& path, const std::vector<char>& img) {
+    if (kind == "copy state") {
+        Owned dst;
+        orv::rng::Faults armed = orv::rng::faults();
+        orv::rng::faults() = {};
+        __vstNewStreamEx(&dst.s, ORV_BRNG_MCG59, 0, nullptr);
+        orv::rng::faults() = armed;
+        const int32_t st = __vstCopyStreamState(dst.s, src);
+        EXPECT_EQ(__vstGetNumChunks(dst.s), 0);
+        return st;
+    }
+    if (kind == "add chunk") {
+        const int32_t st = __vstAddChunk(src, 7, nullptr, nullptr, 0);
+        EXPECT_EQ(__vstGetNumChunks(src), 2);
+        return st;
+    }
+    if (kind == "save") return __vstSaveStreamF(src, path.c_str(), static_cast<int32_t>(path.size()));
+    void* const untouched = reinterpret_cast<void*>(0x1);
+    void* out = untouched;
+    int32_t st;
+    if (kind == "new") {
+        st = __vstNewStreamEx(&out, ORV_BRNG_MCG59, 1, kSeed);
+    } else if (kind == "copy") {
+        st = __vstCopyStream(&out, src);
+    } else if (kind == "load file") {
+        st = __vstLoadStreamF(&out, path.c_str(), static_cast<int32_t>(path.size()));
+    } else {
+        st = __vstLoadStreamM(&out, img.data());
+    }
+    if (kind == "copy" && out != untouched) {
+        if (st != 0) {
+            EXPECT_EQ(__vstGetNumChunks(out), 0) << "the copy stays, without chunks";
+        }
+        __vstDeleteStream(&out);
+    } else if (st == 0) {
+        __vstDeleteStream(&out);
+    } else {
+        EXPECT_EQ(out, kind == "new" || kind == "copy" ? untouched : nullptr);
+    }
+    return st;
+}
+
+TEST_P(Faults, GiveTheirStatus) {
+    const Injected c = GetParam();
+    Owned src;
+    ASSERT_EQ(__vstNewStreamEx(&src.s, ORV_BRNG_MCG59, 1, kSeed), 0);
+    ASSERT_EQ(__vstAddChunk(src.s, 2, nullptr, block("one"), 4), 0);
+    ASSERT_EQ(__vstAddChunk(src.s, 1, nullptr, block("two"), 4), 0);
+    const std::string path = temp_path("faults");
+    ASSERT_EQ(__vstSaveStreamF(src.s, path.c_str(), -1), 0);
+    std::vector<char> img(__vstGetStreamSize(src.s));
+    __vstSaveStreamM(src.s, img.data());
+    orv::rng::faults().allocation_countdown = c.countdown;
+    orv::rng::faults().close_fails = c.close_fails;
+    const std::string what = c.what;
+    const std::string kind = what.substr(0, what.find(':'));
+    EXPECT_EQ(run_case(kind, src.s, path, img), c.status) << c.what;
+    orv::rng::faults() = {};
+    std::remove(path.c_str());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Injected, Faults,
+    testing::Values(Injected{"new", 1, false, -4}, Injected{"copy: the record", 1, false, -4},
+                    Injected{"copy: a chunk's data", 2, false, -4}, Injected{"copy: a chunk node", 3, false, -4},
+                    Injected{"copy: the second chunk", 5, false, -4}, Injected{"copy state", 1, false, -4},
+                    Injected{"add chunk", 1, false, -4}, Injected{"save: the name", 1, false, -4},
+                    Injected{"save: close", 0, true, -1100}, Injected{"load file: the name", 1, false, -4},
+                    Injected{"load file: the record", 2, false, -4}, Injected{"load file: chunk data", 3, false, -4},
+                    Injected{"load file: chunk node", 4, false, -4}, Injected{"load file: close", 0, true, -1100},
+                    Injected{"load memory: the record", 1, false, -4},
+                    Injected{"load memory: second chunk", 4, false, -4}));
+
+}  // namespace

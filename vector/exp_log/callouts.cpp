@@ -1,0 +1,499 @@
+// Scalar callouts of the exponential and logarithm kernels. They take every
+// input, special or not, and return the status of the element. The single
+// forms work in double and round once at the end.
+#include <cmath>
+#include <limits>
+
+#include "vector/exp_log/explog_internal.h"
+#include "vector/exp_log/explog_tables.h"
+
+namespace orv::explog {
+
+namespace {
+
+constexpr double kInf = std::numeric_limits<double>::infinity();
+constexpr float kInfF = std::numeric_limits<float>::infinity();
+
+// 2^e for e in the normal range, built from the bits.
+inline double pow2(int e) { return double_of(static_cast<uint64_t>(e + 1023) << 52); }
+
+// (hi + p) 2^n, for n from -1100 to 1024, with hi + p near [1, 2).
+// Above 1023 the scale goes in two steps; in the denormal range both parts
+// are scaled into the normal range first, and the sum is brought down by
+// 2^-100 so that only the final product rounds to the denormal grid.
+inline double scale_sum(double hi, double p, int n) {
+    if (n > 1023) return (hi + p) * pow2(1023) * pow2(n - 1023);
+    if (n >= -1022) return (hi + p) * pow2(n);
+    const double s = pow2(n + 100);
+    return (hi * s + p * s) * 7.888609052210118e-31;  // 2^-100
+}
+
+// Table-driven exponential of the 64-row reduction, from the rounded
+// multiple n (an integer-valued double) and the reduced argument r, with
+// the polynomial of exp(r) - 1. Gives T.hi and the rest separately.
+struct ExpParts {
+    double thi, p;
+    int n;  // the power of two
+};
+
+inline ExpParts exp_parts(double x) {
+    const double t = x * kInvLn2x64 + kShiftD;
+    const double n = t - kShiftD;
+    const double r = (n * kNegLn2by64Hi + x) + n * kNegLn2by64Lo;
+    const int64_t m = static_cast<int64_t>(n);
+    const double* row = kExp64D[m & 63];
+    const double q = ((((r * kE6 + kE5) * r + kE4) * r + kE3) * r + 0.5) * r * r + r;
+    return {row[0], q * row[0] + row[1], static_cast<int>(m >> 6)};
+}
+
+// 2^x and 10^x share this: r is in units of the base's log, the table index
+// and the power come from m = round(64 x / log2 base).
+inline ExpParts exp_base_parts(int64_t m, double r, const double* poly) {
+    const double* row = kExp64D[m & 63];
+    const double q = (((poly[0] * r + poly[1]) * r + poly[2]) * r + poly[3]) * r + poly[4];
+    return {row[0], q * r * row[0] + row[1], static_cast<int>(m >> 6)};
+}
+
+inline ExpParts exp2_parts(double x) {
+    const double t = x + kShiftExp2D;
+    const double n = t - kShiftExp2D;  // a multiple of 1/64
+    const double r = x - n;            // exact
+    return exp_base_parts(static_cast<int64_t>(n * 64.0), r, kExp2P);
+}
+
+inline ExpParts exp10_parts(double x) {
+    const double t = x * kInvLog10_2x64 + kShiftD;
+    const double n = t - kShiftD;
+    const double r = (n * kNegLog10_2by64Hi + x) + n * kNegLog10_2by64Lo;
+    return exp_base_parts(static_cast<int64_t>(n), r, kExp10P);
+}
+
+// The single exponentials round the double result once; a result that
+// leaves the float range only in that rounding is reported as well.
+inline int32_t narrow_exp(double y, int32_t status, float* r) {
+    const float f = static_cast<float>(y);
+    *r = f;
+    if (f == kInfF) return kOverflow;
+    if (f == 0.0f) return kUnderflow;
+    return status;
+}
+
+inline double two_sum(double a, double b, double* err) {
+    const double s = a + b;
+    const double bb = s - a;
+    *err = (a - (s - bb)) + (b - bb);
+    return s;
+}
+
+// The shared steps of Ln, Log2 and Log10 before the reduction: specials,
+// zero, negatives and denormals. Returns true with result and status when
+// the element is done; otherwise leaves the bits and exponent adjustment.
+inline bool log_specials(double x, double* r, int32_t* status, uint64_t* ix, int* kadj) {
+    uint64_t b = bits_of(x);
+    const uint32_t e = static_cast<uint32_t>(b >> 52) & 0x7FF;
+    *kadj = 0;
+    if (e == 0x7FF) {
+        if (x == -kInf) {
+            *r = std::numeric_limits<double>::quiet_NaN();
+            *status = kDomain;
+        } else {
+            *r = x * x;
+            *status = kOk;
+        }
+        return true;
+    }
+    if (e == 0 && x != 0.0) {
+        x *= 1.152921504606847e+18;  // 2^60
+        b = bits_of(x);
+        *kadj = -60;
+    }
+    if (!(x > 0.0)) {
+        if (x == 0.0) {
+            *r = -kInf;
+            *status = kPole;
+        } else {
+            *r = double_of(0x7FF8000000000000ull);
+            *status = kDomain;
+        }
+        return true;
+    }
+    *ix = b;
+    return false;
+}
+
+}  // namespace
+
+Dd ln_dd(uint64_t ix, int kadj) {
+    const uint64_t tmp = ix - kLogBase;
+    const int i = static_cast<int>((tmp >> 45) & 127);
+    const int k = static_cast<int>(static_cast<int64_t>(tmp) >> 52) + kadj;
+    const double z = double_of(ix - (tmp & 0xFFF0000000000000ull));
+    const double* row = kLogD[i];
+    // z split into 32 leading bits and the rest, so that zh R - 1 is exact.
+    const double zh = double_of(bits_of(z) & ~0x1FFFFFull);
+    const double zl = z - zh;
+    const double a = zh * row[0] - 1.0;
+    const double b = zl * row[0];
+    double rerr;
+    const double r = two_sum(a, b, &rerr);
+    const double q =
+        r * r *
+        (kLnP[0] +
+         r * (kLnP[1] + r * (kLnP[2] + r * (kLnP[3] + r * (kLnP[4] + r * (kLnP[5] + r * kLnP[6]))))));
+    const double dk = k;
+    const double s0 = dk * kLn2Hi + row[1];  // exact: both are multiples of 2^-43
+    double err;
+    const double s = two_sum(s0, r, &err);
+    return {s, err + (rerr + ((dk * kLn2Lo + row[2]) + q))};
+}
+
+double mul_dd(Dd v, double c_hi, double c_lo) {
+    // Dekker's exact product of v.hi and c_hi, by Veltkamp splitting.
+    constexpr double kSplit = 134217729.0;  // 2^27 + 1
+    const double ph = v.hi * c_hi;
+    const double vs = v.hi * kSplit, cs = c_hi * kSplit;
+    const double vh = vs - (vs - v.hi), vl = v.hi - vh;
+    const double ch = cs - (cs - c_hi), cl = c_hi - ch;
+    const double pl = ((vh * ch - ph) + vh * cl + vl * ch) + vl * cl;
+    return ph + (pl + (v.hi * c_lo + v.lo * c_hi));
+}
+
+// ---- Exp family ----
+
+int32_t exp_d(const double* xp, double* r) {
+    const double x = *xp;
+    const uint32_t e = static_cast<uint32_t>(bits_of(x) >> 52) & 0x7FF;
+    if (e == 0x7FF) {
+        *r = (x == -kInf) ? 0.0 : x * x;
+        return kOk;
+    }
+    if (e <= 0x3CA) {
+        *r = 1.0 + x;
+        return kOk;
+    }
+    if (x > 709.782712893384) {
+        *r = kInf;
+        return kOverflow;
+    }
+    if (x < -745.1332191019411) {
+        *r = 0.0;
+        return kUnderflow;
+    }
+    const ExpParts q = exp_parts(x);
+    *r = scale_sum(q.thi, q.p, q.n);  // denormal results are not reported
+    return kOk;
+}
+
+int32_t exp_s(const float* xp, float* r) {
+    const float x = *xp;
+    const uint32_t b = bits_of(x);
+    if ((b & 0x7F800000) == 0x7F800000) {
+        *r = (x == -kInfF) ? 0.0f : x * x;
+        return kOk;
+    }
+    if ((b & 0x7FFFFFFF) <= 0x25000000) {
+        *r = 1.0f + x;
+        return kOk;
+    }
+    if (x > 88.72283f) {
+        *r = kInfF;
+        return kOverflow;
+    }
+    if (x < -103.97208f) {
+        *r = 0.0f;
+        return kUnderflow;
+    }
+    const ExpParts q = exp_parts(x);
+    return narrow_exp(scale_sum(q.thi, q.p, q.n), kOk, r);
+}
+
+int32_t exp2_d(const double* xp, double* r) {
+    const double x = *xp;
+    const uint32_t e = static_cast<uint32_t>(bits_of(x) >> 52) & 0x7FF;
+    if (e == 0x7FF) {
+        *r = (x == -kInf) ? 0.0 : x * x;
+        return kOk;
+    }
+    if (e <= 0x3CA) {
+        *r = 1.0 + x;
+        return kOk;
+    }
+    if (x >= 1024.0) {
+        *r = kInf;
+        return kOverflow;
+    }
+    if (x <= -1075.0) {
+        *r = 0.0;
+        return kUnderflow;
+    }
+    const ExpParts q = exp2_parts(x);
+    *r = scale_sum(q.thi, q.p, q.n);
+    return x < -1022.0 ? kUnderflow : kOk;
+}
+
+int32_t exp2_s(const float* xp, float* r) {
+    const float x = *xp;
+    const uint32_t b = bits_of(x);
+    if ((b & 0x7F800000) == 0x7F800000) {
+        *r = (x == -kInfF) ? 0.0f : x * x;
+        return kOk;
+    }
+    if ((b & 0x7FFFFFFF) <= 0x25000000) {
+        *r = 1.0f + x;
+        return kOk;
+    }
+    if (x >= 128.0f) {
+        *r = kInfF;
+        return kOverflow;
+    }
+    if (x <= -150.0f) {
+        *r = 0.0f;
+        return kUnderflow;
+    }
+    const ExpParts q = exp2_parts(x);
+    return narrow_exp(scale_sum(q.thi, q.p, q.n), x < -126.0f ? kUnderflow : kOk, r);
+}
+
+int32_t exp10_d(const double* xp, double* r) {
+    const double x = *xp;
+    const uint32_t e = static_cast<uint32_t>(bits_of(x) >> 52) & 0x7FF;
+    if (e == 0x7FF) {
+        *r = (x == -kInf) ? 0.0 : x * x;
+        return kOk;
+    }
+    if (e <= 0x3CA) {
+        *r = 1.0 + x;
+        return kOk;
+    }
+    if (x > 308.2547155599167) {
+        *r = kInf;
+        return kOverflow;
+    }
+    if (x < -323.60724533877976) {
+        *r = 0.0;
+        return kUnderflow;
+    }
+    const ExpParts q = exp10_parts(x);
+    *r = scale_sum(q.thi, q.p, q.n);
+    return x < -307.6526555685887 ? kUnderflow : kOk;
+}
+
+int32_t exp10_s(const float* xp, float* r) {
+    const float x = *xp;
+    const uint32_t b = bits_of(x);
+    if ((b & 0x7F800000) == 0x7F800000) {
+        *r = (x == -kInfF) ? 0.0f : x * x;
+        return kOk;
+    }
+    if ((b & 0x7FFFFFFF) <= 0x25000000) {
+        *r = 1.0f + x;
+        return kOk;
+    }
+    if (x > 38.53184f) {
+        *r = kInfF;
+        return kOverflow;
+    }
+    if (x < -45.1545f) {
+        *r = 0.0f;
+        return kUnderflow;
+    }
+    const ExpParts q = exp10_parts(x);
+    return narrow_exp(scale_sum(q.thi, q.p, q.n), x <= -37.929783f ? kUnderflow : kOk, r);
+}
+
+// Expm1 by ranges of |x|: tiny values are their own result, small ones
+// take a Taylor polynomial of degree 9 (truncation below 2^-66 relative on
+// |x| < 2^-5), the rest the 64-row exponential with the 1 taken off in
+// double-double so that nothing cancels.
+int32_t expm1_d(const double* xp, double* r) {
+    const double x = *xp;
+    const uint32_t ahw = static_cast<uint32_t>(bits_of(x) >> 32) & 0x7FFFFFFF;
+    if (ahw >= 0x7FF00000) {
+        *r = (x == -kInf) ? -1.0 : x + x;
+        return kOk;
+    }
+    if (ahw < 0x3C600000) {
+        *r = x;
+        return kOk;
+    }
+    if (ahw < 0x3FA00000) {
+        constexpr double c[8] = {1.0 / 2,      1.0 / 6,       1.0 / 24,       1.0 / 120,
+                                 1.0 / 720,    1.0 / 5040,    1.0 / 40320,    1.0 / 362880};
+        const double p =
+            c[0] + x * (c[1] + x * (c[2] + x * (c[3] + x * (c[4] + x * (c[5] + x * (c[6] + x * c[7]))))));
+        *r = x + (x * x) * p;
+        return kOk;
+    }
+    if (x > 709.782712893384) {
+        *r = kInf;
+        return kOverflow;
+    }
+    if (x < -38.816242111356935) {  // e^x is below half an ulp of 1
+        *r = -1.0;
+        return kOk;
+    }
+    const ExpParts q = exp_parts(x);
+    if (q.n > 1000) {
+        *r = scale_sum(q.thi, q.p, q.n);
+        return kOk;
+    }
+    const double s2 = pow2(q.n);
+    double err;
+    const double s = two_sum(q.thi * s2, -1.0, &err);
+    *r = s + (err + q.p * s2);
+    return kOk;
+}
+
+int32_t expm1_s(const float* xp, float* r) {
+    const double x = *xp;
+    double y;
+    const int32_t st = expm1_d(&x, &y);
+    *r = static_cast<float>(y);  // beyond the float range this is +inf, unreported
+    return st;
+}
+
+// ---- Logarithms ----
+
+int32_t ln_d(const double* xp, double* r) {
+    int32_t st;
+    uint64_t ix;
+    int kadj;
+    if (log_specials(*xp, r, &st, &ix, &kadj)) return st;
+    const Dd v = ln_dd(ix, kadj);
+    *r = v.hi + v.lo;
+    return kOk;
+}
+
+int32_t log2_d(const double* xp, double* r) {
+    int32_t st;
+    uint64_t ix;
+    int kadj;
+    if (log_specials(*xp, r, &st, &ix, &kadj)) return st;
+    *r = mul_dd(ln_dd(ix, kadj), kInvLn2Hi, kInvLn2Lo);
+    return kOk;
+}
+
+int32_t log10_d(const double* xp, double* r) {
+    int32_t st;
+    uint64_t ix;
+    int kadj;
+    if (log_specials(*xp, r, &st, &ix, &kadj)) return st;
+    *r = mul_dd(ln_dd(ix, kadj), kInvLn10Hi, kInvLn10Lo);
+    return kOk;
+}
+
+int32_t ln_s(const float* xp, float* r) {
+    const double x = *xp;
+    double y;
+    const int32_t st = ln_d(&x, &y);
+    *r = static_cast<float>(y);
+    return st;
+}
+
+int32_t log2_s(const float* xp, float* r) {
+    const double x = *xp;
+    double y;
+    const int32_t st = log2_d(&x, &y);
+    *r = static_cast<float>(y);
+    return st;
+}
+
+int32_t log10_s(const float* xp, float* r) {
+    const double x = *xp;
+    double y;
+    const int32_t st = log10_d(&x, &y);
+    *r = static_cast<float>(y);
+    return st;
+}
+
+// Log1p by ranges of |x|: the odd and even Taylor parts below 2^-13, and
+// above that the logarithm of 1 + x, taken exactly as a rounded sum and its
+// error e, with ln(1 + x) = ln(u) + e/u.
+int32_t log1p_d(const double* xp, double* r) {
+    const double x = *xp;
+    if (x != x) {
+        *r = x + x;
+        return kOk;
+    }
+    if (x <= -1.0) {
+        if (x == -1.0) {
+            *r = -kInf;
+            return kPole;
+        }
+        *r = double_of(0x7FF8000000000000ull);
+        return kDomain;
+    }
+    if (x == kInf) {
+        *r = x;
+        return kOk;
+    }
+    const uint32_t ahw = static_cast<uint32_t>(bits_of(x) >> 32) & 0x7FFFFFFF;
+    if (ahw < 0x3C600000) {
+        *r = x;
+        return kOk;
+    }
+    if (ahw < 0x3F200000) {
+        const double s = x * x;
+        *r = x + ((s * -0.2500000031044086 - 0.5) * x + (s * 0.20000000372548288 + 0.3333333333333333) * s) * x;
+        return kOk;
+    }
+    double e;
+    const double u = two_sum(1.0, x, &e);
+    const Dd v = ln_dd(bits_of(u), 0);
+    *r = v.hi + (v.lo + e / u);
+    return kOk;
+}
+
+int32_t log1p_s(const float* xp, float* r) {
+    const double x = *xp;
+    double y;
+    const int32_t st = log1p_d(&x, &y);
+    *r = static_cast<float>(y);
+    return st;
+}
+
+// ---- Logb ----
+
+int32_t logb_d(const double* xp, double* r) {
+    double x = *xp * 1.0;
+    if (x == 0.0) {
+        *r = -kInf;
+        return kDomain;
+    }
+    uint32_t e = static_cast<uint32_t>(bits_of(x) >> 52) & 0x7FF;
+    if (e == 0x7FF) {
+        *r = std::fabs(x);
+        return kOk;
+    }
+    int bias = 1023;
+    if (e == 0) {
+        x *= 1.152921504606847e+18;  // 2^60
+        e = static_cast<uint32_t>(bits_of(x) >> 52) & 0x7FF;
+        bias += 60;
+    }
+    *r = static_cast<double>(static_cast<int>(e) - bias);
+    return kOk;
+}
+
+int32_t logb_s(const float* xp, float* r) {
+    float x = *xp * 1.0f;
+    if (x == 0.0f) {
+        *r = -kInfF;
+        return kDomain;
+    }
+    uint32_t e = (bits_of(x) >> 23) & 0xFF;
+    if (e == 0xFF) {
+        *r = std::fabs(x);
+        return kOk;
+    }
+    int bias = 127;
+    if (e == 0) {
+        x *= 33554432.0f;  // 2^25
+        e = (bits_of(x) >> 23) & 0xFF;
+        bias = 152;
+    }
+    *r = static_cast<float>(static_cast<int>(e) - bias);
+    return kOk;
+}
+
+}  // namespace orv::explog

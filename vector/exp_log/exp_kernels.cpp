@@ -1,0 +1,222 @@
+// Exp, Exp2 and Exp10 in single and double, plain and strided: Tang's
+// table-driven exponential. x = (128 N + j) ln2/128 + r for single (64 rows
+// for double), exp(x) = 2^N T_j (1 + p(r)); the power of two is made from the
+// low bits of the rounding shifter's sum.
+#include <emmintrin.h>
+
+#include "vector/exp_log/explog_block.h"
+#include "vector/exp_log/explog_internal.h"
+#include "vector/exp_log/explog_tables.h"
+
+namespace orv::explog {
+namespace {
+
+inline __m128 splat(float v) { return _mm_set1_ps(v); }
+inline __m128d splat(double v) { return _mm_set1_pd(v); }
+
+// Rows {hi, lo} of the single table for the four indices in the low 7 bits.
+inline void gather_f(__m128i t, __m128& hi, __m128& lo) {
+    alignas(16) int32_t j[4];
+    _mm_store_si128(reinterpret_cast<__m128i*>(j), _mm_and_si128(t, _mm_set1_epi32(127)));
+    const __m128 r0 = _mm_castpd_ps(_mm_load_sd(reinterpret_cast<const double*>(kExp128F[j[0]])));
+    const __m128 r1 = _mm_castpd_ps(_mm_load_sd(reinterpret_cast<const double*>(kExp128F[j[1]])));
+    const __m128 r2 = _mm_castpd_ps(_mm_load_sd(reinterpret_cast<const double*>(kExp128F[j[2]])));
+    const __m128 r3 = _mm_castpd_ps(_mm_load_sd(reinterpret_cast<const double*>(kExp128F[j[3]])));
+    const __m128 a01 = _mm_unpacklo_ps(r0, r1);  // h0 h1 l0 l1
+    const __m128 a23 = _mm_unpacklo_ps(r2, r3);  // h2 h3 l2 l3
+    hi = _mm_movelh_ps(a01, a23);
+    lo = _mm_movehl_ps(a23, a01);
+}
+
+// 2^N from the shifter's sum, N in the bits above the 7 index bits.
+inline __m128 pow2_f(__m128i t) {
+    const __m128i e = _mm_add_epi32(_mm_slli_epi32(t, 16), _mm_set1_epi32(0x3F800000));
+    return _mm_castsi128_ps(_mm_and_si128(e, _mm_set1_epi32(0x7F800000)));
+}
+
+// Lanes whose |x| bits exceed the bound.
+inline int above_f(__m128 x, int32_t bound) {
+    const __m128i ax = _mm_and_si128(_mm_castps_si128(x), _mm_set1_epi32(0x7FFFFFFF));
+    return _mm_movemask_ps(_mm_castsi128_ps(_mm_cmpgt_epi32(ax, _mm_set1_epi32(bound))));
+}
+
+inline int above_d(__m128d x, int32_t bound_hi) {
+    const __m128i hw = _mm_and_si128(_mm_shuffle_epi32(_mm_castpd_si128(x), _MM_SHUFFLE(3, 3, 1, 1)),
+                                     _mm_set1_epi32(0x7FFFFFFF));
+    return _mm_movemask_pd(_mm_castsi128_pd(_mm_cmpgt_epi32(hw, _mm_set1_epi32(bound_hi))));
+}
+
+// Rows {hi, lo} of the 64-row table for the two indices in the low 6 bits.
+inline void gather_d(__m128i t, __m128d& hi, __m128d& lo) {
+    const int j0 = _mm_cvtsi128_si32(t) & 63;
+    const int j1 = _mm_cvtsi128_si32(_mm_unpackhi_epi64(t, t)) & 63;
+    const __m128d r0 = _mm_load_pd(kExp64D[j0]);
+    const __m128d r1 = _mm_load_pd(kExp64D[j1]);
+    hi = _mm_unpacklo_pd(r0, r1);
+    lo = _mm_unpackhi_pd(r0, r1);
+}
+
+// Adds N, from the bits of the shifter's sum above the 6 index bits, to
+// the exponent of y.
+inline __m128d scale_d(__m128d y, __m128i t) {
+    const __m128i e = _mm_slli_epi64(_mm_and_si128(t, _mm_set1_epi64x(0x3FFC0)), 46);
+    return _mm_castsi128_pd(_mm_add_epi64(_mm_castpd_si128(y), e));
+}
+
+// ---- single ----
+
+struct ExpS {
+    using T = float;
+    using V = __m128;
+    static constexpr bool kNoErrShortcut = true;
+    static constexpr float kOver = 88.72283f, kUnder = -103.97208f;
+    static V fast(V x) {
+        const V t = x * splat(184.66496f) + splat(kShiftF);  // 128/ln 2
+        const V n = t - splat(kShiftF);
+        const V r = n * splat(1.6577691e-06f) + (x - n * splat(0.00541687f));
+        const __m128i ti = _mm_castps_si128(t);
+        V hi, lo;
+        gather_f(ti, hi, lo);
+        const V y = (r * r * splat(0.5f) + r) * hi + lo + hi;
+        return y * pow2_f(ti);
+    }
+    static int special(V x) { return above_f(x, 0x42AEAC4F); }  // |x| > 87.33654
+    static int32_t callout(const float* x, float* r) { return exp_s(x, r); }
+};
+
+struct Exp2S {
+    using T = float;
+    using V = __m128;
+    static constexpr bool kNoErrShortcut = false;
+    static constexpr float kOver = 0, kUnder = 0;
+    static V fast(V x) {
+        const V t = x + splat(98304.0f);  // 1.5 * 2^16: rounds to 1/128
+        const V r = x - (t - splat(98304.0f));  // exact
+        const __m128i ti = _mm_castps_si128(t);
+        V hi, lo;
+        gather_f(ti, hi, lo);
+        // 2^r - 1 = ln2 r + (ln2)^2/2 r^2; the next term is below 2^-28.
+        const V p = r * r * splat(0.24022650718688965f) + r * splat(0.6931471824645996f);
+        return (p * hi + lo + hi) * pow2_f(ti);
+    }
+    static int special(V x) { return above_f(x, 0x42FC0000); }  // |x| > 126
+    static int32_t callout(const float* x, float* r) { return exp2_s(x, r); }
+};
+
+struct Exp10S {
+    using T = float;
+    using V = __m128;
+    static constexpr bool kNoErrShortcut = false;
+    static constexpr float kOver = 0, kUnder = 0;
+    static V fast(V x) {
+        const V t = x * splat(425.2068f) + splat(kShiftF);  // 128/log10 2
+        const V n = t - splat(kShiftF);
+        // log10(2)/128 in two parts, the first of 10 bits so that n times it is exact.
+        const V r = (x - n * splat(0.002353668212890625f)) - n * splat(-1.8713717508944683e-06f);
+        const __m128i ti = _mm_castps_si128(t);
+        V hi, lo;
+        gather_f(ti, hi, lo);
+        const V p = r * r * splat(2.650949001312256f) + r * splat(2.3025851249694824f);
+        return (p * hi + lo + hi) * pow2_f(ti);
+    }
+    static int special(V x) { return above_f(x, 0x4217999A); }  // |x| > 37.9
+    static int32_t callout(const float* x, float* r) { return exp10_s(x, r); }
+};
+
+// ---- double ----
+
+struct ExpD {
+    using T = double;
+    using V = __m128d;
+    static constexpr bool kNoErrShortcut = true;
+    static constexpr double kOver = 709.782712893384, kUnder = -745.1332191019411;
+    static V fast(V x) {
+        const V t = x * splat(kInvLn2x64) + splat(kShiftD);
+        const V n = t - splat(kShiftD);
+        const V r = (n * splat(kNegLn2by64Hi) + x) + n * splat(kNegLn2by64Lo);
+        const __m128i ti = _mm_castpd_si128(t);
+        V hi, lo;
+        gather_d(ti, hi, lo);
+        const V p = (((r * splat(0.00833333416441411) + splat(0.04166672368662385)) * r +
+                      splat(0.1666666666667797)) * r + splat(0.4999999999994775)) * r * r + r;
+        return scale_d(p * hi + lo + hi, ti);
+    }
+    static int special(V x) { return above_d(x, 0x4086232A); }  // |x| > 708.39
+    static int32_t callout(const double* x, double* r) { return exp_d(x, r); }
+};
+
+template <const double* kP>
+inline __m128d base_poly(__m128d r) {
+    return ((((splat(kP[0]) * r + splat(kP[1])) * r + splat(kP[2])) * r + splat(kP[3])) * r +
+            splat(kP[4])) * r;
+}
+
+struct Exp2D {
+    using T = double;
+    using V = __m128d;
+    static constexpr bool kNoErrShortcut = false;
+    static constexpr double kOver = 0, kUnder = 0;
+    static V fast(V x) {
+        const V t = x + splat(kShiftExp2D);
+        const V r = x - (t - splat(kShiftExp2D));  // exact
+        const __m128i ti = _mm_castpd_si128(t);
+        V hi, lo;
+        gather_d(ti, hi, lo);
+        return scale_d(base_poly<kExp2P>(r) * hi + lo + hi, ti);
+    }
+    static int special(V x) { return above_d(x, 0x408FEFFF); }  // |x| >= 1022
+    static int32_t callout(const double* x, double* r) { return exp2_d(x, r); }
+};
+
+struct Exp10D {
+    using T = double;
+    using V = __m128d;
+    static constexpr bool kNoErrShortcut = false;
+    static constexpr double kOver = 0, kUnder = 0;
+    static V fast(V x) {
+        const V t = x * splat(kInvLog10_2x64) + splat(kShiftD);
+        const V n = t - splat(kShiftD);
+        const V r = (n * splat(kNegLog10_2by64Hi) + x) + n * splat(kNegLog10_2by64Lo);
+        const __m128i ti = _mm_castpd_si128(t);
+        V hi, lo;
+        gather_d(ti, hi, lo);
+        return scale_d(base_poly<kExp10P>(r) * hi + lo + hi, ti);
+    }
+    static int special(V x) { return above_d(x, 0x40733000); }  // |x| >= 307
+    static int32_t callout(const double* x, double* r) { return exp10_d(x, r); }
+};
+
+}  // namespace
+}  // namespace orv::explog
+
+using namespace orv::explog;
+namespace vtm = orv::vtm;
+
+extern "C" {
+
+void orv_kern_sExp(int n, const float* a, float* r) { plain_kernel<ExpS>(n, a, r, vtm::kName_sExp); }
+void orv_kern_sExpI(int n, const float* a, int inca, float* r, int incr) {
+    strided_kernel<ExpS>(orv_vtm_kernel_sExp_ttab, n, a, inca, r, incr, vtm::kName_sExpI);
+}
+void orv_kern_dExp(int n, const double* a, double* r) { plain_kernel<ExpD>(n, a, r, vtm::kName_dExp); }
+void orv_kern_dExpI(int n, const double* a, int inca, double* r, int incr) {
+    strided_kernel<ExpD>(orv_vtm_kernel_dExp_ttab, n, a, inca, r, incr, vtm::kName_dExpI);
+}
+void orv_kern_sExp2(int n, const float* a, float* r) { plain_kernel<Exp2S>(n, a, r, vtm::kName_sExp2); }
+void orv_kern_sExp2I(int n, const float* a, int inca, float* r, int incr) {
+    strided_kernel<Exp2S>(orv_vtm_kernel_sExp2_ttab, n, a, inca, r, incr, vtm::kName_sExp2I);
+}
+void orv_kern_dExp2(int n, const double* a, double* r) { plain_kernel<Exp2D>(n, a, r, vtm::kName_dExp2); }
+void orv_kern_dExp2I(int n, const double* a, int inca, double* r, int incr) {
+    strided_kernel<Exp2D>(orv_vtm_kernel_dExp2_ttab, n, a, inca, r, incr, vtm::kName_dExp2I);
+}
+void orv_kern_sExp10(int n, const float* a, float* r) { plain_kernel<Exp10S>(n, a, r, vtm::kName_sExp10); }
+void orv_kern_sExp10I(int n, const float* a, int inca, float* r, int incr) {
+    strided_kernel<Exp10S>(orv_vtm_kernel_sExp10_ttab, n, a, inca, r, incr, vtm::kName_sExp10I);
+}
+void orv_kern_dExp10(int n, const double* a, double* r) { plain_kernel<Exp10D>(n, a, r, vtm::kName_dExp10); }
+void orv_kern_dExp10I(int n, const double* a, int inca, double* r, int incr) {
+    strided_kernel<Exp10D>(orv_vtm_kernel_dExp10_ttab, n, a, inca, r, incr, vtm::kName_dExp10I);
+}
+
+}  // extern "C"
