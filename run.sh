@@ -5,7 +5,10 @@
 #                    the same tests under AddressSanitizer and UBSan, then
 #                    build an example against the installed package
 #   ./run.sh bench   build and run the benchmarks (writes bench/results/)
-#   ./run.sh accuracy-full   opt-in long accuracy sweep
+#   ./run.sh accuracy-full   opt-in: 10^8 inputs a vector function and slot against
+#                    MPFR, rewrites docs/accuracy.md (hours)
+#   ./run.sh fuzz    opt-in: builds the stream-image fuzzer with clang and runs
+#                    it for FUZZ_SECONDS (default 600)
 set -euo pipefail
 cd "$(dirname "$0")"
 JOBS=$(nproc)
@@ -66,8 +69,21 @@ bench)
         "$b" --benchmark_out="bench/results/$(basename "$b").json" --benchmark_out_format=json
     done
     ;;
+accuracy-full)
+    install_missing
+    configure_build build -DORV_BUILD_BENCH=OFF
+    cmake --build build --target accuracy_full
+    ;;
+fuzz)
+    PACKAGES+=(clang libclang-rt-dev)
+    install_missing
+    CC=clang CXX=clang++ configure_build build-fuzz -DORV_FUZZ=ON -DORV_BUILD_BENCH=OFF \
+        -DORV_BUILD_EXAMPLES=OFF
+    rm -rf build-fuzz/corpus && cp -r tests/data/rng/fuzz_corpus build-fuzz/corpus
+    ./build-fuzz/tests/rng/fuzz_rng_loader -max_total_time="${FUZZ_SECONDS:-600}" build-fuzz/corpus
+    ;;
 *)
-    echo "usage: $0 tour|test|bench" >&2
+    echo "usage: $0 tour|test|bench|accuracy-full|fuzz" >&2
     exit 2
     ;;
 esac
