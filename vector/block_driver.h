@@ -13,10 +13,26 @@
 //                                                 when kSpecial is false
 //   static V specialv(V x) / specialv(V x, V y); the same on a register, all
 //                                                ones in the special lanes
+//   or static int special_lanes(V x);            the same as one bit a lane
+//                                                (unary kernels)
 //   static int32_t callout(T x, T* r) / callout(T x, T y, T* r);
 //   static constexpr bool kSpecial;              whether special/callout exist
 //   static constexpr bool kDivisorTest;          test the result instead: then
 //   static int32_t divisor_status(T x, T y);     status of a stored lane, no read-back
+//
+// Optional members, absent meaning false:
+//   static constexpr bool kNoErrShortcut;        with kOver and kUnder of type T: when
+//                                                the mode read at entry has the error
+//                                                mode field (mode & 0xFF00) exactly
+//                                                0x2000 (record nothing), special
+//                                                lanes above kOver get +infinity and
+//                                                lanes below kUnder get zero, without
+//                                                the callout (needs kReadsMode)
+//   static constexpr bool kCalloutOnly;          no block computation: each element in
+//                                                turn goes through the callout, the
+//                                                result is stored, and a non-zero
+//                                                status is reported after the store
+//                                                (unary kernels)
 //
 // and the driver does everything else, once.
 #pragma once
@@ -24,8 +40,10 @@
 #include <emmintrin.h>
 
 #include <bit>
+#include <concepts>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 #include <type_traits>
 
 #include "frame/error_dispatch.h"
@@ -146,9 +164,35 @@ inline __m128d negative(__m128d x) {
 }
 }  // namespace simd
 
+// A special test on a register that gives one bit a lane.
+template <typename K, typename T>
+concept HasLaneMask = requires(typename simd::Reg<T>::V v) {
+    { K::special_lanes(v) } -> std::convertible_to<int>;
+};
+
 template <typename K, typename T>
 concept HasVectorSpecial = requires(typename simd::Reg<T>::V v) { K::specialv(v); } ||
-                           requires(typename simd::Reg<T>::V v) { K::specialv(v, v); };
+                           requires(typename simd::Reg<T>::V v) { K::specialv(v, v); } ||
+                           HasLaneMask<K, T>;
+
+// The optional flags of a kernel description.
+template <typename K>
+constexpr bool noerr_shortcut() {
+    if constexpr (requires { K::kNoErrShortcut; })
+        return K::kNoErrShortcut;
+    else
+        return false;
+}
+template <typename K>
+constexpr bool callout_only() {
+    if constexpr (requires { K::kCalloutOnly; })
+        return K::kCalloutOnly;
+    else
+        return false;
+}
+
+// The error mode field of the mode word that records nothing.
+inline constexpr uint32_t kErrModeField = 0xFF00u, kErrModeNoErr = 0x2000u;
 
 template <typename K, typename T>
 concept HasVectorPath = requires(typename simd::Reg<T>::V v) { K::fastv(v); } ||
@@ -159,6 +203,10 @@ inline frame::FpGuard enter(bool reads_mode) {
     return reads_mode ? frame::FpGuard::from_mode(frame::current_mode())
                       : frame::FpGuard::keep_rounding();
 }
+// The same with the mode already read (0 when the kernel reads none).
+inline frame::FpGuard enter(bool reads_mode, uint32_t mode) {
+    return reads_mode ? frame::FpGuard::from_mode(mode) : frame::FpGuard::keep_rounding();
+}
 
 // Element access: unit stride for the plain forms, increments for the I forms.
 template <typename T, bool Strided>
@@ -167,6 +215,7 @@ struct Access {
     const T* b;
     T* r;
     long inca = 1, incb = 1, incr = 1;
+    uint32_t mode = 0;  // the mode word read at entry, for the optional shortcut
     T& out(long i) const { return Strided ? r[i * incr] : r[i]; }
     T in_a(long i) const { return Strided ? a[i * inca] : a[i]; }
     T in_b(long i) const { return Strided ? b[i * incb] : b[i]; }
@@ -212,13 +261,36 @@ inline void run_block(const Access<T, Strided>& acc, long base, int count, const
     }
     if constexpr (K::kSpecial) {
         uint32_t mask = 0;
-        for (int l = 0; l < Lanes; ++l) {
-            bool s;
-            if constexpr (K::kArity == 2)
-                s = K::special(x[l], y[l]);
-            else
-                s = K::special(x[l]);
-            mask |= uint32_t(s) << l;
+        if constexpr (HasLaneMask<K, T>) {
+            using R = simd::Reg<T>;
+            for (int l = 0; l < Lanes; l += R::kWidth)
+                mask |= uint32_t(K::special_lanes(R::load(x + l))) << l;
+            if (count < Lanes) mask &= (1u << count) - 1;  // absent lanes stay out
+        } else {
+            for (int l = 0; l < Lanes; ++l) {
+                bool s;
+                if constexpr (K::kArity == 2)
+                    s = K::special(x[l], y[l]);
+                else
+                    s = K::special(x[l]);
+                mask |= uint32_t(s) << l;
+            }
+        }
+        if constexpr (noerr_shortcut<K>()) {
+            // Record-nothing mode: overflow and underflow lanes take their
+            // limits here and leave the slow path.
+            if (mask && (acc.mode & kErrModeField) == kErrModeNoErr) {
+                for (uint32_t m = mask; m; m &= m - 1) {
+                    const int l = std::countr_zero(m);
+                    if (x[l] > K::kOver) {
+                        z[l] = std::numeric_limits<T>::infinity();
+                        mask &= ~(1u << l);
+                    } else if (x[l] < K::kUnder) {
+                        z[l] = T(0);
+                        mask &= ~(1u << l);
+                    }
+                }
+            }
         }
         // Slow path, ascending lane order: callout, error entry, read-back.
         while (mask) {
@@ -261,6 +333,7 @@ inline void run_full_plain(const Access<T, false>& acc, long base, const char* n
     const V zero = R::set1(T(0));
     V z[kRegs];
     V special = zero, zero_divisor = zero;  // lane masks, or-ed over the block
+    uint32_t special_bits = 0;                // the same from a one-bit-a-lane test
     for (int j = 0; j < kRegs; ++j) {
         const V xa = R::load(acc.a + base + j * kW);
         if constexpr (K::kArity == 2) {
@@ -270,11 +343,16 @@ inline void run_full_plain(const Access<T, false>& acc, long base, const char* n
             if constexpr (K::kDivisorTest) zero_divisor = simd::bor(zero_divisor, simd::eq(xb, zero));
         } else {
             z[j] = K::fastv(xa);
-            if constexpr (K::kSpecial) special = simd::bor(special, K::specialv(xa));
+            if constexpr (K::kSpecial) {
+                if constexpr (HasLaneMask<K, T>)
+                    special_bits |= uint32_t(K::special_lanes(xa));
+                else
+                    special = simd::bor(special, K::specialv(xa));
+            }
             if constexpr (K::kDivisorTest) zero_divisor = simd::bor(zero_divisor, simd::eq(xa, zero));
         }
     }
-    if (simd::lanes(special)) {
+    if (__builtin_expect((simd::lanes(special) | special_bits) != 0, 0)) {
         run_block<K, kBlock>(acc, base, kBlock, name);
         return;
     }
@@ -290,8 +368,21 @@ inline void run_full_plain(const Access<T, false>& acc, long base, const char* n
     }
 }
 
+// A callout-only kernel: one element a round, the result stored, then a
+// non-zero status reported.
 template <typename K, typename T, bool Strided>
-inline void run(const Access<T, Strided>& acc, int n, const char* name) {
+inline void run_each(const Access<T, Strided>& acc, int n, const char* name) {
+    for (long i = 0; i < n; ++i) {
+        T z;
+        const int32_t status = K::callout(acc.in_a(i), &z);
+        acc.out(i) = z;
+        if (status != 0) acc.report(status, i, name);
+    }
+}
+
+// Full blocks, then the tail in short blocks.
+template <typename K, typename T, bool Strided>
+inline void run_blocks(const Access<T, Strided>& acc, int n, const char* name) {
     long i = 0;
     if constexpr (!Strided && HasVectorPath<K, T> && (!K::kSpecial || HasVectorSpecial<K, T>)) {
         for (; i + kBlock <= n; i += kBlock) run_full_plain<K>(acc, i, name);
@@ -304,11 +395,20 @@ inline void run(const Access<T, Strided>& acc, int n, const char* name) {
     }
 }
 
+template <typename K, typename T, bool Strided>
+inline void run(const Access<T, Strided>& acc, int n, const char* name) {
+    if constexpr (callout_only<K>())
+        run_each<K>(acc, n, name);
+    else
+        run_blocks<K>(acc, n, name);
+}
+
 // Plain unary and binary kernels.
 template <typename K>
 void unary(int n, const typename K::T* a, typename K::T* r, const char* name) {
-    frame::FpGuard guard = enter(K::kReadsMode);
-    run<K>(Access<typename K::T, false>{a, a, r}, n, name);
+    const uint32_t mode = K::kReadsMode ? frame::current_mode() : 0;
+    frame::FpGuard guard = enter(K::kReadsMode, mode);
+    run<K>(Access<typename K::T, false>{a, a, r, 1, 1, 1, mode}, n, name);
 }
 template <typename K>
 void binary(int n, const typename K::T* a, const typename K::T* b, typename K::T* r,
@@ -326,8 +426,9 @@ void unary_strided(Fn* const* plain_table, int slot, int n, const typename K::T*
         plain_table[slot](n, a, r);
         return;
     }
-    frame::FpGuard guard = enter(true);
-    run<K>(Access<typename K::T, true>{a, a, r, inca, inca, incr}, n, name);
+    const uint32_t mode = frame::current_mode();
+    frame::FpGuard guard = enter(true, mode);
+    run<K>(Access<typename K::T, true>{a, a, r, inca, inca, incr, mode}, n, name);
 }
 template <typename K, typename Fn>
 void binary_strided(Fn* const* plain_table, int slot, int n, const typename K::T* a, int inca,

@@ -3,6 +3,7 @@
 // forms work in double and round once at the end.
 #include <cmath>
 #include <limits>
+#include <type_traits>
 
 #include "vector/exp_log/explog_internal.h"
 #include "vector/exp_log/explog_tables.h"
@@ -160,146 +161,100 @@ double mul_dd(Dd v, double c_hi, double c_lo) {
 
 // ---- Exp family ----
 
-int32_t exp_d(const double* xp, double* r) {
+namespace {
+
+// The unsigned integer of a value's width.
+template <typename T>
+using Bits = std::conditional_t<sizeof(T) == 4, uint32_t, uint64_t>;
+
+// A bound of the argument range; closed bounds include the value itself.
+template <typename T>
+struct Bound {
+    T at;
+    bool closed;
+    bool above(T x) const { return closed ? x >= at : x > at; }
+    bool below(T x) const { return closed ? x <= at : x < at; }
+};
+
+// What sets Exp, Exp2 and Exp10 apart in single and double: the reduction,
+// the largest |x| bits whose result is 1 + x, the overflow and underflow
+// bounds, and the bound below which a result is denormal and reported as
+// underflow (-infinity where such results are not reported).
+template <typename T>
+struct ExpShape {
+    ExpParts (*parts)(double);
+    Bits<T> tiny;
+    Bound<T> over, under, denormal;
+};
+
+template <typename T>
+constexpr T kNegInf = -std::numeric_limits<T>::infinity();
+
+constexpr ExpShape<double> kExpD{exp_parts, 0x3CAFFFFFFFFFFFFFull, {709.782712893384, false},
+                                 {-745.1332191019411, false}, {kNegInf<double>, false}};
+constexpr ExpShape<float> kExpS{exp_parts, 0x25000000u, {88.72283f, false}, {-103.97208f, false},
+                                {kNegInf<float>, false}};
+constexpr ExpShape<double> kExp2D{exp2_parts, 0x3CAFFFFFFFFFFFFFull, {1024.0, true},
+                                  {-1075.0, true}, {-1022.0, false}};
+constexpr ExpShape<float> kExp2S{exp2_parts, 0x25000000u, {128.0f, true}, {-150.0f, true},
+                                 {-126.0f, false}};
+constexpr ExpShape<double> kExp10D{exp10_parts, 0x3CAFFFFFFFFFFFFFull, {308.2547155599167, false},
+                                   {-323.60724533877976, false}, {-307.6526555685887, false}};
+constexpr ExpShape<float> kExp10S{exp10_parts, 0x25000000u, {38.53184f, false}, {-45.1545f, false},
+                                  {-37.929783f, true}};
+
+// The ranges of an exponential: infinity and NaN, tiny arguments, overflow,
+// underflow, then the table-driven value computed in double; the single
+// forms round it once.
+template <typename T>
+inline int32_t exp_like(T x, T* r, const ExpShape<T>& s) {
+    constexpr Bits<T> kAbs = ~Bits<T>(0) >> 1;
+    constexpr Bits<T> kInfBits = sizeof(T) == 4 ? Bits<T>(0x7F800000u) : Bits<T>(0x7FF0000000000000ull);
+    const Bits<T> ab = bits_of(x) & kAbs;
+    if (ab >= kInfBits) {
+        *r = (x == kNegInf<T>) ? T(0) : x * x;
+        return kOk;
+    }
+    if (ab <= s.tiny) {
+        *r = T(1) + x;
+        return kOk;
+    }
+    if (s.over.above(x)) {
+        *r = std::numeric_limits<T>::infinity();
+        return kOverflow;
+    }
+    if (s.under.below(x)) {
+        *r = T(0);
+        return kUnderflow;
+    }
+    const ExpParts q = s.parts(x);
+    const int32_t status = s.denormal.below(x) ? kUnderflow : kOk;
+    if constexpr (sizeof(T) == 4) {
+        return narrow_exp(scale_sum(q.thi, q.p, q.n), status, r);
+    } else {
+        *r = scale_sum(q.thi, q.p, q.n);
+        return status;
+    }
+}
+
+// A single function through its double form, rounded once.
+template <int32_t (*F)(const double*, double*)>
+inline int32_t via_double(const float* xp, float* r) {
     const double x = *xp;
-    const uint32_t e = static_cast<uint32_t>(bits_of(x) >> 52) & 0x7FF;
-    if (e == 0x7FF) {
-        *r = (x == -kInf) ? 0.0 : x * x;
-        return kOk;
-    }
-    if (e <= 0x3CA) {
-        *r = 1.0 + x;
-        return kOk;
-    }
-    if (x > 709.782712893384) {
-        *r = kInf;
-        return kOverflow;
-    }
-    if (x < -745.1332191019411) {
-        *r = 0.0;
-        return kUnderflow;
-    }
-    const ExpParts q = exp_parts(x);
-    *r = scale_sum(q.thi, q.p, q.n);  // denormal results are not reported
-    return kOk;
+    double y;
+    const int32_t st = F(&x, &y);
+    *r = static_cast<float>(y);
+    return st;
 }
 
-int32_t exp_s(const float* xp, float* r) {
-    const float x = *xp;
-    const uint32_t b = bits_of(x);
-    if ((b & 0x7F800000) == 0x7F800000) {
-        *r = (x == -kInfF) ? 0.0f : x * x;
-        return kOk;
-    }
-    if ((b & 0x7FFFFFFF) <= 0x25000000) {
-        *r = 1.0f + x;
-        return kOk;
-    }
-    if (x > 88.72283f) {
-        *r = kInfF;
-        return kOverflow;
-    }
-    if (x < -103.97208f) {
-        *r = 0.0f;
-        return kUnderflow;
-    }
-    const ExpParts q = exp_parts(x);
-    return narrow_exp(scale_sum(q.thi, q.p, q.n), kOk, r);
-}
+}  // namespace
 
-int32_t exp2_d(const double* xp, double* r) {
-    const double x = *xp;
-    const uint32_t e = static_cast<uint32_t>(bits_of(x) >> 52) & 0x7FF;
-    if (e == 0x7FF) {
-        *r = (x == -kInf) ? 0.0 : x * x;
-        return kOk;
-    }
-    if (e <= 0x3CA) {
-        *r = 1.0 + x;
-        return kOk;
-    }
-    if (x >= 1024.0) {
-        *r = kInf;
-        return kOverflow;
-    }
-    if (x <= -1075.0) {
-        *r = 0.0;
-        return kUnderflow;
-    }
-    const ExpParts q = exp2_parts(x);
-    *r = scale_sum(q.thi, q.p, q.n);
-    return x < -1022.0 ? kUnderflow : kOk;
-}
-
-int32_t exp2_s(const float* xp, float* r) {
-    const float x = *xp;
-    const uint32_t b = bits_of(x);
-    if ((b & 0x7F800000) == 0x7F800000) {
-        *r = (x == -kInfF) ? 0.0f : x * x;
-        return kOk;
-    }
-    if ((b & 0x7FFFFFFF) <= 0x25000000) {
-        *r = 1.0f + x;
-        return kOk;
-    }
-    if (x >= 128.0f) {
-        *r = kInfF;
-        return kOverflow;
-    }
-    if (x <= -150.0f) {
-        *r = 0.0f;
-        return kUnderflow;
-    }
-    const ExpParts q = exp2_parts(x);
-    return narrow_exp(scale_sum(q.thi, q.p, q.n), x < -126.0f ? kUnderflow : kOk, r);
-}
-
-int32_t exp10_d(const double* xp, double* r) {
-    const double x = *xp;
-    const uint32_t e = static_cast<uint32_t>(bits_of(x) >> 52) & 0x7FF;
-    if (e == 0x7FF) {
-        *r = (x == -kInf) ? 0.0 : x * x;
-        return kOk;
-    }
-    if (e <= 0x3CA) {
-        *r = 1.0 + x;
-        return kOk;
-    }
-    if (x > 308.2547155599167) {
-        *r = kInf;
-        return kOverflow;
-    }
-    if (x < -323.60724533877976) {
-        *r = 0.0;
-        return kUnderflow;
-    }
-    const ExpParts q = exp10_parts(x);
-    *r = scale_sum(q.thi, q.p, q.n);
-    return x < -307.6526555685887 ? kUnderflow : kOk;
-}
-
-int32_t exp10_s(const float* xp, float* r) {
-    const float x = *xp;
-    const uint32_t b = bits_of(x);
-    if ((b & 0x7F800000) == 0x7F800000) {
-        *r = (x == -kInfF) ? 0.0f : x * x;
-        return kOk;
-    }
-    if ((b & 0x7FFFFFFF) <= 0x25000000) {
-        *r = 1.0f + x;
-        return kOk;
-    }
-    if (x > 38.53184f) {
-        *r = kInfF;
-        return kOverflow;
-    }
-    if (x < -45.1545f) {
-        *r = 0.0f;
-        return kUnderflow;
-    }
-    const ExpParts q = exp10_parts(x);
-    return narrow_exp(scale_sum(q.thi, q.p, q.n), x <= -37.929783f ? kUnderflow : kOk, r);
-}
+int32_t exp_d(const double* xp, double* r) { return exp_like(*xp, r, kExpD); }
+int32_t exp_s(const float* xp, float* r) { return exp_like(*xp, r, kExpS); }
+int32_t exp2_d(const double* xp, double* r) { return exp_like(*xp, r, kExp2D); }
+int32_t exp2_s(const float* xp, float* r) { return exp_like(*xp, r, kExp2S); }
+int32_t exp10_d(const double* xp, double* r) { return exp_like(*xp, r, kExp10D); }
+int32_t exp10_s(const float* xp, float* r) { return exp_like(*xp, r, kExp10S); }
 
 // Expm1 by ranges of |x|: tiny values are their own result, small ones
 // take a Taylor polynomial of degree 9 (truncation below 2^-66 relative on
@@ -344,13 +299,8 @@ int32_t expm1_d(const double* xp, double* r) {
     return kOk;
 }
 
-int32_t expm1_s(const float* xp, float* r) {
-    const double x = *xp;
-    double y;
-    const int32_t st = expm1_d(&x, &y);
-    *r = static_cast<float>(y);  // beyond the float range this is +inf, unreported
-    return st;
-}
+// Beyond the float range the rounded result is +inf, unreported.
+int32_t expm1_s(const float* xp, float* r) { return via_double<expm1_d>(xp, r); }
 
 // ---- Logarithms ----
 
@@ -364,47 +314,26 @@ int32_t ln_d(const double* xp, double* r) {
     return kOk;
 }
 
-int32_t log2_d(const double* xp, double* r) {
+namespace {
+
+// ln x times 1/ln b given in two parts, rounded once.
+inline int32_t log_base(double x, double* r, double inv_hi, double inv_lo) {
     int32_t st;
     uint64_t ix;
     int kadj;
-    if (log_specials(*xp, r, &st, &ix, &kadj)) return st;
-    *r = mul_dd(ln_dd(ix, kadj), kInvLn2Hi, kInvLn2Lo);
+    if (log_specials(x, r, &st, &ix, &kadj)) return st;
+    *r = mul_dd(ln_dd(ix, kadj), inv_hi, inv_lo);
     return kOk;
 }
 
-int32_t log10_d(const double* xp, double* r) {
-    int32_t st;
-    uint64_t ix;
-    int kadj;
-    if (log_specials(*xp, r, &st, &ix, &kadj)) return st;
-    *r = mul_dd(ln_dd(ix, kadj), kInvLn10Hi, kInvLn10Lo);
-    return kOk;
-}
+}  // namespace
 
-int32_t ln_s(const float* xp, float* r) {
-    const double x = *xp;
-    double y;
-    const int32_t st = ln_d(&x, &y);
-    *r = static_cast<float>(y);
-    return st;
-}
+int32_t log2_d(const double* xp, double* r) { return log_base(*xp, r, kInvLn2Hi, kInvLn2Lo); }
+int32_t log10_d(const double* xp, double* r) { return log_base(*xp, r, kInvLn10Hi, kInvLn10Lo); }
 
-int32_t log2_s(const float* xp, float* r) {
-    const double x = *xp;
-    double y;
-    const int32_t st = log2_d(&x, &y);
-    *r = static_cast<float>(y);
-    return st;
-}
-
-int32_t log10_s(const float* xp, float* r) {
-    const double x = *xp;
-    double y;
-    const int32_t st = log10_d(&x, &y);
-    *r = static_cast<float>(y);
-    return st;
-}
+int32_t ln_s(const float* xp, float* r) { return via_double<ln_d>(xp, r); }
+int32_t log2_s(const float* xp, float* r) { return via_double<log2_d>(xp, r); }
+int32_t log10_s(const float* xp, float* r) { return via_double<log10_d>(xp, r); }
 
 // Log1p by ranges of |x|: the odd and even Taylor parts below 2^-13, and
 // above that the logarithm of 1 + x, taken exactly as a rounded sum and its
@@ -444,56 +373,42 @@ int32_t log1p_d(const double* xp, double* r) {
     return kOk;
 }
 
-int32_t log1p_s(const float* xp, float* r) {
-    const double x = *xp;
-    double y;
-    const int32_t st = log1p_d(&x, &y);
-    *r = static_cast<float>(y);
-    return st;
-}
+int32_t log1p_s(const float* xp, float* r) { return via_double<log1p_d>(xp, r); }
 
 // ---- Logb ----
 
-int32_t logb_d(const double* xp, double* r) {
-    double x = *xp * 1.0;
-    if (x == 0.0) {
-        *r = -kInf;
+namespace {
+
+// The unbiased exponent field; zero is a domain error, infinity and NaN
+// give |x|, and a denormal is first scaled by 2^scale_exp into the normal
+// range. The product by 1 quiets a signalling NaN.
+template <typename T>
+inline int32_t logb_of(T x, T* r, T scale, int scale_exp) {
+    constexpr int kMant = sizeof(T) == 4 ? 23 : 52;
+    constexpr uint32_t kField = sizeof(T) == 4 ? 0xFF : 0x7FF;
+    x = x * T(1);
+    if (x == T(0)) {
+        *r = kNegInf<T>;
         return kDomain;
     }
-    uint32_t e = static_cast<uint32_t>(bits_of(x) >> 52) & 0x7FF;
-    if (e == 0x7FF) {
+    uint32_t e = static_cast<uint32_t>(bits_of(x) >> kMant) & kField;
+    if (e == kField) {
         *r = std::fabs(x);
         return kOk;
     }
-    int bias = 1023;
+    int bias = static_cast<int>(kField >> 1);
     if (e == 0) {
-        x *= 1.152921504606847e+18;  // 2^60
-        e = static_cast<uint32_t>(bits_of(x) >> 52) & 0x7FF;
-        bias += 60;
+        x *= scale;
+        e = static_cast<uint32_t>(bits_of(x) >> kMant) & kField;
+        bias += scale_exp;
     }
-    *r = static_cast<double>(static_cast<int>(e) - bias);
+    *r = static_cast<T>(static_cast<int>(e) - bias);
     return kOk;
 }
 
-int32_t logb_s(const float* xp, float* r) {
-    float x = *xp * 1.0f;
-    if (x == 0.0f) {
-        *r = -kInfF;
-        return kDomain;
-    }
-    uint32_t e = (bits_of(x) >> 23) & 0xFF;
-    if (e == 0xFF) {
-        *r = std::fabs(x);
-        return kOk;
-    }
-    int bias = 127;
-    if (e == 0) {
-        x *= 33554432.0f;  // 2^25
-        e = (bits_of(x) >> 23) & 0xFF;
-        bias = 152;
-    }
-    *r = static_cast<float>(static_cast<int>(e) - bias);
-    return kOk;
-}
+}  // namespace
+
+int32_t logb_d(const double* xp, double* r) { return logb_of(*xp, r, 1.152921504606847e+18, 60); }
+int32_t logb_s(const float* xp, float* r) { return logb_of(*xp, r, 33554432.0f, 25); }
 
 }  // namespace orv::explog

@@ -4,7 +4,7 @@
 // low bits of the rounding shifter's sum.
 #include <emmintrin.h>
 
-#include "vector/exp_log/explog_block.h"
+#include "vector/block_driver.h"
 #include "vector/exp_log/explog_internal.h"
 #include "vector/exp_log/explog_tables.h"
 
@@ -65,12 +65,11 @@ inline __m128d scale_d(__m128d y, __m128i t) {
 
 // ---- single ----
 
-struct ExpS {
-    using T = float;
+struct ExpS : KernelBase<float, exp_s> {
     using V = __m128;
     static constexpr bool kNoErrShortcut = true;
     static constexpr float kOver = 88.72283f, kUnder = -103.97208f;
-    static V fast(V x) {
+    static V fastv(V x) {
         const V t = x * splat(184.66496f) + splat(kShiftF);  // 128/ln 2
         const V n = t - splat(kShiftF);
         const V r = n * splat(1.6577691e-06f) + (x - n * splat(0.00541687f));
@@ -80,16 +79,12 @@ struct ExpS {
         const V y = (r * r * splat(0.5f) + r) * hi + lo + hi;
         return y * pow2_f(ti);
     }
-    static int special(V x) { return above_f(x, 0x42AEAC4F); }  // |x| > 87.33654
-    static int32_t callout(const float* x, float* r) { return exp_s(x, r); }
+    static int special_lanes(V x) { return above_f(x, 0x42AEAC4F); }  // |x| > 87.33654
 };
 
-struct Exp2S {
-    using T = float;
+struct Exp2S : KernelBase<float, exp2_s> {
     using V = __m128;
-    static constexpr bool kNoErrShortcut = false;
-    static constexpr float kOver = 0, kUnder = 0;
-    static V fast(V x) {
+    static V fastv(V x) {
         const V t = x + splat(98304.0f);  // 1.5 * 2^16: rounds to 1/128
         const V r = x - (t - splat(98304.0f));  // exact
         const __m128i ti = _mm_castps_si128(t);
@@ -99,16 +94,12 @@ struct Exp2S {
         const V p = r * r * splat(0.24022650718688965f) + r * splat(0.6931471824645996f);
         return (p * hi + lo + hi) * pow2_f(ti);
     }
-    static int special(V x) { return above_f(x, 0x42FC0000); }  // |x| > 126
-    static int32_t callout(const float* x, float* r) { return exp2_s(x, r); }
+    static int special_lanes(V x) { return above_f(x, 0x42FC0000); }  // |x| > 126
 };
 
-struct Exp10S {
-    using T = float;
+struct Exp10S : KernelBase<float, exp10_s> {
     using V = __m128;
-    static constexpr bool kNoErrShortcut = false;
-    static constexpr float kOver = 0, kUnder = 0;
-    static V fast(V x) {
+    static V fastv(V x) {
         const V t = x * splat(425.2068f) + splat(kShiftF);  // 128/log10 2
         const V n = t - splat(kShiftF);
         // log10(2)/128 in two parts, the first of 10 bits so that n times it is exact.
@@ -119,18 +110,16 @@ struct Exp10S {
         const V p = r * r * splat(2.650949001312256f) + r * splat(2.3025851249694824f);
         return (p * hi + lo + hi) * pow2_f(ti);
     }
-    static int special(V x) { return above_f(x, 0x4217999A); }  // |x| > 37.9
-    static int32_t callout(const float* x, float* r) { return exp10_s(x, r); }
+    static int special_lanes(V x) { return above_f(x, 0x4217999A); }  // |x| > 37.9
 };
 
 // ---- double ----
 
-struct ExpD {
-    using T = double;
+struct ExpD : KernelBase<double, exp_d> {
     using V = __m128d;
     static constexpr bool kNoErrShortcut = true;
     static constexpr double kOver = 709.782712893384, kUnder = -745.1332191019411;
-    static V fast(V x) {
+    static V fastv(V x) {
         const V t = x * splat(kInvLn2x64) + splat(kShiftD);
         const V n = t - splat(kShiftD);
         const V r = (n * splat(kNegLn2by64Hi) + x) + n * splat(kNegLn2by64Lo);
@@ -141,8 +130,7 @@ struct ExpD {
                       splat(0.1666666666667797)) * r + splat(0.4999999999994775)) * r * r + r;
         return scale_d(p * hi + lo + hi, ti);
     }
-    static int special(V x) { return above_d(x, 0x4086232A); }  // |x| > 708.39
-    static int32_t callout(const double* x, double* r) { return exp_d(x, r); }
+    static int special_lanes(V x) { return above_d(x, 0x4086232A); }  // |x| > 708.39
 };
 
 template <const double* kP>
@@ -151,12 +139,9 @@ inline __m128d base_poly(__m128d r) {
             splat(kP[4])) * r;
 }
 
-struct Exp2D {
-    using T = double;
+struct Exp2D : KernelBase<double, exp2_d> {
     using V = __m128d;
-    static constexpr bool kNoErrShortcut = false;
-    static constexpr double kOver = 0, kUnder = 0;
-    static V fast(V x) {
+    static V fastv(V x) {
         const V t = x + splat(kShiftExp2D);
         const V r = x - (t - splat(kShiftExp2D));  // exact
         const __m128i ti = _mm_castpd_si128(t);
@@ -164,16 +149,12 @@ struct Exp2D {
         gather_d(ti, hi, lo);
         return scale_d(base_poly<kExp2P>(r) * hi + lo + hi, ti);
     }
-    static int special(V x) { return above_d(x, 0x408FEFFF); }  // |x| >= 1022
-    static int32_t callout(const double* x, double* r) { return exp2_d(x, r); }
+    static int special_lanes(V x) { return above_d(x, 0x408FEFFF); }  // |x| >= 1022
 };
 
-struct Exp10D {
-    using T = double;
+struct Exp10D : KernelBase<double, exp10_d> {
     using V = __m128d;
-    static constexpr bool kNoErrShortcut = false;
-    static constexpr double kOver = 0, kUnder = 0;
-    static V fast(V x) {
+    static V fastv(V x) {
         const V t = x * splat(kInvLog10_2x64) + splat(kShiftD);
         const V n = t - splat(kShiftD);
         const V r = (n * splat(kNegLog10_2by64Hi) + x) + n * splat(kNegLog10_2by64Lo);
@@ -182,41 +163,19 @@ struct Exp10D {
         gather_d(ti, hi, lo);
         return scale_d(base_poly<kExp10P>(r) * hi + lo + hi, ti);
     }
-    static int special(V x) { return above_d(x, 0x40733000); }  // |x| >= 307
-    static int32_t callout(const double* x, double* r) { return exp10_d(x, r); }
+    static int special_lanes(V x) { return above_d(x, 0x40733000); }  // |x| >= 307
 };
 
 }  // namespace
 }  // namespace orv::explog
 
 using namespace orv::explog;
-namespace vtm = orv::vtm;
 
-extern "C" {
-
-void orv_kern_sExp(int n, const float* a, float* r) { plain_kernel<ExpS>(n, a, r, vtm::kName_sExp); }
-void orv_kern_sExpI(int n, const float* a, int inca, float* r, int incr) {
-    strided_kernel<ExpS>(orv_vtm_kernel_sExp_ttab, n, a, inca, r, incr, vtm::kName_sExpI);
-}
-void orv_kern_dExp(int n, const double* a, double* r) { plain_kernel<ExpD>(n, a, r, vtm::kName_dExp); }
-void orv_kern_dExpI(int n, const double* a, int inca, double* r, int incr) {
-    strided_kernel<ExpD>(orv_vtm_kernel_dExp_ttab, n, a, inca, r, incr, vtm::kName_dExpI);
-}
-void orv_kern_sExp2(int n, const float* a, float* r) { plain_kernel<Exp2S>(n, a, r, vtm::kName_sExp2); }
-void orv_kern_sExp2I(int n, const float* a, int inca, float* r, int incr) {
-    strided_kernel<Exp2S>(orv_vtm_kernel_sExp2_ttab, n, a, inca, r, incr, vtm::kName_sExp2I);
-}
-void orv_kern_dExp2(int n, const double* a, double* r) { plain_kernel<Exp2D>(n, a, r, vtm::kName_dExp2); }
-void orv_kern_dExp2I(int n, const double* a, int inca, double* r, int incr) {
-    strided_kernel<Exp2D>(orv_vtm_kernel_dExp2_ttab, n, a, inca, r, incr, vtm::kName_dExp2I);
-}
-void orv_kern_sExp10(int n, const float* a, float* r) { plain_kernel<Exp10S>(n, a, r, vtm::kName_sExp10); }
-void orv_kern_sExp10I(int n, const float* a, int inca, float* r, int incr) {
-    strided_kernel<Exp10S>(orv_vtm_kernel_sExp10_ttab, n, a, inca, r, incr, vtm::kName_sExp10I);
-}
-void orv_kern_dExp10(int n, const double* a, double* r) { plain_kernel<Exp10D>(n, a, r, vtm::kName_dExp10); }
-void orv_kern_dExp10I(int n, const double* a, int inca, double* r, int incr) {
-    strided_kernel<Exp10D>(orv_vtm_kernel_dExp10_ttab, n, a, inca, r, incr, vtm::kName_dExp10I);
-}
-
-}  // extern "C"
+// Plain and strided entry of each function; the strided form reports under
+// the strided name.
+ORV_UNARY_KERNELS(sExp, ExpS)
+ORV_UNARY_KERNELS(dExp, ExpD)
+ORV_UNARY_KERNELS(sExp2, Exp2S)
+ORV_UNARY_KERNELS(dExp2, Exp2D)
+ORV_UNARY_KERNELS(sExp10, Exp10S)
+ORV_UNARY_KERNELS(dExp10, Exp10D)

@@ -31,6 +31,19 @@ int32_t log1p_s(const float* x, float* r);
 int32_t logb_d(const double* x, double* r);
 int32_t logb_s(const float* x, float* r);
 
+// The common part of a kernel description for the shared block driver
+// (vector/block_driver.h): one input, the mode read at entry, a special test,
+// and the scalar callout taking the flagged lanes.
+template <typename T_, int32_t (*Callout)(const T_*, T_*)>
+struct KernelBase {
+    using T = T_;
+    static constexpr int kArity = 1;
+    static constexpr bool kReadsMode = true;
+    static constexpr bool kSpecial = true;
+    static constexpr bool kDivisorTest = false;
+    static int32_t callout(T x, T* r) { return Callout(&x, r); }
+};
+
 inline uint64_t bits_of(double x) { uint64_t b; std::memcpy(&b, &x, 8); return b; }
 inline uint32_t bits_of(float x) { uint32_t b; std::memcpy(&b, &x, 4); return b; }
 inline double double_of(uint64_t b) { double x; std::memcpy(&x, &b, 8); return x; }

@@ -8,7 +8,7 @@
 // ln x = k ln2 + (-ln R) + ln(1 + r), |r| <= 2^-8, carried as hi + lo.
 #include <emmintrin.h>
 
-#include "vector/exp_log/explog_block.h"
+#include "vector/block_driver.h"
 #include "vector/exp_log/explog_internal.h"
 #include "vector/exp_log/explog_tables.h"
 
@@ -123,12 +123,9 @@ inline __m128d mul_dd_v(__m128d s, __m128d lo, double c_hi, double c_lo) {
 
 // ---- single ----
 
-struct LnS {
-    using T = float;
+struct LnS : KernelBase<float, ln_s> {
     using V = __m128;
-    static constexpr bool kNoErrShortcut = false;
-    static constexpr float kOver = 0, kUnder = 0;
-    static V fast(V x) {
+    static V fastv(V x) {
         const __m128i u = _mm_add_epi32(_mm_castps_si128(x),
                                         _mm_set1_epi32(static_cast<int32_t>(0xC0D55555u)));
         const V k = _mm_cvtepi32_ps(_mm_srai_epi32(u, 23));
@@ -147,20 +144,16 @@ struct LnS {
         const V q = r * r * p + r;
         return k * splat(0.69314575f) + (k * splat(1.4286068e-06f) + q);
     }
-    static int special(V x) { return log_special_f(x); }
-    static int32_t callout(const float* x, float* r) { return ln_s(x, r); }
+    static int special_lanes(V x) { return log_special_f(x); }
 };
 
 // Single Log2 and Log10: the integer reduction of single Ln (k exact,
 // r = m - 1 exact in float), then ln(1 + r) = r + r^2 P(r) in double with a
 // degree-8 minimax P on |r| <= 1/3 (relative error 2^-26.7, from
 // tools/fit_minimax.py), scaled by the base in double and rounded once.
-template <int kBase>
-struct LogBaseS {
-    using T = float;
+template <int kBase, int32_t (*Callout)(const float*, float*)>
+struct LogBaseS : KernelBase<float, Callout> {
     using V = __m128;
-    static constexpr bool kNoErrShortcut = false;
-    static constexpr float kOver = 0, kUnder = 0;
     static __m128d half(__m128d k, __m128d r) {
         __m128d p = splat(-0.1305411058644881);
         p = p * r + splat(0.1375659840408164);
@@ -175,7 +168,7 @@ struct LogBaseS {
         if constexpr (kBase == 2) return k + q * splat(kInvLn2Hi);
         return k * splat(0.30102999566398120) + q * splat(kInvLn10Hi);
     }
-    static V fast(V x) {
+    static V fastv(V x) {
         const __m128i u = _mm_add_epi32(_mm_castps_si128(x),
                                         _mm_set1_epi32(static_cast<int32_t>(0xC0D55555u)));
         const __m128 k = _mm_cvtepi32_ps(_mm_srai_epi32(u, 23));
@@ -186,124 +179,72 @@ struct LogBaseS {
         const __m128d hi = half(_mm_cvtps_pd(_mm_movehl_ps(k, k)), _mm_cvtps_pd(_mm_movehl_ps(r, r)));
         return _mm_movelh_ps(_mm_cvtpd_ps(lo), _mm_cvtpd_ps(hi));
     }
-    static int special(V x) { return log_special_f(x); }
-    static int32_t callout(const float* x, float* r) {
-        return kBase == 2 ? log2_s(x, r) : log10_s(x, r);
-    }
+    static int special_lanes(V x) { return log_special_f(x); }
 };
 
-struct LogbS {
-    using T = float;
+struct LogbS : KernelBase<float, logb_s> {
     using V = __m128;
-    static constexpr bool kNoErrShortcut = false;
-    static constexpr float kOver = 0, kUnder = 0;
-    static V fast(V x) {
+    static V fastv(V x) {
         const __m128i e = _mm_and_si128(_mm_srli_epi32(_mm_castps_si128(x), 23), _mm_set1_epi32(0xFF));
         return _mm_cvtepi32_ps(_mm_sub_epi32(e, _mm_set1_epi32(127)));
     }
     // Exponent field 0 (zero, denormal) or 255 (inf, NaN): field - 1 outside [0, 253].
-    static int special(V x) {
+    static int special_lanes(V x) {
         const __m128i e = _mm_and_si128(_mm_srli_epi32(_mm_castps_si128(x), 23), _mm_set1_epi32(0xFF));
         const __m128i e1 = _mm_sub_epi32(e, _mm_set1_epi32(1));
         const __m128i bad = _mm_or_si128(_mm_cmpgt_epi32(e1, _mm_set1_epi32(253)),
                                          _mm_cmplt_epi32(e1, _mm_setzero_si128()));
         return _mm_movemask_ps(_mm_castsi128_ps(bad));
     }
-    static int32_t callout(const float* x, float* r) { return logb_s(x, r); }
 };
 
 // ---- double ----
 
-struct LnD {
-    using T = double;
+struct LnD : KernelBase<double, ln_d> {
     using V = __m128d;
-    static constexpr bool kNoErrShortcut = false;
-    static constexpr double kOver = 0, kUnder = 0;
-    static V fast(V x) { return ln_fast(x); }
-    static int special(V x) { return log_special_d(x); }
-    static int32_t callout(const double* x, double* r) { return ln_d(x, r); }
+    static V fastv(V x) { return ln_fast(x); }
+    static int special_lanes(V x) { return log_special_d(x); }
 };
 
-template <int kBase>
-struct LogBaseD {
-    using T = double;
+template <int kBase, int32_t (*Callout)(const double*, double*)>
+struct LogBaseD : KernelBase<double, Callout> {
     using V = __m128d;
-    static constexpr bool kNoErrShortcut = false;
-    static constexpr double kOver = 0, kUnder = 0;
-    static V fast(V x) {
+    static V fastv(V x) {
         V s, lo;
         ln_dd_v(x, s, lo);
         return kBase == 2 ? mul_dd_v(s, lo, kInvLn2Hi, kInvLn2Lo)
                           : mul_dd_v(s, lo, kInvLn10Hi, kInvLn10Lo);
     }
-    static int special(V x) { return log_special_d(x); }
-    static int32_t callout(const double* x, double* r) {
-        return kBase == 2 ? log2_d(x, r) : log10_d(x, r);
-    }
+    static int special_lanes(V x) { return log_special_d(x); }
 };
 
-struct LogbD {
-    using T = double;
+struct LogbD : KernelBase<double, logb_d> {
     using V = __m128d;
-    static constexpr bool kNoErrShortcut = false;
-    static constexpr double kOver = 0, kUnder = 0;
     static __m128i field(V x) {
         const __m128i hw = _mm_shuffle_epi32(_mm_castpd_si128(x), _MM_SHUFFLE(3, 3, 3, 1));
         return _mm_and_si128(_mm_srli_epi32(hw, 20), _mm_set1_epi32(0x7FF));
     }
-    static V fast(V x) { return _mm_cvtepi32_pd(_mm_sub_epi32(field(x), _mm_set1_epi32(1023))); }
-    static int special(V x) {
+    static V fastv(V x) { return _mm_cvtepi32_pd(_mm_sub_epi32(field(x), _mm_set1_epi32(1023))); }
+    static int special_lanes(V x) {
         const __m128i e1 = _mm_sub_epi32(field(x), _mm_set1_epi32(1));
         const __m128i bad = _mm_or_si128(_mm_cmpgt_epi32(e1, _mm_set1_epi32(0x7FD)),
                                          _mm_cmplt_epi32(e1, _mm_setzero_si128()));
         return _mm_movemask_ps(_mm_castsi128_ps(bad)) & 3;
     }
-    static int32_t callout(const double* x, double* r) { return logb_d(x, r); }
 };
 
 }  // namespace
 }  // namespace orv::explog
 
 using namespace orv::explog;
-namespace vtm = orv::vtm;
 
-extern "C" {
-
-void orv_kern_sLn(int n, const float* a, float* r) { plain_kernel<LnS>(n, a, r, vtm::kName_sLn); }
-void orv_kern_sLnI(int n, const float* a, int inca, float* r, int incr) {
-    strided_kernel<LnS>(orv_vtm_kernel_sLn_ttab, n, a, inca, r, incr, vtm::kName_sLnI);
-}
-void orv_kern_dLn(int n, const double* a, double* r) { plain_kernel<LnD>(n, a, r, vtm::kName_dLn); }
-void orv_kern_dLnI(int n, const double* a, int inca, double* r, int incr) {
-    strided_kernel<LnD>(orv_vtm_kernel_dLn_ttab, n, a, inca, r, incr, vtm::kName_dLnI);
-}
-void orv_kern_sLog2(int n, const float* a, float* r) { plain_kernel<LogBaseS<2>>(n, a, r, vtm::kName_sLog2); }
-void orv_kern_sLog2I(int n, const float* a, int inca, float* r, int incr) {
-    strided_kernel<LogBaseS<2>>(orv_vtm_kernel_sLog2_ttab, n, a, inca, r, incr, vtm::kName_sLog2I);
-}
-void orv_kern_dLog2(int n, const double* a, double* r) { plain_kernel<LogBaseD<2>>(n, a, r, vtm::kName_dLog2); }
-void orv_kern_dLog2I(int n, const double* a, int inca, double* r, int incr) {
-    strided_kernel<LogBaseD<2>>(orv_vtm_kernel_dLog2_ttab, n, a, inca, r, incr, vtm::kName_dLog2I);
-}
-void orv_kern_sLog10(int n, const float* a, float* r) {
-    plain_kernel<LogBaseS<10>>(n, a, r, vtm::kName_sLog10);
-}
-void orv_kern_sLog10I(int n, const float* a, int inca, float* r, int incr) {
-    strided_kernel<LogBaseS<10>>(orv_vtm_kernel_sLog10_ttab, n, a, inca, r, incr, vtm::kName_sLog10I);
-}
-void orv_kern_dLog10(int n, const double* a, double* r) {
-    plain_kernel<LogBaseD<10>>(n, a, r, vtm::kName_dLog10);
-}
-void orv_kern_dLog10I(int n, const double* a, int inca, double* r, int incr) {
-    strided_kernel<LogBaseD<10>>(orv_vtm_kernel_dLog10_ttab, n, a, inca, r, incr, vtm::kName_dLog10I);
-}
-void orv_kern_sLogb(int n, const float* a, float* r) { plain_kernel<LogbS>(n, a, r, vtm::kName_sLogb); }
-void orv_kern_sLogbI(int n, const float* a, int inca, float* r, int incr) {
-    strided_kernel<LogbS>(orv_vtm_kernel_sLogb_ttab, n, a, inca, r, incr, vtm::kName_sLogbI);
-}
-void orv_kern_dLogb(int n, const double* a, double* r) { plain_kernel<LogbD>(n, a, r, vtm::kName_dLogb); }
-void orv_kern_dLogbI(int n, const double* a, int inca, double* r, int incr) {
-    strided_kernel<LogbD>(orv_vtm_kernel_dLogb_ttab, n, a, inca, r, incr, vtm::kName_dLogbI);
-}
-
-}  // extern "C"
+// Plain and strided entry of each function; the strided form reports under
+// the strided name.
+ORV_UNARY_KERNELS(sLn, LnS)
+ORV_UNARY_KERNELS(dLn, LnD)
+ORV_UNARY_KERNELS(sLog2, LogBaseS<2, log2_s>)
+ORV_UNARY_KERNELS(dLog2, LogBaseD<2, log2_d>)
+ORV_UNARY_KERNELS(sLog10, LogBaseS<10, log10_s>)
+ORV_UNARY_KERNELS(dLog10, LogBaseD<10, log10_d>)
+ORV_UNARY_KERNELS(sLogb, LogbS)
+ORV_UNARY_KERNELS(dLogb, LogbD)

@@ -13,7 +13,7 @@
 #include "../capture.h"
 #include "frame/fp_guard.h"
 #include "frame/kernel_tables.h"
-#include "vector/exp_log/explog_block.h"
+#include "vector/block_driver.h"
 
 namespace {
 
@@ -159,14 +159,18 @@ TEST(ExpLogValues, ExactPoints) {
 struct CountingExp {
     using T = double;
     using V = __m128d;
+    static constexpr int kArity = 1;
+    static constexpr bool kReadsMode = true;
+    static constexpr bool kSpecial = true;
+    static constexpr bool kDivisorTest = false;
     static constexpr bool kNoErrShortcut = true;
     static constexpr double kOver = 709.782712893384, kUnder = -745.1332191019411;
     static inline int calls = 0;
-    static V fast(V x) { return x; }
-    static int special(V x) {
+    static V fastv(V x) { return x; }
+    static int special_lanes(V x) {
         return _mm_movemask_pd(_mm_cmpgt_pd(_mm_andnot_pd(_mm_set1_pd(-0.0), x), _mm_set1_pd(700.0)));
     }
-    static int32_t callout(const double* x, double* r) {
+    static int32_t callout(double, double* r) {
         ++calls;
         *r = -1.0;
         return 0;
@@ -180,7 +184,7 @@ TEST(ExpNoErr, ShortcutSkipsTheCallout) {
     a[7] = -1000.0;
     a[9] = 705.0;  // special but within the bounds: callout
     CountingExp::calls = 0;
-    orv::explog::plain_kernel<CountingExp>(16, a.data(), r.data(), "test");
+    orv::vec::unary<CountingExp>(16, a.data(), r.data(), "test");
     EXPECT_EQ(r[2], kInf);
     EXPECT_EQ(r[7], 0.0);
     EXPECT_EQ(r[9], -1.0);
@@ -188,7 +192,7 @@ TEST(ExpNoErr, ShortcutSkipsTheCallout) {
     // Without NOERR every special lane goes through the callout.
     _vtmSetMode(VTM_ERRMODE_IGNORE);
     CountingExp::calls = 0;
-    orv::explog::plain_kernel<CountingExp>(16, a.data(), r.data(), "test");
+    orv::vec::unary<CountingExp>(16, a.data(), r.data(), "test");
     EXPECT_EQ(CountingExp::calls, 3);
     _vtmSetMode(old);
 }
