@@ -77,7 +77,7 @@ accuracy-full)
 fuzz)
     PACKAGES+=(clang libclang-rt-dev)
     install_missing
-    CC=clang CXX=clang++ configure_build build-fuzz -DORV_FUZZ=ON -DORV_BUILD_BENCH=OFF \
+    CC=clang CXX=clang++ configure_build build-fuzz -DORV_FUZZ=ON -DORV_SANITIZE=ON -DORV_BUILD_BENCH=OFF \
         -DORV_BUILD_EXAMPLES=OFF
     rm -rf build-fuzz/corpus && cp -r tests/data/rng/fuzz_corpus build-fuzz/corpus
     ./build-fuzz/tests/rng/fuzz_rng_loader -max_total_time="${FUZZ_SECONDS:-600}" build-fuzz/corpus
