@@ -11,6 +11,7 @@
 #include <orv/orv_core.h>
 
 #include "rng/brng_row.h"
+#include "rng/state_check.h"
 
 using namespace orv::rng;
 
@@ -136,11 +137,33 @@ ORV_RNG_EXPORT int32_t __vstSkipAheadStreamEx(void* stream, int32_t n, const uin
     return call_init(stream, ORV_RNG_METHOD_SKIP_EX, n, nskip);
 }
 
-ORV_RNG_EXPORT uint32_t __vstGetStreamSize(const void* stream) {
+namespace {
+
+// Bytes of the stream's image, counted wide: chunk sizes can sum past 2^32.
+uint64_t image_size(const void* stream) {
     const BrngRow* row = row_of(stream);
-    uint32_t size = static_cast<uint32_t>(row != nullptr ? row->streamBytes : 16) + 8;
+    uint64_t size = static_cast<uint64_t>(row != nullptr ? row->streamBytes : 16) + 8;
     for (const ChunkNode* n = header(stream)->chunks; n != nullptr; n = n->next) size += 24 + image_bytes(n);
     return size;
+}
+
+// An image holds its chunk count in 16 bits, and its size must be told in 32
+// bits: a stream beyond either is refused by the saves rather than written
+// with chunks lost or past the block its size asked for.
+bool image_fits(const void* stream) {
+    if (row_of(stream) == nullptr) return false;
+    int32_t chunks = 0;
+    for (const ChunkNode* n = header(stream)->chunks; n != nullptr; n = n->next)
+        if (++chunks > 0xFFFF) return false;
+    return image_size(stream) <= 0xFFFFFFFFu;
+}
+
+}  // namespace
+
+// Saturates at 2^32 - 1 for an image that can't be saved.
+ORV_RNG_EXPORT uint32_t __vstGetStreamSize(const void* stream) {
+    const uint64_t size = image_size(stream);
+    return size > 0xFFFFFFFFu ? 0xFFFFFFFFu : static_cast<uint32_t>(size);
 }
 
 // ---------------------------------------------------------------------------
@@ -259,6 +282,8 @@ int32_t load(void** out, Io& io, int32_t bad_format, int32_t bad_version) {
     if (status >= 0) {
         if (!io.read(static_cast<unsigned char*>(s) + kStateOffset, static_cast<size_t>(h.stateSize)))
             status = ORV_RNG_ERROR_FILE_READ;
+        else if (!state_possible(s))
+            status = bad_format;
         else if (h.brngId == ORV_BRNG_TRNG && !__vstCPUisRDRAND())
             status = ORV_RNG_ERROR_NO_RDRAND;
         else if (h.brngId == ORV_BRNG_ARS5 && !__vstCPUisAES())
@@ -323,6 +348,7 @@ const char* file_name(const char* name, int32_t length, char** copy) {
 
 ORV_RNG_EXPORT int32_t __vstSaveStreamF(void* stream, const char* name, int32_t nameLength) {
     if (name == nullptr) return ORV_RNG_ERROR_FILE_OPEN;
+    if (!image_fits(stream)) return ORV_RNG_ERROR_FILE_WRITE;  // before the file is touched
     char* copy = nullptr;
     const char* path = file_name(name, nameLength, &copy);
     if (path == nullptr && nameLength >= 0) return ORV_RNG_ERROR_MEM_FAILURE;
@@ -343,6 +369,7 @@ ORV_RNG_EXPORT int32_t __vstSaveStreamF(void* stream, const char* name, int32_t 
 }
 
 ORV_RNG_EXPORT int32_t __vstSaveStreamM(void* stream, char* memory) {
+    if (!image_fits(stream)) return ORV_RNG_ERROR_BAD_MEM_FORMAT;
     Io io;
     io.out = memory;
     write_image(stream, io);
@@ -377,6 +404,21 @@ ORV_RNG_EXPORT int32_t __vstLoadStreamF(void** out, const char* name, int32_t na
 }
 
 namespace orv::rng {
+
+// By the row's seeding function, so that both numberings of a generator and
+// a registered copy of a built-in row are checked alike.
+bool state_possible(const void* stream) {
+    const BrngRow* row = row_of(stream);
+    if (row == nullptr) return false;
+    const auto init = row->initStream;
+    if (init == __vstBRngMCG31M1InitStream) return mcg31m1_state_possible(stream);
+    if (init == __vstBRngR250InitStream) return r250_state_possible(stream);
+    if (init == __vstBRngMRG32K3AInitStream) return mrg32k3a_state_possible(stream);
+    if (init == __vstBRngMCG59InitStream) return mcg59_state_possible(stream);
+    if (init == __vstBRngWHInitStream) return wh_state_possible(stream);
+    return true;
+}
+
 int32_t load_stream_image(void** out, const char* memory, size_t limit) {
     Io io;
     io.in = memory;

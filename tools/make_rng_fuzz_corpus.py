@@ -3,8 +3,9 @@
 
 Each file is a hand-built image of one of the layouts the loaders read:
 version 2 with and without chunks, version 1 in both layouts of the first
-eight bytes, and version 0. The states are arbitrary words, since the
-loaders take a state as a byte copy.
+eight bytes, and version 0. The states are ones the generators can reach
+(the loaders refuse the others): residues below each modulus, no
+congruential part at zero, R250's ring positions 103 apart.
 
 Usage: make_rng_fuzz_corpus.py OUTPUT_DIR
 """
@@ -16,8 +17,20 @@ import sys
 GENERATORS = {0x100000: 8, 0x200000: 1008, 0x300000: 24, 0x400000: 16, 0x500000 + 7: 32, 3: 16}
 
 
-def state(n, fill):
-    return bytes((fill + 37 * i) & 0xFF for i in range(n))
+def state(gen, fill):
+    """A reachable state of the generator, varied by fill."""
+    words = lambda *w: struct.pack("<%dI" % len(w), *w)
+    if gen == 0x100000:  # MCG31M1: x, a below 2^31 - 1, not zero
+        return words(1000 + fill, 0x43806C20)
+    if gen == 0x200000:  # R250: 250 words, i, j = i + 103
+        return words(*[(69069 * (k + fill + 1)) & 0xFFFFFFFF for k in range(250)], 10, 113)
+    if gen == 0x300000:  # MRG32K3A: six residues, neither half all zero
+        return words(*[fill + k + 1 for k in range(6)])
+    if gen in (0x400000, 3):  # MCG59: x below 2^59 and not zero, odd multiplier
+        return struct.pack("<QQ", 1000 + fill, 0x113769B23C5FD)
+    if gen == 0x500000 + 7:  # WH: four values, four multipliers below the moduli near 2^24
+        return words(*[fill + k + 1 for k in range(4)], 123, 125, 126, 127)
+    raise KeyError(gen)
 
 
 def chunk(version, ctype, cid, data):
@@ -30,14 +43,14 @@ def chunk(version, ctype, cid, data):
 def v2(gen, chunks):
     size = GENERATORS[gen]
     head = struct.pack("<B3s4sH2siH2sI", 2, b"\0\0\0", b"RNG\0", 24, b"\0\0", size, len(chunks), b"\0\0", gen)
-    return head + state(size, gen & 0xFF) + b"".join(chunk(2, *c) for c in chunks)
+    return head + state(gen, gen & 0xFF) + b"".join(chunk(2, *c) for c in chunks)
 
 
 def old(version, swapped, gen, chunks):
     size = GENERATORS[gen]
     first = (b"RNG\0" + struct.pack("<I", version)) if swapped else (struct.pack("<I", version) + b"RNG\0")
     head = first + struct.pack("<HHHHI", 0, size, len(chunks), 0, gen)
-    return head + state(size, version) + b"".join(chunk(version, *c) for c in chunks)
+    return head + state(gen, version) + b"".join(chunk(version, *c) for c in chunks)
 
 
 def main():

@@ -5,6 +5,7 @@
 
 #include "rng/brng_row.h"
 #include "rng/congruential/modular.h"
+#include "rng/state_check.h"
 #include "rng/stream.h"
 
 namespace {
@@ -105,4 +106,10 @@ ORV_RNG_EXPORT int32_t __vstsBRngMCG31M1(void* stream, int32_t n, float* r, floa
         r[i] = static_cast<float>(static_cast<double>(v) * scale + da);
     });
     return 0;
+}
+
+// x is a non-zero residue and a a power of the multiplier, never 0 mod the prime.
+bool orv::rng::mcg31m1_state_possible(const void* stream) {
+    const State* st = state<State>(const_cast<void*>(stream));
+    return st->x != 0 && st->x < kM31 && st->a != 0 && st->a < kM31;
 }

@@ -4,6 +4,7 @@
 
 #include "rng/brng_row.h"
 #include "rng/congruential/modular.h"
+#include "rng/state_check.h"
 #include "rng/stream.h"
 
 namespace {
@@ -107,4 +108,10 @@ ORV_RNG_EXPORT int32_t __vstsBRngMCG59(void* stream, int32_t n, float* r, float 
                  r[i] = static_cast<float>(static_cast<int64_t>(v)) * scale + a;
              });
     return 0;
+}
+
+// x is a non-zero residue; a is a power of the odd multiplier, so odd.
+bool orv::rng::mcg59_state_possible(const void* stream) {
+    const State* st = state<State>(const_cast<void*>(stream));
+    return st->x != 0 && st->x <= kMask59 && (st->a & 1) != 0 && st->a <= kMask59;
 }

@@ -9,6 +9,7 @@
 
 #include "rng/brng_row.h"
 #include "rng/congruential/modular.h"
+#include "rng/state_check.h"
 #include "rng/stream.h"
 
 namespace {
@@ -253,4 +254,13 @@ ORV_RNG_EXPORT int32_t __vstsBRngMRG32K3A(void* stream, int32_t n, float* r, flo
             _mm_store_ss(r + i + h, _mm_shuffle_ps(v, v, 1));
         });
     return 0;
+}
+
+// Each component is a residue, and neither is all zero: seeding lifts a zero
+// component to (1, 0, 0), and the recursions never reach zero from elsewhere.
+bool orv::rng::mrg32k3a_state_possible(const void* stream) {
+    const State* st = state<State>(const_cast<void*>(stream));
+    bool residues = true;
+    for (int i = 0; i < 3; ++i) residues = residues && st->x[i] < kMrgM1 && st->y[i] < kMrgM2;
+    return residues && (st->x[0] | st->x[1] | st->x[2]) != 0 && (st->y[0] | st->y[1] | st->y[2]) != 0;
 }

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "rng/brng_row.h"
+#include "rng/state_check.h"
 #include "rng/stream.h"
 
 namespace {
@@ -120,4 +121,11 @@ ORV_RNG_EXPORT int32_t __vstsBRngR250(void* stream, int32_t n, float* r, float a
     for (int32_t t = 0; t < n; ++t)
         r[t] = static_cast<float>(static_cast<double>(ring.get(t)) * scale + da);
     return 0;
+}
+
+// The two ring positions stay 103 apart inside the ring. An all-zero ring is
+// possible: seeding with 250 zero words gives it.
+bool orv::rng::r250_state_possible(const void* stream) {
+    const State* st = state<State>(const_cast<void*>(stream));
+    return st->i < kLong && st->j == (st->i + kGap) % kLong;
 }

@@ -10,6 +10,7 @@
 #include <cstring>
 
 #include "rng/brng_row.h"
+#include "rng/state_check.h"
 #include "rng/stream.h"
 
 namespace orv::rng {
@@ -253,4 +254,13 @@ ORV_RNG_EXPORT int32_t __vstsBRngWH(void* stream, int32_t n, float* r, float a, 
             _mm_storel_pi(reinterpret_cast<__m64*>(r + i), f);
         });
     return 0;
+}
+
+// Every part's value and multiplier are non-zero residues of its prime modulus.
+bool orv::rng::wh_state_possible(const void* stream) {
+    const State* st = state<State>(const_cast<void*>(stream));
+    const Set s = parameter_set(stream);
+    for (int i = 0; i < 4; ++i)
+        if (st->x[i] == 0 || st->x[i] >= s.m[i] || st->a[i] == 0 || st->a[i] >= s.m[i]) return false;
+    return true;
 }

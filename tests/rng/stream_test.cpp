@@ -3,6 +3,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -502,5 +503,115 @@ INSTANTIATE_TEST_SUITE_P(
                     Injected{"load file: chunk node", 4, false, -4}, Injected{"load file: close", 0, true, -1100},
                     Injected{"load memory: the record", 1, false, -4},
                     Injected{"load memory: second chunk", 4, false, -4}));
+
+// ----------------------------------------------------------------------------
+// Images that can't be written, and states that can't be loaded.
+
+bool file_exists(const std::string& path) {
+    FILE* f = std::fopen(path.c_str(), "rb");
+    if (f != nullptr) std::fclose(f);
+    return f != nullptr;
+}
+
+// The header keeps the chunk count in 16 bits: one more chunk is refused on
+// both saves, with nothing written; 65535 still travel.
+TEST(Images, MoreChunksThanTheHeaderCountsAreRefusedOnSave) {
+    Owned s;
+    ASSERT_EQ(__vstNewStreamEx(&s.s, ORV_BRNG_MCG31M1, 1, kSeed), 0);
+    ASSERT_EQ(__vstAddChunk(s.s, 2, nullptr, nullptr, 0), 0);
+    for (int i = 0; i < 65535; ++i) ASSERT_EQ(__vstAddChunk(s.s, 1, nullptr, nullptr, 0), 0);
+    std::vector<char> img(__vstGetStreamSize(s.s), 'x');
+    EXPECT_EQ(__vstSaveStreamM(s.s, img.data()), ORV_RNG_ERROR_BAD_MEM_FORMAT);
+    EXPECT_EQ(std::count(img.begin(), img.end(), 'x'), static_cast<long>(img.size()));
+    const std::string path = temp_path("many");
+    EXPECT_EQ(__vstSaveStreamF(s.s, path.c_str(), -1), ORV_RNG_ERROR_FILE_WRITE);
+    EXPECT_FALSE(file_exists(path));
+
+    ASSERT_EQ(__vstDeleteChunksById(s.s, 2), 0);
+    img.assign(__vstGetStreamSize(s.s), 0);
+    ASSERT_EQ(__vstSaveStreamM(s.s, img.data()), 0);
+    Owned back;
+    ASSERT_EQ(__vstLoadStreamM(&back.s, img.data()), 0);
+    EXPECT_EQ(__vstGetNumChunks(back.s), 65535);
+}
+
+// Chunk sizes whose image passes 2^32 bytes: the size saturates and the save
+// refuses before it writes.
+TEST(Images, ImagesBeyondThirtyTwoBitSizesAreRefusedOnSave) {
+    Owned s;
+    ASSERT_EQ(__vstNewStreamEx(&s.s, ORV_BRNG_MCG31M1, 1, kSeed), 0);
+    for (int i = 0; i < 3; ++i)  // the sizes are never read: the save stops first
+        ASSERT_EQ(__vstAddChunk(s.s, 1, nullptr, orv_serv_allocate(1, 128), 0x7FFFFFFF), 0);
+    EXPECT_EQ(__vstGetStreamSize(s.s), 0xFFFFFFFFu);
+    std::vector<char> img(64, 'x');
+    EXPECT_EQ(__vstSaveStreamM(s.s, img.data()), ORV_RNG_ERROR_BAD_MEM_FORMAT);
+    EXPECT_EQ(std::count(img.begin(), img.end(), 'x'), 64);
+    const std::string path = temp_path("huge");
+    EXPECT_EQ(__vstSaveStreamF(s.s, path.c_str(), -1), ORV_RNG_ERROR_FILE_WRITE);
+    EXPECT_FALSE(file_exists(path));
+}
+
+// A state no seeding or stream operation reaches, written over a seeded one
+// at a byte offset into the state.
+struct Impossible {
+    const char* what;
+    int32_t id;
+    int offset;
+    std::vector<uint32_t> words;
+};
+void PrintTo(const Impossible& c, std::ostream* os) { *os << c.what; }
+
+class ImpossibleState : public testing::TestWithParam<Impossible> {};
+
+TEST_P(ImpossibleState, IsRefusedByBothLoaders) {
+    const Impossible& c = GetParam();
+    Owned s;
+    ASSERT_EQ(__vstNewStreamEx(&s.s, c.id, 6, kSeed), 0);
+    std::memcpy(static_cast<char*>(s.s) + 16 + c.offset, c.words.data(), c.words.size() * 4);
+    std::vector<char> img(__vstGetStreamSize(s.s));
+    ASSERT_EQ(__vstSaveStreamM(s.s, img.data()), 0);
+    void* out = reinterpret_cast<void*>(0x1);
+    EXPECT_EQ(__vstLoadStreamM(&out, img.data()), ORV_RNG_ERROR_BAD_MEM_FORMAT) << c.what;
+    EXPECT_EQ(out, nullptr);
+    const std::string path = temp_path("impossible");
+    ASSERT_EQ(__vstSaveStreamF(s.s, path.c_str(), -1), 0);
+    out = reinterpret_cast<void*>(0x1);
+    EXPECT_EQ(__vstLoadStreamF(&out, path.c_str(), -1), ORV_RNG_ERROR_BAD_FILE_FORMAT) << c.what;
+    EXPECT_EQ(out, nullptr);
+    std::remove(path.c_str());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    States, ImpossibleState,
+    testing::Values(Impossible{"MCG31M1 x 0", ORV_BRNG_MCG31M1, 0, {0}},
+                    Impossible{"MCG31M1 x at the modulus", ORV_BRNG_MCG31M1, 0, {0x7FFFFFFF}},
+                    Impossible{"MCG31M1 multiplier 0", ORV_BRNG_MCG31M1, 4, {0}},
+                    Impossible{"MCG59 x 0", ORV_BRNG_MCG59, 0, {0, 0}},
+                    Impossible{"MCG59 x beyond 59 bits", ORV_BRNG_MCG59, 0, {1, 1u << 27}},
+                    Impossible{"MCG59 even multiplier", ORV_BRNG_MCG59, 8, {2, 0}},
+                    Impossible{"MCG59 by its row number, x 0", 3, 0, {0, 0}},
+                    Impossible{"MRG32K3A x all zero", ORV_BRNG_MRG32K3A, 0, {0, 0, 0}},
+                    Impossible{"MRG32K3A y all zero", ORV_BRNG_MRG32K3A, 12, {0, 0, 0}},
+                    Impossible{"MRG32K3A x at m1", ORV_BRNG_MRG32K3A, 4, {4294967087u}},
+                    Impossible{"MRG32K3A y at m2", ORV_BRNG_MRG32K3A, 20, {4294944443u}},
+                    Impossible{"WH x[2] zero", ORV_BRNG_WH + 7, 8, {0}},
+                    Impossible{"WH multiplier 0", ORV_BRNG_WH + 7, 16, {0}},
+                    Impossible{"WH x at its modulus", ORV_BRNG_WH, 0, {16770647u}},
+                    Impossible{"R250 positions out of step", ORV_BRNG_R250, 1000, {0, 5}},
+                    Impossible{"R250 position past the ring", ORV_BRNG_R250, 1000, {250, 103}}));
+
+// States seeding does reach load: every WH set, and R250 seeded with zeros.
+TEST(ImpossibleState, SeededStatesLoad) {
+    std::vector<uint32_t> zeros(250, 0);
+    std::vector<std::pair<int32_t, std::vector<uint32_t>>> cases{{ORV_BRNG_R250, zeros}};
+    for (int32_t set = 0; set < ORV_WH_SETS; ++set) cases.push_back({ORV_BRNG_WH + set, {0, 0, 0, 0}});
+    for (auto& [id, seed] : cases) {
+        Owned s, back;
+        ASSERT_EQ(__vstNewStreamEx(&s.s, id, static_cast<int32_t>(seed.size()), seed.data()), 0);
+        std::vector<char> img(__vstGetStreamSize(s.s));
+        ASSERT_EQ(__vstSaveStreamM(s.s, img.data()), 0);
+        EXPECT_EQ(__vstLoadStreamM(&back.s, img.data()), 0) << std::hex << id;
+    }
+}
 
 }  // namespace
