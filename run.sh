@@ -13,7 +13,7 @@ set -euo pipefail
 cd "$(dirname "$0")"
 JOBS=$(nproc)
 
-PACKAGES=(cmake ninja-build g++ python3 pkg-config libgtest-dev libgmock-dev libbenchmark-dev
+PACKAGES=(cmake ninja-build g++ make python3 pkg-config libgtest-dev libgmock-dev libbenchmark-dev
           libopenblas-dev liblapack-dev libmpfr-dev libgmp-dev libsleef-dev libgsl-dev)
 
 install_missing() {
@@ -30,40 +30,61 @@ install_missing() {
     fi
 }
 
-configure_build() {  # dir, extra cmake args...
+# Configures and builds a folder. Every option is stated here, so a folder
+# that another command configured before gets these settings, not values
+# cached from then; the arguments after the folder override them.
+configure_build() {  # dir, overriding cmake args...
     local dir=$1; shift
-    cmake -S . -B "$dir" -G Ninja -DCMAKE_BUILD_TYPE=Release "$@" > "$dir.configure.log" 2>&1 \
-        || { cat "$dir.configure.log"; exit 1; }
+    mkdir -p "$dir"
+    cmake -S . -B "$dir" -G Ninja -DCMAKE_BUILD_TYPE=Release -DORV_BUILD_TESTS=ON -DORV_BUILD_BENCH=OFF \
+        -DORV_BUILD_EXAMPLES=ON -DORV_SANITIZE=OFF -DORV_FUZZ=OFF "$@" > "$dir/configure.log" 2>&1 \
+        || { cat "$dir/configure.log"; exit 1; }
     cmake --build "$dir" -j "$JOBS"
+}
+
+# Runs a folder's tests; finding none is a failure.
+run_tests() {  # dir
+    (cd "$1" && ctest --output-on-failure --no-tests=error -j "$JOBS")
+}
+
+# Installs the build into a temporary prefix and runs the consumer built
+# three ways (find_package, pkg-config through CMake, make with pkg-config),
+# with no LD_LIBRARY_PATH: the run paths must find every library.
+check_installed() {
+    local stage
+    stage=$(mktemp -d)
+    trap 'rm -rf "$stage"' EXIT
+    cmake --install build --prefix "$stage/prefix" > /dev/null
+    cmake -S examples/consumer -B "$stage/consumer" -G Ninja -DCMAKE_PREFIX_PATH="$stage/prefix" \
+        > "$stage/consumer.configure.log" 2>&1 || { cat "$stage/consumer.configure.log"; exit 1; }
+    cmake --build "$stage/consumer" > /dev/null
+    mkdir -p "$stage/make"
+    PKG_CONFIG_PATH="$stage/prefix/lib/pkgconfig" make -s -f examples/consumer/Makefile O="$stage/make"
+    for exe in "$stage/consumer/consumer_cmake" "$stage/consumer/consumer_pkgconfig" "$stage/make/consumer_make"; do
+        env -u LD_LIBRARY_PATH "$exe"
+    done
 }
 
 case "${1:-}" in
 tour)
     install_missing
-    configure_build build -DORV_BUILD_TESTS=OFF -DORV_BUILD_BENCH=OFF
+    configure_build build -DORV_BUILD_TESTS=OFF
     ./build/examples/tour
     ;;
 test)
     install_missing
-    configure_build build -DORV_BUILD_BENCH=OFF
-    (cd build && ctest --output-on-failure -j "$JOBS")
+    configure_build build
+    run_tests build
     echo "== sanitizer build (address, undefined behaviour)"
-    configure_build build-asan -DORV_SANITIZE=ON -DORV_BUILD_BENCH=OFF -DORV_BUILD_EXAMPLES=OFF \
-        -DCMAKE_BUILD_TYPE=RelWithDebInfo
-    (cd build-asan && ASAN_OPTIONS=handle_sigfpe=0:detect_leaks=1:allocator_may_return_null=1 \
-        UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 ctest --output-on-failure -j "$JOBS")
-    echo "== installed package: find_package and pkg-config"
-    rm -rf build/stage build/consumer
-    cmake --install build --prefix "$PWD/build/stage" > /dev/null
-    cmake -S examples/consumer -B build/consumer -G Ninja -DCMAKE_PREFIX_PATH="$PWD/build/stage" \
-        > build/consumer.configure.log
-    cmake --build build/consumer > /dev/null
-    LD_LIBRARY_PATH="$PWD/build/stage/lib" ./build/consumer/consumer_cmake
-    LD_LIBRARY_PATH="$PWD/build/stage/lib" ./build/consumer/consumer_pkgconfig
+    configure_build build-asan -DORV_SANITIZE=ON -DORV_BUILD_EXAMPLES=OFF -DCMAKE_BUILD_TYPE=RelWithDebInfo
+    ASAN_OPTIONS=handle_sigfpe=0:detect_leaks=1:allocator_may_return_null=1 \
+        UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 run_tests build-asan
+    echo "== installed package: find_package, pkg-config, make"
+    check_installed
     ;;
 bench)
     install_missing
-    configure_build build-bench -DORV_BUILD_TESTS=OFF
+    configure_build build-bench -DORV_BUILD_TESTS=OFF -DORV_BUILD_BENCH=ON -DORV_BUILD_EXAMPLES=OFF
     mkdir -p bench/results
     for b in build-bench/bench/bench_*; do
         "$b" --benchmark_out="bench/results/$(basename "$b").json" --benchmark_out_format=json
@@ -71,14 +92,13 @@ bench)
     ;;
 accuracy-full)
     install_missing
-    configure_build build -DORV_BUILD_BENCH=OFF
+    configure_build build
     cmake --build build --target accuracy_full
     ;;
 fuzz)
     PACKAGES+=(clang libclang-rt-dev)
     install_missing
-    CC=clang CXX=clang++ configure_build build-fuzz -DORV_FUZZ=ON -DORV_SANITIZE=ON -DORV_BUILD_BENCH=OFF \
-        -DORV_BUILD_EXAMPLES=OFF
+    CC=clang CXX=clang++ configure_build build-fuzz -DORV_FUZZ=ON -DORV_SANITIZE=ON -DORV_BUILD_EXAMPLES=OFF
     rm -rf build-fuzz/corpus && cp -r tests/data/rng/fuzz_corpus build-fuzz/corpus
     ./build-fuzz/tests/rng/fuzz_rng_loader -max_total_time="${FUZZ_SECONDS:-600}" build-fuzz/corpus
     ;;

@@ -1,12 +1,17 @@
-/* The front end: checked calls of the vector functions with tier selection
- * by the thread's mode word, chunked over threads for long vectors, and the
- * threading tables of the statistics and data-fitting kernels. */
+/* The one header a user includes: it brings in every public header of the
+ * library, and declares the front end's checked calls of the vector
+ * functions with tier selection by the thread's mode word, chunked over
+ * threads for long vectors. */
 #ifndef ORV_ORV_H
 #define ORV_ORV_H
 
+#include <orv/datafit.h>
 #include <orv/orv_core.h>
+#include <orv/rng.h>
+#include <orv/stats.h>
 #include <orv/threading.h>
 #include <orv/vtm.h>
+#include <orv/vtm_types.h>
 
 #ifdef __cplusplus
 extern "C" {
