@@ -1,6 +1,7 @@
 #include "frame/mode_word.h"
 
 #include <cstring>
+#include <string>
 
 #include <orv/orv_core.h>
 #include <orv/vtm.h>
@@ -9,27 +10,34 @@
 
 namespace orv::frame {
 
+namespace {
+// A row with its name's length, counted here rather than kept by hand.
+constexpr ModeOption option(const char* name, uint32_t value) {
+    return ModeOption{name, static_cast<int>(std::char_traits<char>::length(name)), value};
+}
+}  // namespace
+
 // Row 6 holds 16 characters on purpose: the complete word "DOUBLE_CONSISTENT"
 // is refused by the test on the byte behind the match.
 const ModeOption kModeOptions[kModeOptionCount] = {
-    {"LA", 2, 0x1},
-    {"HA", 2, 0x2},
-    {"EP", 2, 0x3},
-    {"DEFAULT_PRECISION", 17, 0x0},
-    {"FLOAT_CONSISTENT", 16, 0x10},
-    {"DOUBLE_CONSISTEN", 16, 0x20},
-    {"RESTORE", 7, 0x30},
-    {"ERRMODE_IGNORE", 14, 0x100},
-    {"ERRMODE_ERRNO", 13, 0x200},
-    {"ERRMODE_STDERR", 14, 0x400},
-    {"ERRMODE_EXCEPT", 14, 0x800},
-    {"ERRMODE_CALLBACK", 16, 0x1000},
-    {"ERRMODE_NOERR", 13, 0x2000},
-    {"ERRMODE_DEFAULT", 15, 0x1A00},
-    {"TRAP_INVALID", 12, 0x1000000},
-    {"TRAP_DIVBYZERO", 14, 0x2000000},
-    {"TRAP_OVERFLOW", 13, 0x4000000},
-    {"TRAP_UNDERFLOW", 14, 0x8000000},
+    option("LA", 0x1),
+    option("HA", 0x2),
+    option("EP", 0x3),
+    option("DEFAULT_PRECISION", 0x0),
+    option("FLOAT_CONSISTENT", 0x10),
+    option("DOUBLE_CONSISTEN", 0x20),
+    option("RESTORE", 0x30),
+    option("ERRMODE_IGNORE", 0x100),
+    option("ERRMODE_ERRNO", 0x200),
+    option("ERRMODE_STDERR", 0x400),
+    option("ERRMODE_EXCEPT", 0x800),
+    option("ERRMODE_CALLBACK", 0x1000),
+    option("ERRMODE_NOERR", 0x2000),
+    option("ERRMODE_DEFAULT", 0x1A00),
+    option("TRAP_INVALID", 0x1000000),
+    option("TRAP_DIVBYZERO", 0x2000000),
+    option("TRAP_OVERFLOW", 0x4000000),
+    option("TRAP_UNDERFLOW", 0x8000000),
 };
 
 namespace {

@@ -33,19 +33,21 @@ void PrintTo(const Op& op, std::ostream* os) { *os << op.name; }
 
 class FirstCall : public testing::TestWithParam<Op> {};
 
-TEST_P(FirstCall, EveryLengthAndTierMatchesScalarArithmetic) {
+// Every tier's stub reaches a kernel that computes the operation; lengths
+// are the vector conventions' test, through the plain stub.
+TEST_P(FirstCall, EveryTierStubMatchesScalarArithmetic) {
     const Op& op = GetParam();
-    for (int n = 0; n <= 41; ++n) {
-        std::vector<double> a(n + 1), b(n + 1), r(n + 1, -7.0);
-        for (int i = 0; i < n; ++i) {
-            a[i] = std::ldexp(1.0 + i / 7.0, i % 9 - 4) * (i % 3 ? 1 : -1);
-            b[i] = 3.0 / (i + 1.5);
-        }
-        for (Binary f : op.stubs) {
-            f(n, a.data(), b.data(), r.data());
-            for (int i = 0; i < n; ++i) ASSERT_EQ(r[i], op.ref(a[i], b[i])) << op.name << " n=" << n;
-            EXPECT_EQ(r[n], -7.0) << "wrote past n";
-        }
+    const int n = 19;  // a block of 16 and a remainder
+    std::vector<double> a(n + 1), b(n + 1);
+    for (int i = 0; i < n; ++i) {
+        a[i] = std::ldexp(1.0 + i / 7.0, i % 9 - 4) * (i % 3 ? 1 : -1);
+        b[i] = 3.0 / (i + 1.5);
+    }
+    for (Binary f : op.stubs) {
+        std::vector<double> r(n + 1, -7.0);
+        f(n, a.data(), b.data(), r.data());
+        for (int i = 0; i < n; ++i) ASSERT_EQ(r[i], op.ref(a[i], b[i])) << op.name << " i=" << i;
+        EXPECT_EQ(r[n], -7.0) << "wrote past n";
     }
 }
 

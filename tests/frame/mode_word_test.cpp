@@ -66,12 +66,6 @@ TEST(ModeParser, TokensNearTheEndOfTheBufferAreSkipped) {
     unsetenv("ORV_VTM_MODE");
 }
 
-TEST(ModeWord, OptionTableRowsMatchTheirNames) {
-    for (const auto& row : orv::frame::kModeOptions)
-        EXPECT_EQ(static_cast<std::size_t>(row.length), std::string(row.name).size()) << row.name;
-    EXPECT_STREQ(orv::frame::kModeOptions[5].name, "DOUBLE_CONSISTEN");
-}
-
 struct MergeCase {
     uint32_t current, update, merged;
 };
