@@ -513,42 +513,40 @@ bool file_exists(const std::string& path) {
     return f != nullptr;
 }
 
-// The header keeps the chunk count in 16 bits: one more chunk is refused on
-// both saves, with nothing written; 65535 still travel.
+// Both saves refuse the stream with nothing written: no file, no byte.
+void expect_save_refused(void* s, size_t block) {
+    std::vector<char> img(block, 'x');
+    EXPECT_EQ(__vstSaveStreamM(s, img.data()), ORV_RNG_ERROR_BAD_MEM_FORMAT);
+    EXPECT_EQ(std::count(img.begin(), img.end(), 'x'), static_cast<long>(block));
+    const std::string path = temp_path("refused");
+    EXPECT_EQ(__vstSaveStreamF(s, path.c_str(), -1), ORV_RNG_ERROR_FILE_WRITE);
+    EXPECT_FALSE(file_exists(path));
+}
+
+// The header keeps the chunk count in 16 bits: 65536 chunks are refused,
+// 65535 travel.
 TEST(Images, MoreChunksThanTheHeaderCountsAreRefusedOnSave) {
-    Owned s;
+    Owned s, back;
     ASSERT_EQ(__vstNewStreamEx(&s.s, ORV_BRNG_MCG31M1, 1, kSeed), 0);
     ASSERT_EQ(__vstAddChunk(s.s, 2, nullptr, nullptr, 0), 0);
     for (int i = 0; i < 65535; ++i) ASSERT_EQ(__vstAddChunk(s.s, 1, nullptr, nullptr, 0), 0);
-    std::vector<char> img(__vstGetStreamSize(s.s), 'x');
-    EXPECT_EQ(__vstSaveStreamM(s.s, img.data()), ORV_RNG_ERROR_BAD_MEM_FORMAT);
-    EXPECT_EQ(std::count(img.begin(), img.end(), 'x'), static_cast<long>(img.size()));
-    const std::string path = temp_path("many");
-    EXPECT_EQ(__vstSaveStreamF(s.s, path.c_str(), -1), ORV_RNG_ERROR_FILE_WRITE);
-    EXPECT_FALSE(file_exists(path));
-
+    expect_save_refused(s.s, __vstGetStreamSize(s.s));
     ASSERT_EQ(__vstDeleteChunksById(s.s, 2), 0);
-    img.assign(__vstGetStreamSize(s.s), 0);
+    std::vector<char> img(__vstGetStreamSize(s.s));
     ASSERT_EQ(__vstSaveStreamM(s.s, img.data()), 0);
-    Owned back;
     ASSERT_EQ(__vstLoadStreamM(&back.s, img.data()), 0);
     EXPECT_EQ(__vstGetNumChunks(back.s), 65535);
 }
 
-// Chunk sizes whose image passes 2^32 bytes: the size saturates and the save
-// refuses before it writes.
+// Chunk sizes whose image passes 2^32 bytes (never read: the save stops
+// first): the size saturates and the saves refuse.
 TEST(Images, ImagesBeyondThirtyTwoBitSizesAreRefusedOnSave) {
     Owned s;
     ASSERT_EQ(__vstNewStreamEx(&s.s, ORV_BRNG_MCG31M1, 1, kSeed), 0);
-    for (int i = 0; i < 3; ++i)  // the sizes are never read: the save stops first
+    for (int i = 0; i < 3; ++i)
         ASSERT_EQ(__vstAddChunk(s.s, 1, nullptr, orv_serv_allocate(1, 128), 0x7FFFFFFF), 0);
     EXPECT_EQ(__vstGetStreamSize(s.s), 0xFFFFFFFFu);
-    std::vector<char> img(64, 'x');
-    EXPECT_EQ(__vstSaveStreamM(s.s, img.data()), ORV_RNG_ERROR_BAD_MEM_FORMAT);
-    EXPECT_EQ(std::count(img.begin(), img.end(), 'x'), 64);
-    const std::string path = temp_path("huge");
-    EXPECT_EQ(__vstSaveStreamF(s.s, path.c_str(), -1), ORV_RNG_ERROR_FILE_WRITE);
-    EXPECT_FALSE(file_exists(path));
+    expect_save_refused(s.s, 64);
 }
 
 // A state no seeding or stream operation reaches, written over a seeded one
