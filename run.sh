@@ -51,8 +51,7 @@ run_tests() {  # dir
 # three ways (find_package, pkg-config through CMake, make with pkg-config),
 # with no LD_LIBRARY_PATH: the run paths must find every library.
 check_installed() {
-    local stage
-    stage=$(mktemp -d)
+    stage=$(mktemp -d)  # global: the trap runs after the function returns
     trap 'rm -rf "$stage"' EXIT
     cmake --install build --prefix "$stage/prefix" > /dev/null
     cmake -S examples/consumer -B "$stage/consumer" -G Ninja -DCMAKE_PREFIX_PATH="$stage/prefix" \
