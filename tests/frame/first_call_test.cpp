@@ -103,10 +103,6 @@ TEST(FirstCall, CallersRoundingDirectionIsHonoured) {
     EXPECT_EQ(r[0], 1.0);
     EXPECT_EQ(r[1], -1.0);
     EXPECT_EQ(r[2], 1.0);  // nearest would round up to 1 + 2^-52
-    std::fesetround(FE_UPWARD);
-    _vtmdAdd(1, a, b, r);
-    std::fesetround(FE_TONEAREST);
-    EXPECT_EQ(r[0], 1.0 + 0x1p-52);
 }
 
 TEST(FirstCall, UnmaskedExceptionsRaiseNothingAndStateComesBack) {

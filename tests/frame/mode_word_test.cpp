@@ -116,9 +116,4 @@ TEST(ModeWord, TableIndexFollowsTheAccuracyField) {
     }).join();
 }
 
-TEST(ModeWord, LaTierSlotIsTheLaStub) {
-    EXPECT_EQ(reinterpret_cast<const void*>(orv_vtm_kernel_dAdd_ttab[0]),
-              reinterpret_cast<const void*>(orv_vtm_kernel_dAdd_ttab[1]));
-}
-
 }  // namespace
