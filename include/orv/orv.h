@@ -5,6 +5,7 @@
 #define ORV_ORV_H
 
 #include <orv/orv_core.h>
+#include <orv/orv_rng.h>
 #include <orv/threading.h>
 #include <orv/vtm.h>
 
