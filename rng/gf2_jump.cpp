@@ -60,17 +60,24 @@ inline uint64_t spread(uint64_t x) {
     return (x | x << 1) & 0x5555555555555555ull;
 }
 
+// P = x^degree + L(x). A sparse P is reduced 64 bits at a time, one shifted
+// XOR per term. A dense P runs a byte at a time from the top with a table of
+// the 256 multiples v(x) x^pad L(x), where pad lifts the degree to a multiple
+// of 8 so that every table row lands at a whole byte offset; the few bits
+// between the degree and that multiple go one at a time.
 struct Poly {
     int32_t degree;
     int32_t lows;  // exponents below the degree
     const uint32_t* exponents;
-    int32_t chunk;  // bits reduced at once: the gap below the leading term, at most 64
+    int32_t chunk;      // sparse: bits reduced at once, the gap under the leading term, at most 64
+    int32_t pad;        // dense: (8 - degree % 8) % 8
+    int32_t row_bytes;  // dense: bytes of a table row
+    const unsigned char* table;  // null for a sparse P
 };
 
-// Reduces a (bits up to top) modulo P, top-down in chunks: x^(q+j) for
-// q >= degree is x^(q+j-degree) times the lower terms of P, and those land
-// below q since the chunk is no wider than the gap under the leading term.
-void reduce(uint64_t* a, int32_t top, const Poly& p) {
+// x^(q+j) for q >= degree is x^(q+j-degree) L(x), which lands below q since
+// the chunk is no wider than the gap under the leading term.
+void reduce_sparse(uint64_t* a, int32_t top, const Poly& p) {
     const int32_t d = p.degree;
     for (int32_t q = std::max(d, top - p.chunk + 1);; q = std::max(d, q - p.chunk)) {
         const uint64_t c = get_bits(a, q, p.chunk);
@@ -82,7 +89,51 @@ void reduce(uint64_t* a, int32_t top, const Poly& p) {
     }
 }
 
-// x^e mod P into r (nw words, spare word included in the scratch sizes).
+// Bytes of a table row and of the table, for a polynomial.
+int32_t row_bytes_of(int32_t pad, uint32_t max_low) { return static_cast<int32_t>((pad + 7 + max_low) / 8 + 1); }
+
+void build_table(unsigned char* table, int32_t row_bytes, int32_t pad, int32_t lows, const uint32_t* exponents) {
+    std::memset(table, 0, static_cast<size_t>(row_bytes) * 256);
+    for (int32_t j = 0; j < 8; ++j) {
+        unsigned char* row = table + static_cast<size_t>(row_bytes) * (1u << j);
+        for (int32_t k = 0; k < lows; ++k) {
+            const uint32_t b = exponents[k] + static_cast<uint32_t>(pad + j);
+            row[b >> 3] ^= static_cast<unsigned char>(1u << (b & 7));
+        }
+    }
+    for (int32_t v = 3; v < 256; ++v) {
+        if ((v & (v - 1)) == 0) continue;
+        unsigned char* row = table + static_cast<size_t>(row_bytes) * v;
+        const unsigned char* a = table + static_cast<size_t>(row_bytes) * (v & (v - 1));
+        const unsigned char* b = table + static_cast<size_t>(row_bytes) * (v & -v);
+        for (int32_t i = 0; i < row_bytes; ++i) row[i] = a[i] ^ b[i];
+    }
+}
+
+// Reduces a (bits up to top) modulo P. A byte at b stands for x^(8b - D')
+// x^pad x^degree v(x) with D' = degree + pad, and its row lands below byte b
+// because the gap under the leading term exceeds 7 bits.
+void reduce(unsigned char* a, int32_t top, const Poly& p) {
+    const int32_t d = p.degree, lifted = (d + p.pad) / 8;
+    for (int32_t b = top / 8; b >= lifted; --b) {
+        const unsigned v = a[b];
+        if (v == 0) continue;
+        a[b] = 0;
+        const unsigned char* row = p.table + static_cast<size_t>(p.row_bytes) * v;
+        unsigned char* dst = a + (b - lifted);
+        for (int32_t i = 0; i < p.row_bytes; ++i) dst[i] ^= row[i];
+    }
+    for (int32_t i = d + p.pad - 1; i >= d; --i) {
+        if (((a[i >> 3] >> (i & 7)) & 1) == 0) continue;
+        a[i >> 3] ^= static_cast<unsigned char>(1u << (i & 7));
+        for (int32_t k = 0; k < p.lows; ++k) {
+            const uint32_t x = p.exponents[k] + static_cast<uint32_t>(i - d);
+            a[x >> 3] ^= static_cast<unsigned char>(1u << (x & 7));
+        }
+    }
+}
+
+// x^e mod P into r (nw + 1 words); sq holds 2 nw + 2 words plus a table row.
 void power_of_x(uint64_t e, const Poly& p, uint64_t* r, uint64_t* sq, int32_t nw) {
     const int32_t d = p.degree;
     int32_t s = 0;
@@ -96,7 +147,10 @@ void power_of_x(uint64_t e, const Poly& p, uint64_t* r, uint64_t* sq, int32_t nw
             sq[2 * i] = spread(r[i] & 0xFFFFFFFFu);
             sq[2 * i + 1] = spread(r[i] >> 32);
         }
-        reduce(sq, 2 * (d - 1), p);
+        if (p.table != nullptr)
+            reduce(reinterpret_cast<unsigned char*>(sq), 2 * (d - 1), p);
+        else
+            reduce_sparse(sq, 2 * (d - 1), p);
         std::memcpy(r, sq, sizeof(uint64_t) * static_cast<size_t>(nw));
         r[nw] = 0;
         if ((e >> k) & 1) {
@@ -120,7 +174,7 @@ void power_of_x(uint64_t e, const Poly& p, uint64_t* r, uint64_t* sq, int32_t nw
 bool usable(int32_t words, int32_t degree, int32_t terms, const uint32_t* exponents) {
     return exponents != nullptr && degree >= 1 && terms >= 1 && words >= 1 &&
            int64_t{words} * 64 >= degree && exponents[terms - 1] == static_cast<uint32_t>(degree) &&
-           (terms == 1 || exponents[terms - 2] < static_cast<uint32_t>(degree));
+           (terms == 1 || exponents[terms - 2] + 8 <= static_cast<uint32_t>(degree));
 }
 
 int32_t highest_bit(const uint64_t* rem, int32_t words) {
@@ -151,13 +205,25 @@ ORV_RNG_EXPORT int32_t __vstPolyRem(uint64_t e, int32_t degree, int32_t terms, c
     }
     const int32_t nw = (degree + 63) / 64;
     const int32_t lows = terms - 1;
-    const int32_t gap = degree - (lows > 0 ? static_cast<int32_t>(exponents[lows - 1]) : 0);
-    const Poly p{degree, lows, exponents, std::min(64, gap)};
+    const int32_t pad = (8 - degree % 8) % 8;
+    const uint32_t max_low = lows > 0 ? exponents[lows - 1] : 0;
+    const int32_t row = row_bytes_of(pad, max_low);
+    // Rows of table XOR against one shifted XOR per term and 64 bits.
+    const bool dense = int64_t{lows} * 16 > row;
+    // r, the square with room for a row landing at its top, and the table.
+    const size_t words_r = static_cast<size_t>(nw + 1), words_sq = static_cast<size_t>(2 * nw + 2) + row / 8 + 1;
+    const size_t bytes = sizeof(uint64_t) * (words_r + words_sq) + (dense ? static_cast<size_t>(row) * 256 : 0);
     Scratch scratch;
-    auto* r = static_cast<uint64_t*>(allocate_block(sizeof(uint64_t) * static_cast<size_t>(3 * nw + 3)));
+    auto* r = static_cast<uint64_t*>(allocate_block(bytes));
     if (r == nullptr) return ORV_RNG_ERROR_MEM_FAILURE;
     scratch.blocks[0] = r;
-    power_of_x(e, p, r, r + nw + 1, nw);
+    uint64_t* sq = r + words_r;
+    auto* table = reinterpret_cast<unsigned char*>(sq + words_sq);
+    if (dense) build_table(table, row, pad, lows, exponents);
+    const Poly p{degree, lows, exponents, std::min<int32_t>(64, degree - static_cast<int32_t>(max_low)), pad, row,
+                 dense ? table : nullptr};
+    std::memset(sq, 0, sizeof(uint64_t) * words_sq);
+    power_of_x(e, p, r, sq, nw);
     std::memcpy(rem, r, sizeof(uint64_t) * static_cast<size_t>(nw));
     return 0;
 }

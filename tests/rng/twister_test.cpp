@@ -230,30 +230,35 @@ TEST(TwisterPolynomials, AnnihilateTheOutputAndMatchThePublishedEnds) {
 }
 
 // x^e mod P: a single bit below the degree, the lower terms at the degree,
-// and x^(e+1) = x * x^e for a large e.
+// and x^(e+1) = x * x^e for a large e; for the sparse (MT19937) and the
+// dense (SFMT19937) polynomial, which reduce by different means.
 TEST(TwisterPolynomials, PolyRemKnownPowers) {
-    int32_t terms = 0;
-    const uint32_t* e = orv::rng::sfmt19937_polynomial(&terms);
-    const int32_t degree = static_cast<int32_t>(e[terms - 1]), words = 624;
-    auto bits = [&](uint64_t x) {
-        std::vector<uint32_t> r(2 * words, 0xFFFFFFFF);
-        EXPECT_EQ(__vstPolyRem(x, degree, terms, e, words, r.data()), 0);
-        return r;
-    };
-    auto get = [](const std::vector<uint32_t>& r, uint32_t i) { return r[i / 32] >> (i % 32) & 1; };
-    std::vector<uint32_t> single = bits(12345);
-    for (uint32_t i = 0; i < 2 * 32 * words; ++i) ASSERT_EQ(get(single, i), i == 12345 ? 1u : 0u);
-    std::vector<uint32_t> at_degree = bits(static_cast<uint64_t>(degree)), low(2 * words, 0);
-    for (int32_t k = 0; k + 1 < terms; ++k) low[e[k] / 32] |= 1u << (e[k] % 32);
-    EXPECT_EQ(at_degree, low);
-    const uint64_t big = 987654321987654321ull;
-    std::vector<uint32_t> p = bits(big), q = bits(big + 1), shifted(2 * words, 0);
-    for (uint32_t i = 0; i + 1 < static_cast<uint32_t>(degree); ++i)
-        if (get(p, i)) shifted[(i + 1) / 32] |= 1u << ((i + 1) % 32);
-    if (get(p, degree - 1))
-        for (uint32_t i = 0; i < static_cast<uint32_t>(degree); ++i) shifted[i / 32] ^= low[i / 32] & (1u << (i % 32));
-    EXPECT_EQ(q, shifted);
-    EXPECT_EQ(__vstPolyRem(5, degree, terms, e, 10, single.data()), ORV_RNG_ERROR_MEM_FAILURE);
+    for (auto poly : {orv::rng::mt19937_polynomial, orv::rng::sfmt19937_polynomial}) {
+        int32_t terms = 0;
+        const uint32_t* e = poly(&terms);
+        const int32_t degree = static_cast<int32_t>(e[terms - 1]), words = 624;
+        auto bits = [&](uint64_t x) {
+            std::vector<uint32_t> r(2 * words, 0xFFFFFFFF);
+            EXPECT_EQ(__vstPolyRem(x, degree, terms, e, words, r.data()), 0);
+            return r;
+        };
+        auto get = [](const std::vector<uint32_t>& r, uint32_t i) { return r[i / 32] >> (i % 32) & 1; };
+        std::vector<uint32_t> single = bits(12345);
+        for (uint32_t i = 0; i < 2 * 32 * words; ++i) ASSERT_EQ(get(single, i), i == 12345 ? 1u : 0u);
+        std::vector<uint32_t> at_degree = bits(static_cast<uint64_t>(degree)), low(2 * words, 0);
+        for (int32_t k = 0; k + 1 < terms; ++k) low[e[k] / 32] |= 1u << (e[k] % 32);
+        EXPECT_EQ(at_degree, low);
+        for (uint64_t big : {uint64_t{987654321987654321ull}, uint64_t{1000000000000ull}}) {
+            std::vector<uint32_t> p = bits(big), q = bits(big + 1), shifted(2 * words, 0);
+            for (uint32_t i = 0; i + 1 < static_cast<uint32_t>(degree); ++i)
+                if (get(p, i)) shifted[(i + 1) / 32] |= 1u << ((i + 1) % 32);
+            if (get(p, degree - 1))
+                for (uint32_t i = 0; i < static_cast<uint32_t>(degree); ++i)
+                    shifted[i / 32] ^= low[i / 32] & (1u << (i % 32));
+            EXPECT_EQ(q, shifted) << degree << " " << big;
+        }
+        EXPECT_EQ(__vstPolyRem(5, degree, terms, e, 10, single.data()), ORV_RNG_ERROR_MEM_FAILURE);
+    }
 }
 
 // SFMT19937 keeps the unread words of a block aside: split calls, copies and
