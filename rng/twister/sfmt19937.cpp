@@ -40,6 +40,10 @@ inline __m128i recursion(__m128i a, __m128i b, __m128i c, __m128i d) {
     __m128i r = _mm_xor_si128(a, _mm_slli_si128(a, 1));
     r = _mm_xor_si128(r, _mm_and_si128(_mm_srli_epi32(b, 11), mask));
     r = _mm_xor_si128(r, _mm_srli_si128(c, 1));
+    // d is the block just made: keep its term last, so that the chain from
+    // one block to the next is one shift and one XOR (the compiler would
+    // otherwise reassociate it to the front).
+    __asm__("" : "+x"(r));
     return _mm_xor_si128(r, _mm_slli_epi32(d, 18));
 }
 
@@ -62,6 +66,37 @@ void regenerate(uint32_t* words) {
         c = d;
         d = r;
     }
+}
+
+// A run of nb >= 156 whole blocks straight into the output, which serves as
+// the ring (as in the generator's published array fill); the state then
+// takes the last 156 blocks. Requires a used-up block (pos at the end).
+void fill_direct(State* s, uint32_t* out, int32_t nb) {
+    const __m128i* v = blocks(s->w);
+    auto at = [out](int32_t j) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(out + 4 * j)); };
+    auto put = [out](int32_t j, __m128i x) { _mm_storeu_si128(reinterpret_cast<__m128i*>(out + 4 * j), x); };
+    __m128i c = _mm_load_si128(v + kBlocks - 2), d = _mm_load_si128(v + kBlocks - 1);
+    int32_t j = 0;
+    for (; j < kBlocks - kPos1; ++j) {
+        const __m128i r = recursion(_mm_load_si128(v + j), _mm_load_si128(v + j + kPos1), c, d);
+        put(j, r);
+        c = d;
+        d = r;
+    }
+    for (; j < kBlocks; ++j) {
+        const __m128i r = recursion(_mm_load_si128(v + j), at(j + kPos1 - kBlocks), c, d);
+        put(j, r);
+        c = d;
+        d = r;
+    }
+    for (; j < nb; ++j) {
+        const __m128i r = recursion(at(j - kBlocks), at(j + kPos1 - kBlocks), c, d);
+        put(j, r);
+        c = d;
+        d = r;
+    }
+    std::memcpy(s->w, out + 4 * (nb - kBlocks), sizeof(State::w));
+    s->pos = kWords;
 }
 
 // Keeps the unread rest of the block that pos stopped in, and rounds pos up.
@@ -227,8 +262,15 @@ ORV_RNG_EXPORT int32_t __vstiBRngSFMT19937(void* stream, int32_t n, uint32_t* r)
     State* s = st(stream);
     int32_t i = 0;
     while (i < n && s->sidePos < s->sideCount) r[i++] = s->side[s->sidePos++];
-    // Whole runs are plain copies of the block words.
+    // Whole runs are plain copies of the block words; long runs are made in
+    // the output itself.
     while (i < n) {
+        if (s->pos >= kWords && (n - i) / 4 >= kBlocks) {
+            const int32_t nb = (n - i) / 4;
+            fill_direct(s, r + i, nb);
+            i += 4 * nb;
+            continue;
+        }
         if (s->pos >= kWords) {
             regenerate(s->w);
             s->pos = 0;
