@@ -46,13 +46,16 @@ def main():
     binary = sys.argv[1]
     reps = int(sys.argv[2]) if len(sys.argv) > 2 else 5
     times = {k: v for k, v in numpy_times(reps).items()}
-    res = subprocess.run([binary, "--benchmark_format=json", f"--benchmark_repetitions={reps}"],
-                         check=True, capture_output=True, text=True)
-    for b in json.loads(res.stdout)["benchmarks"]:
-        if b.get("run_type") != "iteration":
-            continue
-        unit = {"ms": 1e-3, "us": 1e-6, "ns": 1e-9}[b["time_unit"]]
-        times.setdefault(b["run_name"].removeprefix("BM_"), []).append(b["cpu_time"] * unit)
+    runs = [[f"--benchmark_repetitions={reps}", "--benchmark_filter=-first"]]
+    # A jump as the first call of a fresh process, one process each.
+    runs += [["--benchmark_filter=first_" + g] for g in ("mt19937", "sfmt19937") for _ in range(reps)]
+    for args in runs:
+        res = subprocess.run([binary, "--benchmark_format=json"] + args, check=True, capture_output=True, text=True)
+        for b in json.loads(res.stdout)["benchmarks"]:
+            if b.get("run_type") != "iteration":
+                continue
+            unit = {"ms": 1e-3, "us": 1e-6, "ns": 1e-9}[b["time_unit"]]
+            times.setdefault(b["run_name"].removeprefix("BM_"), []).append(b["cpu_time"] * unit)
     for k, v in numpy_times(reps).items():
         times[k] += v
 
@@ -98,10 +101,10 @@ def main():
         per_word = best["orv_mt19937_plain_skip_2p20"] / 0xFFFFF
         plain = per_word * 1e12
         for g in ("mt19937", "sfmt19937"):
-            key = f"orv_{g}_jump_1e12"
-            if key in best:
-                print(f"| {g.upper()} jump of 10^12: {best[key] * 1e3:.2f} ms; plain stepping "
-                      f"(MT19937 rate, extrapolated) {plain:.0f} s | {plain / best[key]:.2e} | < 5 ms |")
+            for kind, key in (("warm", f"orv_{g}_jump_1e12"), ("first call of a process", f"first_{g}_jump_1e12")):
+                if key in best:
+                    print(f"| {g.upper()} jump of 10^12, {kind}: {best[key] * 1e3:.2f} ms; plain stepping "
+                          f"(MT19937 rate, extrapolated) {plain:.0f} s | {plain / best[key]:.2e} | < 5 ms |")
 
 
 if __name__ == "__main__":

@@ -215,11 +215,15 @@ ORV_RNG_EXPORT int32_t __vstiBRngMT19937(void* stream, int32_t n, uint32_t* r) {
     return 0;
 }
 
+// (double)y is formed as (double)(int32)(y ^ 2^31) + 2^31, exact and the same
+// value, because SSE2 converts signed 32-bit lanes but not unsigned ones.
+inline double unsigned_to_double(uint32_t y) {
+    return static_cast<double>(static_cast<int32_t>(y ^ 0x80000000u)) + 2147483648.0;
+}
+
 ORV_RNG_EXPORT int32_t __vstdBRngMT19937(void* stream, int32_t n, double* r, double a, double b) {
     const double scale = (b - a) * 0x1p-32;
-    generate(st(stream), n, [r, scale, a](int32_t i, uint32_t y) {
-        r[i] = static_cast<double>(static_cast<int64_t>(y)) * scale + a;
-    });
+    generate(st(stream), n, [r, scale, a](int32_t i, uint32_t y) { r[i] = unsigned_to_double(y) * scale + a; });
     return 0;
 }
 
@@ -227,7 +231,7 @@ ORV_RNG_EXPORT int32_t __vstdBRngMT19937(void* stream, int32_t n, double* r, dou
 ORV_RNG_EXPORT int32_t __vstsBRngMT19937(void* stream, int32_t n, float* r, float a, float b) {
     const double da = a, scale = (static_cast<double>(b) - da) * 0x1p-32;
     generate(st(stream), n, [r, scale, da](int32_t i, uint32_t y) {
-        r[i] = static_cast<float>(static_cast<double>(static_cast<int64_t>(y)) * scale + da);
+        r[i] = static_cast<float>(unsigned_to_double(y) * scale + da);
     });
     return 0;
 }
