@@ -55,7 +55,7 @@ def main():
             if b.get("run_type") != "iteration":
                 continue
             unit = {"ms": 1e-3, "us": 1e-6, "ns": 1e-9}[b["time_unit"]]
-            times.setdefault(b["run_name"].removeprefix("BM_"), []).append(b["cpu_time"] * unit)
+            times.setdefault(b["run_name"].removeprefix("BM_").split("/")[0], []).append(b["cpu_time"] * unit)
     for k, v in numpy_times(reps).items():
         times[k] += v
 
