@@ -8,6 +8,7 @@
 
 #include "rng/brng_row.h"
 #include "rng/stream.h"
+#include <orv/rng_twister.h>
 
 namespace {
 
@@ -43,7 +44,7 @@ constexpr BrngRow kMcg59 = ORV_ROW(MCG59, 32, 1, 0, 8, 59);
 constexpr BrngRow kWh = ORV_ROW(WH, 48, 4, 1, 16, 24);
 constexpr BrngRow kSobol = sizes(11712, 2900, 0, 4, 32);
 constexpr BrngRow kNiederr = sizes(84288, 21056, 0, 4, 32);
-constexpr BrngRow kMt19937 = sizes(2520, 625, 1, 4, 32);
+constexpr BrngRow kMt19937 = ORV_ROW(MT19937, 2520, 625, 1, 4, 32);
 constexpr BrngRow kMt2203 = sizes(312, 70, 1, 4, 32);
 constexpr BrngRow kIAbstract = {48,      0,       1, 4, 32, 0, nullptr, &abstract_float_missing,
                                 &abstract_double_missing, nullptr};
@@ -51,7 +52,7 @@ constexpr BrngRow kDAbstract = {64, 0, 1, 4, 32, 0, nullptr, &abstract_float_mis
                                 &abstract_word_missing};
 constexpr BrngRow kSAbstract = {56, 0, 1, 4, 32, 0, nullptr, nullptr, &abstract_double_missing,
                                 &abstract_word_missing};
-constexpr BrngRow kSfmt19937 = sizes(2536, 625, 1, 4, 32);
+constexpr BrngRow kSfmt19937 = ORV_ROW(SFMT19937, 2536, 625, 1, 4, 32);
 constexpr BrngRow kTrng = sizes(24, 1, 1, 4, 32);
 constexpr BrngRow kArs5 = sizes(72, 13, 1, 4, 32);
 constexpr BrngRow kPhilox = sizes(64, 11, 1, 4, 32);

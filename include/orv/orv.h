@@ -9,6 +9,7 @@
 #include <orv/orv_core.h>
 #include <orv/rng.h>
 #include <orv/stats.h>
+#include <orv/orv_rng.h>
 #include <orv/threading.h>
 #include <orv/vtm.h>
 #include <orv/vtm_types.h>
