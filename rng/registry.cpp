@@ -52,9 +52,9 @@ constexpr BrngRow kDAbstract = {64, 0, 1, 4, 32, 0, nullptr, &abstract_float_mis
 constexpr BrngRow kSAbstract = {56, 0, 1, 4, 32, 0, nullptr, nullptr, &abstract_double_missing,
                                 &abstract_word_missing};
 constexpr BrngRow kSfmt19937 = sizes(2536, 625, 1, 4, 32);
-constexpr BrngRow kTrng = sizes(24, 1, 1, 4, 32);
-constexpr BrngRow kArs5 = sizes(72, 13, 1, 4, 32);
-constexpr BrngRow kPhilox = sizes(64, 11, 1, 4, 32);
+constexpr BrngRow kTrng = ORV_ROW(TRNG, 24, 1, 1, 4, 32);
+constexpr BrngRow kArs5 = ORV_ROW(ARS5, 72, 13, 1, 4, 32);
+constexpr BrngRow kPhilox = ORV_ROW(PHILOX4X32X10, 64, 11, 1, 4, 32);
 
 // Rows 4 to 276 of the first numbering all repeat the WH row.
 #define ORV_WH1 kWh
