@@ -84,6 +84,7 @@ enum {
 #define ORV_RNG_ERROR_BAD_WORD_SIZE (-1009)        /* wordBytes not 4, 8 or 16 */
 #define ORV_RNG_ERROR_BAD_NSEEDS (-1010)           /* seedCount below 1 */
 #define ORV_RNG_ERROR_BAD_NBITS (-1011)            /* valueBits below 1 */
+#define ORV_RNG_ERROR_QRNG_PERIOD_ELAPSED (-1012)  /* quasi-random sequence would pass its last point */
 #define ORV_RNG_ERROR_LEAPFROG_NSTREAMS (-1013)    /* negative stream count */
 #define ORV_RNG_ERROR_NO_NUMBITS (-1014)
 #define ORV_RNG_ERROR_FILE_CLOSE (-1100)
@@ -179,6 +180,9 @@ ORV_RNG_DECLARE_GENERATOR(R250)
 ORV_RNG_DECLARE_GENERATOR(PHILOX4X32X10)
 ORV_RNG_DECLARE_GENERATOR(ARS5)
 ORV_RNG_DECLARE_GENERATOR(TRNG)
+/* Quasi-random generators. */
+ORV_RNG_DECLARE_GENERATOR(Sobol)
+ORV_RNG_DECLARE_GENERATOR(Niederr)
 #undef ORV_RNG_DECLARE_GENERATOR
 
 /* Modular powers behind the skip-ahead of the congruential generators. */
