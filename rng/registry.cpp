@@ -6,6 +6,7 @@
 
 #include <orv/orv_core.h>
 
+#include "rng/abstract.h"
 #include "rng/brng_row.h"
 #include "rng/stream.h"
 
@@ -45,11 +46,12 @@ constexpr BrngRow kSobol = ORV_ROW(Sobol, 11712, 2900, 0, 4, 32);
 constexpr BrngRow kNiederr = ORV_ROW(Niederr, 84288, 21056, 0, 4, 32);
 constexpr BrngRow kMt19937 = sizes(2520, 625, 1, 4, 32);
 constexpr BrngRow kMt2203 = sizes(312, 70, 1, 4, 32);
-constexpr BrngRow kIAbstract = {48,      0,       1, 4, 32, 0, nullptr, &abstract_float_missing,
-                                &abstract_double_missing, nullptr};
-constexpr BrngRow kDAbstract = {64, 0, 1, 4, 32, 0, nullptr, &abstract_float_missing, nullptr,
+namespace ab = orv::rng::abstract;
+constexpr BrngRow kIAbstract = {48, 0, 1, 4, 32, 0, &ab::init, &abstract_float_missing,
+                                &abstract_double_missing, &ab::word_fill};
+constexpr BrngRow kDAbstract = {64, 0, 1, 4, 32, 0, &ab::init, &abstract_float_missing, &ab::double_fill,
                                 &abstract_word_missing};
-constexpr BrngRow kSAbstract = {56, 0, 1, 4, 32, 0, nullptr, nullptr, &abstract_double_missing,
+constexpr BrngRow kSAbstract = {56, 0, 1, 4, 32, 0, &ab::init, &ab::float_fill, &abstract_double_missing,
                                 &abstract_word_missing};
 constexpr BrngRow kSfmt19937 = sizes(2536, 625, 1, 4, 32);
 constexpr BrngRow kTrng = ORV_ROW(TRNG, 24, 1, 1, 4, 32);
