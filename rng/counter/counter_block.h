@@ -3,6 +3,8 @@
 // signed interval mapping.
 #pragma once
 
+#include <emmintrin.h>
+
 #include <cstdint>
 #include <cstring>
 
@@ -31,6 +33,29 @@ struct FloatMap {
     float scale, mid;
     FloatMap(float a, float b) : scale((b - a) * 0x1p-32f), mid((a + b) * 0.5f) {}
     float operator()(uint32_t w) const { return static_cast<float>(static_cast<int32_t>(w)) * scale + mid; }
+};
+
+// Stores of one block (a register of its four words in order) into the
+// caller's array, in the three output forms; the same arithmetic as the maps.
+struct WordStore {
+    uint32_t* r;
+    void operator()(int32_t i, __m128i w) const { _mm_storeu_si128(reinterpret_cast<__m128i*>(r + i), w); }
+};
+struct DoubleStore {
+    double* r;
+    __m128d scale, mid;
+    void operator()(int32_t i, __m128i w) const {
+        const __m128d lo = _mm_cvtepi32_pd(w), hi = _mm_cvtepi32_pd(_mm_shuffle_epi32(w, 0xEE));
+        _mm_storeu_pd(r + i, _mm_add_pd(_mm_mul_pd(lo, scale), mid));
+        _mm_storeu_pd(r + i + 2, _mm_add_pd(_mm_mul_pd(hi, scale), mid));
+    }
+};
+struct FloatStore {
+    float* r;
+    __m128 scale, mid;
+    void operator()(int32_t i, __m128i w) const {
+        _mm_storeu_ps(r + i, _mm_add_ps(_mm_mul_ps(_mm_cvtepi32_ps(w), scale), mid));
+    }
 };
 
 // A skip count of up to three 64-bit words (more are ignored), as a 192-bit
@@ -79,15 +104,22 @@ void skip(Position& p, const SkipCount& c, Block&& make_block) {
     p.left = (p.left - static_cast<uint32_t>(c.low)) & 3u;
 }
 
-// The fill: unread words of the current block, whole blocks, and a last
-// block of which the rest stays for the next call. `blocks(ctr, k, out)`
-// writes k consecutive blocks (16 bytes each) from counter ctr into out.
-template <typename Blocks, typename Out>
-void fill(Position& p, int32_t n, Blocks&& blocks, Out&& out) {
+// The fill: unread words of the current block, groups of G blocks written
+// straight to the output by `groups(ctr, g, i)` (4 G g outputs from index
+// i), whole blocks, and a last block of which the rest stays for the next
+// call. `blocks(ctr, k, out)` writes k consecutive blocks (16 bytes each)
+// from counter ctr into out.
+template <int G, typename Groups, typename Blocks, typename Out>
+void fill(Position& p, int32_t n, Groups&& groups, Blocks&& blocks, Out&& out) {
     int32_t i = 0;
     for (; p.left > 0 && i < n; --p.left) out(i++, p.block[4 - p.left]);
     if (i >= n) return;
     u128 ctr = load128(p.counter);
+    if (const int32_t g = (n - i) / (4 * G); g > 0) {
+        groups(ctr, g, i);
+        ctr += static_cast<u128>(G) * static_cast<u128>(g);
+        i += 4 * G * g;
+    }
     constexpr int kBatch = 16;
     uint32_t buf[4 * kBatch];
     while (n - i >= 4) {
