@@ -187,15 +187,13 @@ ORV_RNG_EXPORT int32_t __vstBRngSobolInitStream(int32_t method, void* stream, in
 }
 
 ORV_RNG_EXPORT int32_t __vstiBRngSobol(void* stream, int32_t n, uint32_t* r) {
-    return fill(view_of(stream), n, [r](int32_t i, uint32_t x) { r[i] = x; });
+    return fill(view_of(stream), n, WordEmit{r});
 }
 
 ORV_RNG_EXPORT int32_t __vstdBRngSobol(void* stream, int32_t n, double* r, double a, double b) {
-    const DoubleMap map(a, b);
-    return fill(view_of(stream), n, [r, map](int32_t i, uint32_t x) { r[i] = map(x); });
+    return fill(view_of(stream), n, DoubleEmit(r, a, b));
 }
 
 ORV_RNG_EXPORT int32_t __vstsBRngSobol(void* stream, int32_t n, float* r, float a, float b) {
-    const FloatMap map(a, b);
-    return fill(view_of(stream), n, [r, map](int32_t i, uint32_t x) { r[i] = map(x); });
+    return fill(view_of(stream), n, FloatEmit(r, a, b));
 }
