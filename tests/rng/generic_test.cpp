@@ -25,6 +25,7 @@ struct Gen {
     int32_t id;
     std::string name;
 };
+void PrintTo(const Gen& g, std::ostream* os) { *os << g.name << " (0x" << std::hex << g.id << ")"; }
 
 // Every usable row of the second numbering, with its first and last
 // sub-generator. Abstract rows are made by their own calls (abstract_test.cpp).
