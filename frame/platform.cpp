@@ -5,15 +5,12 @@
 #include <cstdlib>
 #include <mutex>
 
+#include "frame/fault_injection.h"
+
 namespace orv::frame::platform {
 
-FailFlags& fail_flags() {
-    static FailFlags flags;
-    return flags;
-}
-
 int64_t tls_alloc(ThreadExitFn on_thread_exit) {
-    if (fail_flags().tls_alloc) return kNoSlot;
+    if (fault::hit(fault::kTlsAlloc)) return kNoSlot;
     pthread_key_t key;
     if (pthread_key_create(&key, on_thread_exit) != 0) return kNoSlot;
     return static_cast<int64_t>(key);
@@ -24,7 +21,7 @@ void tls_free(int64_t slot) { pthread_key_delete(static_cast<pthread_key_t>(slot
 void* tls_get(int64_t slot) { return pthread_getspecific(static_cast<pthread_key_t>(slot)); }
 
 bool tls_set(int64_t slot, void* value) {
-    if (fail_flags().tls_set && value != nullptr) return false;
+    if (value != nullptr && fault::hit(fault::kTlsSet)) return false;
     return pthread_setspecific(static_cast<pthread_key_t>(slot), value) == 0;
 }
 
@@ -43,7 +40,7 @@ struct Heap {
 };
 
 Heap* heap_create() {
-    if (fail_flags().heap_create) return nullptr;
+    if (fault::hit(fault::kHeapCreate)) return nullptr;
     return new (std::nothrow) Heap;
 }
 
@@ -58,7 +55,7 @@ void heap_destroy(Heap* heap) {
 }
 
 void* heap_alloc(Heap* heap, std::size_t size) {
-    if (fail_flags().heap_alloc) return nullptr;
+    if (fault::hit(fault::kHeapAlloc)) return nullptr;
     auto* b = static_cast<Block*>(std::calloc(1, sizeof(Block) + size));
     if (b == nullptr) return nullptr;
     std::lock_guard<std::mutex> g(heap->lock);

@@ -1,7 +1,7 @@
 // The operating-system services behind the thread records: a thread-local
 // slot (a pthread key whose destructor plays thread detach) and a private
 // heap (a locked list of zero-filled blocks, destroyed as a whole). Tests
-// can make each service fail to reach the failure paths.
+// reach the failure paths through the sites of frame/fault_injection.h.
 #pragma once
 
 #include <cstddef>
@@ -10,15 +10,6 @@
 namespace orv::frame::platform {
 
 inline constexpr int64_t kNoSlot = -1;
-
-// Failure injection for tests: while a flag is set, that service fails.
-struct FailFlags {
-    bool tls_alloc = false;
-    bool tls_set = false;
-    bool heap_create = false;
-    bool heap_alloc = false;
-};
-FailFlags& fail_flags();
 
 using ThreadExitFn = void (*)(void* value);
 

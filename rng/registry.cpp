@@ -6,6 +6,7 @@
 
 #include <orv/orv_core.h>
 
+#include "rng/abstract.h"
 #include "rng/brng_row.h"
 #include "rng/stream.h"
 #include <orv/rng_twister.h>
@@ -42,20 +43,21 @@ constexpr BrngRow kR250 = ORV_ROW(R250, 1024, 252, 1, 4, 32);
 constexpr BrngRow kMrg32k3a = ORV_ROW(MRG32K3A, 40, 6, 1, 4, 32);
 constexpr BrngRow kMcg59 = ORV_ROW(MCG59, 32, 1, 0, 8, 59);
 constexpr BrngRow kWh = ORV_ROW(WH, 48, 4, 1, 16, 24);
-constexpr BrngRow kSobol = sizes(11712, 2900, 0, 4, 32);
-constexpr BrngRow kNiederr = sizes(84288, 21056, 0, 4, 32);
+constexpr BrngRow kSobol = ORV_ROW(Sobol, 11712, 2900, 0, 4, 32);
+constexpr BrngRow kNiederr = ORV_ROW(Niederr, 84288, 21056, 0, 4, 32);
 constexpr BrngRow kMt19937 = ORV_ROW(MT19937, 2520, 625, 1, 4, 32);
 constexpr BrngRow kMt2203 = sizes(312, 70, 1, 4, 32);
-constexpr BrngRow kIAbstract = {48,      0,       1, 4, 32, 0, nullptr, &abstract_float_missing,
-                                &abstract_double_missing, nullptr};
-constexpr BrngRow kDAbstract = {64, 0, 1, 4, 32, 0, nullptr, &abstract_float_missing, nullptr,
+namespace ab = orv::rng::abstract;
+constexpr BrngRow kIAbstract = {48, 0, 1, 4, 32, 0, &ab::init, &abstract_float_missing,
+                                &abstract_double_missing, &ab::word_fill};
+constexpr BrngRow kDAbstract = {64, 0, 1, 4, 32, 0, &ab::init, &abstract_float_missing, &ab::double_fill,
                                 &abstract_word_missing};
-constexpr BrngRow kSAbstract = {56, 0, 1, 4, 32, 0, nullptr, nullptr, &abstract_double_missing,
+constexpr BrngRow kSAbstract = {56, 0, 1, 4, 32, 0, &ab::init, &ab::float_fill, &abstract_double_missing,
                                 &abstract_word_missing};
 constexpr BrngRow kSfmt19937 = ORV_ROW(SFMT19937, 2536, 625, 1, 4, 32);
-constexpr BrngRow kTrng = sizes(24, 1, 1, 4, 32);
-constexpr BrngRow kArs5 = sizes(72, 13, 1, 4, 32);
-constexpr BrngRow kPhilox = sizes(64, 11, 1, 4, 32);
+constexpr BrngRow kTrng = ORV_ROW(TRNG, 24, 1, 1, 4, 32);
+constexpr BrngRow kArs5 = ORV_ROW(ARS5, 72, 13, 1, 4, 32);
+constexpr BrngRow kPhilox = ORV_ROW(PHILOX4X32X10, 64, 11, 1, 4, 32);
 
 // Rows 4 to 276 of the first numbering all repeat the WH row.
 #define ORV_WH1 kWh

@@ -10,6 +10,7 @@
 
 #include <orv/orv_core.h>
 
+#include "frame/fault_injection.h"
 #include "rng/brng_row.h"
 #include "rng/state_check.h"
 
@@ -17,14 +18,8 @@ using namespace orv::rng;
 
 namespace orv::rng {
 
-Faults& faults() {
-    static Faults f;
-    return f;
-}
-
 void* allocate_block(std::size_t bytes) {
-    Faults& f = faults();
-    if (f.allocation_countdown > 0 && --f.allocation_countdown == 0) return nullptr;
+    if (fault::hit(fault::kRngAllocation)) return nullptr;
     return orv_serv_allocate(bytes, kStreamAlignment);
 }
 
@@ -41,7 +36,7 @@ uint32_t image_bytes(const ChunkNode* n) {
 
 int close_file(FILE* f) {
     const int r = std::fclose(f);
-    return faults().close_fails ? EOF : r;
+    return orv::fault::hit(orv::fault::kRngFileClose) ? EOF : r;
 }
 
 int32_t state_bytes(const BrngRow* row) { return row->streamBytes - static_cast<int32_t>(kStateOffset); }

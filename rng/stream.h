@@ -26,14 +26,6 @@ State* state(void* s) {
     return reinterpret_cast<State*>(static_cast<unsigned char*>(s) + kStateOffset);
 }
 
-// Failure injection for tests: while set, the n-th allocation of the random
-// component from now (1 = the next) fails, and closing a stream file fails.
-struct Faults {
-    int allocation_countdown = 0;  // 0: no failure
-    bool close_fails = false;
-};
-Faults& faults();
-
 // Allocation of streams, chunk nodes, chunk data and name copies.
 void* allocate_block(std::size_t bytes);
 

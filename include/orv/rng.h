@@ -75,7 +75,8 @@ enum {
 #define ORV_RNG_OK 0
 #define ORV_RNG_ERROR_BAD_METHOD (-2)         /* method not known to initStream */
 #define ORV_RNG_ERROR_MEM_FAILURE (-4)        /* allocation failed */
-#define ORV_RNG_ERROR_NULL_PTR (-5)           /* null function in a row to register */
+#define ORV_RNG_ERROR_BAD_ARGUMENT (-3)       /* a size or interval that can't be used */
+#define ORV_RNG_ERROR_NULL_PTR (-5)           /* null function in a row to register, or a null argument */
 #define ORV_RNG_ERROR_INVALID_BRNG (-1000)    /* generator number not valid */
 #define ORV_RNG_ERROR_LEAPFROG_UNSUPPORTED (-1002)
 #define ORV_RNG_ERROR_SKIPAHEAD_UNSUPPORTED (-1003)
@@ -84,6 +85,7 @@ enum {
 #define ORV_RNG_ERROR_BAD_WORD_SIZE (-1009)        /* wordBytes not 4, 8 or 16 */
 #define ORV_RNG_ERROR_BAD_NSEEDS (-1010)           /* seedCount below 1 */
 #define ORV_RNG_ERROR_BAD_NBITS (-1011)            /* valueBits below 1 */
+#define ORV_RNG_ERROR_QRNG_PERIOD_ELAPSED (-1012)  /* quasi-random sequence would pass its last point */
 #define ORV_RNG_ERROR_LEAPFROG_NSTREAMS (-1013)    /* negative stream count */
 #define ORV_RNG_ERROR_NO_NUMBITS (-1014)
 #define ORV_RNG_ERROR_FILE_CLOSE (-1100)
@@ -92,6 +94,7 @@ enum {
 #define ORV_RNG_ERROR_FILE_READ (-1103)            /* short read, or chunk of unknown version */
 #define ORV_RNG_ERROR_BAD_FILE_FORMAT (-1110)      /* not a stream file, or not fitting the generator */
 #define ORV_RNG_ERROR_UNSUPPORTED_FILE_VER (-1111)
+#define ORV_RNG_ERROR_ABSTRACT_FOREIGN (-1120)     /* abstract stream made in another process */
 #define ORV_RNG_ERROR_ABSTRACT_FORM (-1122)        /* fill form the abstract stream lacks */
 #define ORV_RNG_ERROR_NO_RDRAND (-1130)
 #define ORV_RNG_ERROR_RDRAND_EXHAUSTED (-1131)
@@ -175,7 +178,29 @@ ORV_RNG_DECLARE_GENERATOR(MCG59)
 ORV_RNG_DECLARE_GENERATOR(MRG32K3A)
 ORV_RNG_DECLARE_GENERATOR(WH)
 ORV_RNG_DECLARE_GENERATOR(R250)
+/* Counter-based and non-deterministic generators. */
+ORV_RNG_DECLARE_GENERATOR(PHILOX4X32X10)
+ORV_RNG_DECLARE_GENERATOR(ARS5)
+ORV_RNG_DECLARE_GENERATOR(TRNG)
+/* Quasi-random generators. */
+ORV_RNG_DECLARE_GENERATOR(Sobol)
+ORV_RNG_DECLARE_GENERATOR(Niederr)
 #undef ORV_RNG_DECLARE_GENERATOR
+
+/* Abstract streams: numbers from the caller's buffer of n values, which the
+ * refill function rewrites whole (all n values) when it is used up; it gets
+ * the stream, n and the buffer, and returns 0, or a status that the fill then
+ * returns, keeping what it wrote. The double and single kinds hold numbers on
+ * [c, d) and map them onto the fill's interval. The buffer must hold n values
+ * when the stream is made. */
+typedef int32_t (*OrvIAbstractRefill)(void* stream, int32_t n, uint32_t* buffer);
+typedef int32_t (*OrvDAbstractRefill)(void* stream, int32_t n, double* buffer);
+typedef int32_t (*OrvSAbstractRefill)(void* stream, int32_t n, float* buffer);
+ORV_RNG_API int32_t __vstiNewAbstractStream(void** out, int32_t n, uint32_t* buffer, OrvIAbstractRefill refill);
+ORV_RNG_API int32_t __vstdNewAbstractStream(void** out, int32_t n, double* buffer, double c, double d,
+                                            OrvDAbstractRefill refill);
+ORV_RNG_API int32_t __vstsNewAbstractStream(void** out, int32_t n, float* buffer, float c, float d,
+                                            OrvSAbstractRefill refill);
 
 /* Modular powers behind the skip-ahead of the congruential generators. */
 ORV_RNG_API uint32_t __vstiPowMod(uint32_t a, uint64_t e, uint32_t m);

@@ -3,6 +3,7 @@
 
 #include <thread>
 
+#include "frame/fault_injection.h"
 #include "frame/platform.h"
 #include "frame/thread_record.h"
 
@@ -75,23 +76,20 @@ TEST(ThreadRecord, InputVectorPointerReturnsItsArgument) {
     EXPECT_EQ(fr::thread_record()->interfInputVectorPointer, nullptr);
 }
 
-struct FailGuard {
-    ~FailGuard() { orv::frame::platform::fail_flags() = {}; }
-};
 
 TEST(ThreadRecord, RefusedLoadPrintsMessage773) {
-    FailGuard g;
+    orv::fault::DisarmOnExit g;
     ASSERT_EQ(fr::module_entry(nullptr, fr::kProcessDetach, nullptr), 1);
-    orv::frame::platform::fail_flags().tls_alloc = true;
+    orv::fault::arm(orv::fault::kTlsAlloc, 0, orv::fault::kEveryHit);
     testing::internal::CaptureStderr();
     EXPECT_EQ(fr::module_entry(nullptr, fr::kProcessAttach, nullptr), 0);
     EXPECT_NE(testing::internal::GetCapturedStderr().find("per-thread state"), std::string::npos);
-    orv::frame::platform::fail_flags() = {};
-    orv::frame::platform::fail_flags().heap_create = true;
+    orv::fault::disarm_all();
+    orv::fault::arm(orv::fault::kHeapCreate, 0, orv::fault::kEveryHit);
     testing::internal::CaptureStderr();
     EXPECT_EQ(fr::module_entry(nullptr, fr::kProcessAttach, nullptr), 0);  // slot made, heap not
     EXPECT_NE(testing::internal::GetCapturedStderr().find("per-thread state"), std::string::npos);
-    orv::frame::platform::fail_flags() = {};
+    orv::fault::disarm_all();
     EXPECT_EQ(fr::module_entry(nullptr, fr::kProcessAttach, nullptr), 1);
 }
 
@@ -100,8 +98,7 @@ TEST(ThreadRecordDeathTest, LaterThreadWithoutMemoryEndsTheProcess) {
     for (auto which : {0, 1}) {
         EXPECT_EXIT(
             {
-                if (which == 0) orv::frame::platform::fail_flags().heap_alloc = true;
-                else orv::frame::platform::fail_flags().tls_set = true;
+                orv::fault::arm(which == 0 ? orv::fault::kHeapAlloc : orv::fault::kTlsSet, 0, orv::fault::kEveryHit);
                 std::thread([] { _vtmGetMode(); }).join();
             },
             testing::ExitedWithCode(3), "per-thread state");
