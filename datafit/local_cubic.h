@@ -267,6 +267,7 @@ int local_entry(DFTask* t, const DFThreadOps* ops) {
         {local_worker<T, F, true, false>, local_worker<T, F, true, true>},
         {local_worker<T, F, false, false>, local_worker<T, F, false, true>}};
     if (t == nullptr) return DF_NULL_TASK;
+    if (!precision_matches<T>(t)) return DF_BAD_PRECISION;
     if (t->nx < local_min_nx(F)) return DF_BAD_NX;
     if (!layout_legal(t->yhint)) return DF_BAD_YHINT;
     const int bi = boundary_index(t->bc_type);
@@ -276,7 +277,7 @@ int local_entry(DFTask* t, const DFThreadOps* ops) {
         if (bi == 6 && (t->stype == 0 || t->stype == 3 || F == Local::Hermite)) return DF_NULL_BC;
     }
     if (F == Local::Hermite && t->ic == nullptr) return DF_BAD_IC;
-    if (const int st = check_tables(t); st != DF_OK) return st;
+    if (const int st = check_build(t, 4); st != DF_OK) return st;
     return kWorkers[layout_row(t->yhint)][is_uniform(t->xhint)](t, bi, ops);
 }
 

@@ -218,6 +218,7 @@ int natural_entry(DFTask* t, int64_t method) {
         {NaturalRow<T, true, false>::row, NaturalRow<T, true, true>::row},
         {NaturalRow<T, false, false>::row, NaturalRow<T, false, true>::row}};
     if (t == nullptr) return DF_NULL_TASK;
+    if (!precision_matches<T>(t)) return DF_BAD_PRECISION;
     if (method != 0) return DF_BAD_METHOD;
     if (t->nx < 2 || (t->nx == 2 && t->bc_type == DF_BC_NOT_A_KNOT)) return DF_BAD_NX;
     if (!layout_legal(t->yhint)) return DF_BAD_YHINT;
@@ -227,7 +228,7 @@ int natural_entry(DFTask* t, int64_t method) {
         if (boundary_needs_values(bi)) return DF_NULL_BC;
         if (bi == 6 && (t->stype == 0 || t->stype == 3)) return DF_NULL_BC;
     }
-    if (const int st = check_tables(t); st != DF_OK) return st;
+    if (const int st = check_build(t, 4); st != DF_OK) return st;
     return kWorkers[layout_row(t->yhint)][is_uniform(t->xhint)][bi](t);
 }
 

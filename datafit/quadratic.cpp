@@ -194,11 +194,12 @@ int quadratic_entry(DFTask* t) {
         {{KnotRow<T, true, false>::row, KnotRow<T, true, true>::row},
          {KnotRow<T, false, false>::row, KnotRow<T, false, true>::row}}};
     if (t == nullptr) return DF_NULL_TASK;
+    if (!precision_matches<T>(t)) return DF_BAD_PRECISION;
     if (!layout_legal(t->yhint)) return DF_BAD_YHINT;
     if (t->stype == 0) {
         if (t->bc_type != DF_BC_Q_VALUE) return DF_BAD_BC_TYPE;
         if (t->bc == nullptr) return DF_NULL_BC;
-        if (const int st = check_tables(t); st != DF_OK) return st;
+        if (const int st = check_build(t, 3); st != DF_OK) return st;
         return kMidpoint[layout_row(t->yhint)][is_uniform(t->xhint)](t);
     }
     if (t->stype != 1) return DF_BAD_METHOD;
@@ -209,7 +210,7 @@ int quadratic_entry(DFTask* t) {
     const Worker w = kKnot[(t->ic_type >> 2) & 1][layout_row(t->yhint)][is_uniform(t->xhint)][bi];
     if (w == nullptr) return DF_BAD_BC_TYPE;
     if (t->nx > INT32_MAX) return DF_NO_MEMORY;
-    if (const int st = check_tables(t); st != DF_OK) return st;
+    if (const int st = check_build(t, 3); st != DF_OK) return st;
     return w(t);
 }
 

@@ -356,6 +356,41 @@ TEST(Editors, DoNothingWhenDimensionIsNotOne) {
     EXPECT_EQ(f.t->sorder, 0);
 }
 
+// Counts whose sizes would wrap are refused before anything is stored or
+// allocated, so that no later slot edit writes outside a short table.
+struct HugeCase {
+    int64_t id, value;
+};
+class HugeCount : public ::testing::TestWithParam<HugeCase> {};
+TEST_P(HugeCount, IsRefusedAsAnAllocationFailure) {
+    Fixture f(3, 0x80);
+    ASSERT_EQ(orv_df_kernel_dEditPPSpline1D(f.t, 4, 0, 2, nullptr, 0, nullptr, f.coef.data(), 0x10), DF_OK);
+    int64_t before = 0;
+    ASSERT_EQ(orv_df_kernel_iQueryVal(f.t, GetParam().id, &before), DF_OK);
+    EXPECT_EQ(orv_df_kernel_iEditVal(f.t, GetParam().id, GetParam().value), DF_NO_MEMORY);
+    int64_t after = 0;
+    ASSERT_EQ(orv_df_kernel_iQueryVal(f.t, GetParam().id, &after), DF_OK);
+    EXPECT_EQ(after, before);
+    EXPECT_EQ(orv_df_kernel_dEditIdxPtr(f.t, DF_PTR_Y, 2, f.y.data()), DF_OK);
+}
+INSTANTIATE_TEST_SUITE_P(Ids, HugeCount,
+                         ::testing::Values(HugeCase{DF_ID_NY, int64_t(1) << 61},
+                                           HugeCase{DF_ID_NY, int64_t(1) << 59},
+                                           HugeCase{DF_ID_NX, int64_t(1) << 62},
+                                           HugeCase{DF_ID_SORDER, int64_t(1) << 61}));
+
+TEST(HugeCount, RefusedAtCreationAndByTheSplineEditor) {
+    std::vector<double> x = wavy_x(4), y(8, 1.0), coef(64, 0.0);
+    DFTask* t = nullptr;
+    EXPECT_EQ(orv_df_kernel_dNewTask1D(&t, int64_t(1) << 40, x.data(), 4, int64_t(1) << 30, y.data(),
+                                       0x10, 0), DF_NO_MEMORY);
+    EXPECT_EQ(t, nullptr);
+    Fixture f;
+    EXPECT_EQ(orv_df_kernel_dEditPPSpline1D(f.t, int64_t(1) << 61, 0, 2, nullptr, 0, nullptr,
+                                            coef.data(), 0x10), DF_NO_MEMORY);
+    EXPECT_EQ(f.t->sorder, 0);
+}
+
 TEST(Editors, ChangingNyKeepsTablesInStep) {
     Fixture f;
     ASSERT_EQ(orv_df_kernel_dEditPPSpline1D(f.t, 4, 0, 2, nullptr, 0, nullptr, f.coef.data(), 0x10),
@@ -410,12 +445,16 @@ std::vector<EntryCase> entry_cases() {
         v.push_back({"yhint", k, [](DFTask*& t, int64_t&) { t->yhint = 0x40; t->bc_type = 0x33; }, DF_BAD_YHINT});
         v.push_back({"no values", k, [](DFTask*& t, int64_t&) { t->y[1] = nullptr; }, DF_NULL_Y});
         v.push_back({"no coefficients", k, [](DFTask*& t, int64_t&) { t->scoeff[1] = nullptr; }, DF_NULL_SCOEFF});
+        // An order the constructor does not make would write past blocks
+        // spaced for that order.
+        v.push_back({"other order", k,
+                     [k](DFTask*& t, int64_t&) {
+                         orv_df_kernel_iEditVal(t, DF_ID_SORDER, dftest::order_of(k) == 2 ? 4 : 2);
+                     },
+                     DF_BAD_SORDER});
+        // The constructor of one precision on a task of the other.
+        v.push_back({"other precision", k, [](DFTask*& t, int64_t&) { t->is_double = 0; }, DF_BAD_PRECISION});
     }
-    v.back().want = DF_NULL_SCOEFF;
-    // Null task pointers are passed as such.
-    for (auto& e : v)
-        if (std::string(e.what) == "null task")
-            e.spoil = [](DFTask*& t, int64_t&) { orv_df_kernel_DeleteTask(&t); };
     auto method = [](DFTask*& t, int64_t& m) { m = 1; t->nx = 1; t->yhint = 0x40; };
     v.push_back({"method first", Kind::Linear, method, DF_BAD_METHOD});
     v.push_back({"method first", Kind::Natural, method, DF_BAD_METHOD});
