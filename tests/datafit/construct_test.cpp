@@ -146,32 +146,18 @@ Built<T> build(const Case& c, const Problem& p) {
     const bool separate = c.yhint == 0x80;
     Built<T> out;
     DFTask* t = nullptr;
-    int st;
-    if constexpr (sizeof(T) == 8)
-        st = orv_df_kernel_dNewTask1D(&t, n, x.data(), c.xhint, ny, y.data(), c.yhint, 0);
-    else
-        st = orv_df_kernel_sNewTask1D(&t, n, x.data(), c.xhint, ny, y.data(), c.yhint, 0);
+    int st = dftest::Api<T>::new_task(&t, n, x.data(), c.xhint, ny, y.data(), c.yhint, 0);
     EXPECT_EQ(st, DF_OK);
     if (st != DF_OK) return out;
     const bool knots = c.kind == Kind::Quadratic && c.stype == 1;
     const int64_t ic_type = ic.empty() ? 0 : (knots ? 8 : 1);
     const T* icp = ic.empty() ? nullptr : ic.data();
-    if constexpr (sizeof(T) == 8) {
-        st = orv_df_kernel_dEditPPSpline1D(t, order, c.stype, c.bc_type, bc.data(), ic_type, icp,
-                                           separate ? blocks[0].data() : one_block.data(),
-                                           separate ? 0x80 : c.yhint);
-        for (int64_t k = 1; separate && k < ny; ++k) {
-            EXPECT_EQ(orv_df_kernel_dEditIdxPtr(t, DF_PTR_Y, k, y.data() + k * n), DF_OK);
-            EXPECT_EQ(orv_df_kernel_dEditIdxPtr(t, DF_PTR_SCOEFF, k, blocks[k].data()), DF_OK);
-        }
-    } else {
-        st = orv_df_kernel_sEditPPSpline1D(t, order, c.stype, c.bc_type, bc.data(), ic_type, icp,
-                                           separate ? blocks[0].data() : one_block.data(),
-                                           separate ? 0x80 : c.yhint);
-        for (int64_t k = 1; separate && k < ny; ++k) {
-            EXPECT_EQ(orv_df_kernel_sEditIdxPtr(t, DF_PTR_Y, k, y.data() + k * n), DF_OK);
-            EXPECT_EQ(orv_df_kernel_sEditIdxPtr(t, DF_PTR_SCOEFF, k, blocks[k].data()), DF_OK);
-        }
+    st = dftest::Api<T>::edit_pp(t, order, c.stype, c.bc_type, bc.data(), ic_type, icp,
+                                 separate ? blocks[0].data() : one_block.data(),
+                                 separate ? 0x80 : c.yhint);
+    for (int64_t k = 1; separate && k < ny; ++k) {
+        EXPECT_EQ(dftest::Api<T>::edit_idx_ptr(t, DF_PTR_Y, k, y.data() + k * n), DF_OK);
+        EXPECT_EQ(dftest::Api<T>::edit_idx_ptr(t, DF_PTR_SCOEFF, k, blocks[k].data()), DF_OK);
     }
     EXPECT_EQ(st, DF_OK);
     // Secondary knots without an array: the midpoints.
