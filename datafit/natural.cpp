@@ -75,7 +75,7 @@ int solve_columns(const DFTask* t, int64_t ny, int64_t m, int64_t at, const T* d
 
 // The derivatives d of function k are solved in the top n elements of its
 // coefficient block (4(n-1) elements), and the cells are then written from
-// the bottom up: cell i overwrites no derivative above d[i+1]. Scratch holds
+// the first on: cell i overwrites no derivative above d[i+1]. Scratch holds
 // what all functions share: 1/h, the pivots, and the two off-diagonals
 // unless they can sit below the derivatives of block 0, which is done when
 // the factorisation cannot fail (strictly increasing breakpoints and a
