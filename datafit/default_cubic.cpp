@@ -85,6 +85,7 @@ int default_entry(DFTask* t) {
         {DefaultRow<T, true, false>::row, DefaultRow<T, true, true>::row},
         {DefaultRow<T, false, false>::row, DefaultRow<T, false, true>::row}};
     if (t == nullptr) return DF_NULL_TASK;
+    if (!precision_matches<T>(t)) return DF_BAD_PRECISION;
     if (t->nx < 3) return DF_BAD_NX;
     if (!layout_legal(t->yhint)) return DF_BAD_YHINT;
     const int bi = boundary_index(t->bc_type);
@@ -94,7 +95,7 @@ int default_entry(DFTask* t) {
         if (bi == 6 && (t->stype == 0 || t->stype == 3)) return DF_NULL_BC;
     }
     if (t->ic == nullptr) return DF_BAD_IC;
-    if (const int st = check_tables(t); st != DF_OK) return st;
+    if (const int st = check_build(t, 4); st != DF_OK) return st;
     return kWorkers[layout_row(t->yhint)][is_uniform(t->xhint)][bi](t);
 }
 

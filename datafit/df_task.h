@@ -144,11 +144,36 @@ inline T* coeff_of(const DFTask* t, int64_t k) {
     return static_cast<T*>(t->scoeff[k]);
 }
 
-// Scratch of n elements of T from orv_serv_allocate, or null.
+// Scratch of n elements of T from orv_serv_allocate, or null (also when n
+// elements would not fit in memory).
 template <typename T>
 inline T* scratch(int64_t n) {
+    if (n < 0 || n > PTRDIFF_MAX / static_cast<int64_t>(sizeof(T))) return nullptr;
     return static_cast<T*>(orv_serv_allocate(static_cast<size_t>(n) * sizeof(T), kAlign));
 }
+
+// Product of non-negative counts, or -1 when it exceeds what one block of
+// memory can hold (PTRDIFF_MAX bytes).
+inline int64_t checked_product(int64_t a, int64_t b) {
+    int64_t r;
+    if (a < 0 || b < 0 || __builtin_mul_overflow(a, b, &r)) return -1;
+    return r;
+}
+
+// Tests that the blocks a task with these counts addresses fit in memory:
+// the pointer table of ny slots, nx*ny values and nx*sorder coefficients of
+// each function, in the task's precision. DF_OK or DF_NO_MEMORY, so that a
+// count that would wrap a size is refused before any memory is touched.
+int check_sizes(const DFTask* t, int64_t nx, int64_t ny, int64_t sorder);
+
+// Checks of every constructor beyond its entry steps: the task's precision
+// against the constructor's (DF_BAD_PRECISION), the order it makes
+// (DF_BAD_SORDER), the sizes, and the table slots (check_tables).
+template <typename T>
+inline bool precision_matches(const DFTask* t) {
+    return (t->is_double != 0) == (sizeof(T) == 8);
+}
+int check_build(const DFTask* t, int64_t order);
 
 // The cubic cell from the left value, the cell slope s = (y1 - y0) * rh, the
 // end derivatives and rh = 1/h; shared by every cubic family.

@@ -5,6 +5,14 @@
 namespace orv::df {
 namespace {
 
+// Fills the coefficient slots after slot 0 with the spacing of the spline
+// kind, in elements of the task's precision; bit 7 of scoeffhint keeps them.
+void spread_scoeff_slots(DFTask* t) {
+    if (t->scoeffhint & 0x80) return;
+    const int64_t step = scoeff_spacing(t) * (t->is_double ? 8 : 4);
+    for (int64_t k = 1; k < t->ny; ++k) t->scoeff[k] = static_cast<char*>(t->scoeff[0]) + k * step;
+}
+
 template <typename T>
 int edit_pp_spline(DFTask* t, int64_t sorder, int64_t stype, int64_t bc_type, const T* bc,
                    int64_t ic_type, const T* ic, T* scoeff, int64_t scoeffhint) {
@@ -12,6 +20,7 @@ int edit_pp_spline(DFTask* t, int64_t sorder, int64_t stype, int64_t bc_type, co
     if (t->dimension != 1) return DF_OK;
     if (sorder < 0) return DF_BAD_SORDER;
     if (stype < 0) return DF_BAD_STYPE;
+    if (const int st = check_sizes(t, t->nx, t->ny, sorder); st != DF_OK) return st;
     t->sorder = sorder;
     t->stype = stype;
     if (bc == nullptr && bc_type > 2 && bc_type != DF_BC_PERIODIC) return DF_NULL_BC;
@@ -30,9 +39,9 @@ int edit_pp_spline(DFTask* t, int64_t sorder, int64_t stype, int64_t bc_type, co
     t->scoeff = table_new(t->ny);
     if (t->scoeff == nullptr) return DF_NO_MEMORY;
     t->scoeff[0] = scoeff;
-    if ((scoeffhint & 0x80) == 0)
-        for (int64_t k = 1; k < t->ny; ++k) t->scoeff[k] = scoeff + k * scoeff_spacing(t);
     t->scoeffhint = scoeffhint;
+    spread_scoeff_slots(t);
+    return DF_OK;
     return DF_OK;
 }
 
@@ -43,6 +52,7 @@ int edit_val(DFTask* t, int64_t id, int64_t v) {
     switch (id) {
         case DF_ID_NX:
             if (v < 2) return DF_BAD_NX;
+            if (const int st = check_sizes(t, v, t->ny, t->sorder); st != DF_OK) return st;
             t->nx = v;
             if (t->yhint != DF_Y_SEPARATE && t->yhint != DF_Y_COLUMNS) {
                 const int st = rebuild_y_table(t);
@@ -55,6 +65,7 @@ int edit_val(DFTask* t, int64_t id, int64_t v) {
             return v == DF_X_NON_UNIFORM ? build_lut(t) : DF_OK;
         case DF_ID_NY: {
             if (v < 1) return DF_BAD_NY;
+            if (const int st = check_sizes(t, t->nx, v, t->sorder); st != DF_OK) return st;
             t->ny = v;
             const int st = rebuild_y_table(t);
             if (st != DF_OK) return st;
@@ -66,6 +77,7 @@ int edit_val(DFTask* t, int64_t id, int64_t v) {
             return rebuild_y_table(t);
         case DF_ID_SORDER:
             if (v < 0) return DF_BAD_SORDER;
+            if (const int st = check_sizes(t, t->nx, t->ny, v); st != DF_OK) return st;
             t->sorder = v;
             return (t->scoeffhint & 0x80) ? DF_OK : rebuild_scoeff_table(t);
         case DF_ID_STYPE:
@@ -128,6 +140,7 @@ int edit_ptr(DFTask* t, int64_t id, const T* p) {
         case DF_PTR_Y: {
             if (p == nullptr) return DF_NULL_Y;
             if (t->ny == 0) return DF_BAD_NY;
+            if (const int st = check_sizes(t, t->nx, t->ny, 0); st != DF_OK) return st;
             const int64_t slots = t->yhint == DF_Y_COLUMNS ? 1 : t->ny;
             table_free(const_cast<void**>(t->y));
             void** table = table_new(slots);
@@ -149,13 +162,12 @@ int edit_ptr(DFTask* t, int64_t id, const T* p) {
         case DF_PTR_SCOEFF: {
             if (p == nullptr) return DF_NULL_SCOEFF;
             if (t->ny == 0) return DF_BAD_NY;
+            if (const int st = check_sizes(t, t->nx, t->ny, t->sorder); st != DF_OK) return st;
             table_free(t->scoeff);
             t->scoeff = table_new(t->ny);
             if (t->scoeff == nullptr) return DF_NO_MEMORY;
             t->scoeff[0] = const_cast<T*>(p);
-            if ((t->scoeffhint & 0x80) == 0)
-                for (int64_t k = 1; k < t->ny; ++k)
-                    t->scoeff[k] = const_cast<T*>(p) + k * scoeff_spacing(t);
+            spread_scoeff_slots(t);
             return DF_OK;
         }
         default:

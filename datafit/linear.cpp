@@ -32,10 +32,11 @@ int linear_entry(DFTask* t, int64_t method) {
         {linear_worker<T, true, false>, linear_worker<T, true, true>},
         {linear_worker<T, false, false>, linear_worker<T, false, true>}};
     if (t == nullptr) return DF_NULL_TASK;
+    if (!precision_matches<T>(t)) return DF_BAD_PRECISION;
     if (method != 0) return DF_BAD_METHOD;
     if (t->nx < 2) return DF_BAD_NX;
     if (!layout_legal(t->yhint)) return DF_BAD_YHINT;
-    if (const int st = check_tables(t); st != DF_OK) return st;
+    if (const int st = check_build(t, 2); st != DF_OK) return st;
     return kWorkers[layout_row(t->yhint)][is_uniform(t->xhint)](t);
 }
 

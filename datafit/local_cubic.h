@@ -21,6 +21,10 @@ constexpr int64_t local_margin(Local f) { return f == Local::Akima ? 5 : 3; }
 
 constexpr int64_t kTileFunctions = 4;
 constexpr int64_t kTileCells = 2048;
+// A team walks its run in chunks of this many cells, so that its scratch
+// stays small (a few pages) whatever the run; the arithmetic of a cell does
+// not depend on the chunk.
+constexpr int64_t kChunkCells = 256;
 
 // Quantities near both ends of one function, for the end routines.
 template <typename T>
@@ -153,15 +157,10 @@ struct LocalArgs {
 };
 
 template <typename T, Local F, bool Cols, bool Uniform>
-void local_tile(const LocalArgs& a, int64_t tile, T* work) {
+void local_chunk(const LocalArgs& a, int64_t grp, int64_t c_lo, int64_t c_hi, T* work) {
     const DFTask* t = a.task;
     const Grid<T> g = grid_of<T>(t);
     const int64_t n = g.n, ny = functions(t);
-    const int64_t grp = tile / a.runs, run = tile % a.runs;
-    const int64_t c_lo = run * a.run_cells;
-    int64_t c_hi = c_lo + a.run_cells;  // cells [c_lo, c_hi)
-    if (c_hi > n - 1) c_hi = n - 1;
-    if (c_lo >= c_hi) return;
     // Slopes are needed from two cells left of the run to one cell right of it.
     const int64_t lo = c_lo >= 2 ? c_lo - 2 : 0;
     const int64_t hi = c_hi + 1 <= n - 2 ? c_hi + 1 : n - 2;
@@ -216,6 +215,19 @@ void local_tile(const LocalArgs& a, int64_t tile, T* work) {
     }
 }
 
+// Cells [c_lo, c_hi) of the tile's run, chunk by chunk.
+template <typename T, Local F, bool Cols, bool Uniform>
+void local_tile(const LocalArgs& a, int64_t tile, T* work) {
+    const int64_t n = a.task->nx;
+    const int64_t grp = tile / a.runs, run = tile % a.runs;
+    const int64_t c_lo = run * a.run_cells;
+    int64_t c_hi = c_lo + a.run_cells;
+    if (c_hi > n - 1) c_hi = n - 1;
+    for (int64_t lo = c_lo; lo < c_hi; lo += kChunkCells)
+        local_chunk<T, F, Cols, Uniform>(a, grp, lo, lo + kChunkCells < c_hi ? lo + kChunkCells : c_hi,
+                                         work);
+}
+
 template <typename T, Local F, bool Cols, bool Uniform>
 void local_body(int team, int nteams, void*, void* args) {
     const auto& a = *static_cast<const LocalArgs*>(args);
@@ -241,7 +253,7 @@ int local_worker(const DFTask* t, int bi, const DFThreadOps* ops) {
     a.runs = (n - local_margin(F) + kTileCells - 1) / kTileCells;
     if (a.runs < 1) a.runs = 1;
     a.run_cells = (n - 1 + a.runs - 1) / a.runs;
-    a.team_scratch = 5 * (a.run_cells + 4);
+    a.team_scratch = 5 * ((a.run_cells < kChunkCells ? a.run_cells : kChunkCells) + 4);
     const int64_t tiles = a.groups * a.runs;
     int64_t teams = 1;
     if (ops != nullptr && ops->max_threads != nullptr && ops->parallel_run != nullptr)
@@ -267,6 +279,7 @@ int local_entry(DFTask* t, const DFThreadOps* ops) {
         {local_worker<T, F, true, false>, local_worker<T, F, true, true>},
         {local_worker<T, F, false, false>, local_worker<T, F, false, true>}};
     if (t == nullptr) return DF_NULL_TASK;
+    if (!precision_matches<T>(t)) return DF_BAD_PRECISION;
     if (t->nx < local_min_nx(F)) return DF_BAD_NX;
     if (!layout_legal(t->yhint)) return DF_BAD_YHINT;
     const int bi = boundary_index(t->bc_type);
@@ -276,7 +289,7 @@ int local_entry(DFTask* t, const DFThreadOps* ops) {
         if (bi == 6 && (t->stype == 0 || t->stype == 3 || F == Local::Hermite)) return DF_NULL_BC;
     }
     if (F == Local::Hermite && t->ic == nullptr) return DF_BAD_IC;
-    if (const int st = check_tables(t); st != DF_OK) return st;
+    if (const int st = check_build(t, 4); st != DF_OK) return st;
     return kWorkers[layout_row(t->yhint)][is_uniform(t->xhint)](t, bi, ops);
 }
 

@@ -51,6 +51,36 @@ void small_derivatives(int64_t n, const T* h, const T* s, T* d) {
     }
 }
 
+// Solves the columns whose right-hand sides stand at offset `at` of every
+// coefficient block: in one call when the blocks are evenly spaced (so the
+// columns overlap in the solver as before), otherwise block by block.
+template <typename T>
+int solve_columns(const DFTask* t, int64_t ny, int64_t m, int64_t at, const T* dl, const T* dd,
+                  const T* du) {
+    T* first = coeff_of<T>(t, 0) + at;
+    int64_t stride = ny > 1 ? coeff_of<T>(t, 1) - coeff_of<T>(t, 0) : m;
+    bool even = stride >= m && stride <= INT_MAX && ny <= INT_MAX;
+    for (int64_t k = 2; even && k < ny; ++k) even = coeff_of<T>(t, k) - coeff_of<T>(t, 0) == k * stride;
+    int info = 0;
+    if (even) {
+        Tridiag<T>::solve(static_cast<int>(m), static_cast<int>(ny), dl, dd, du, first,
+                          static_cast<int>(stride), &info);
+        return info;
+    }
+    for (int64_t k = 0; k < ny && info == 0; ++k)
+        Tridiag<T>::solve(static_cast<int>(m), 1, dl, dd, du, coeff_of<T>(t, k) + at,
+                          static_cast<int>(m), &info);
+    return info;
+}
+
+// The derivatives d of function k are solved in the top n elements of its
+// coefficient block (4(n-1) elements), and the cells are then written from
+// the first on: cell i overwrites no derivative above d[i+1]. Scratch holds
+// what all functions share: 1/h, the pivots, and the two off-diagonals
+// unless they can sit below the derivatives of block 0, which is done when
+// the factorisation cannot fail (strictly increasing breakpoints and a
+// diagonally dominant matrix: every kind but not-a-knot), so that a refused
+// system leaves every block as it was.
 template <typename T, bool Cols, bool Uniform, int BI>
 int natural_worker(const DFTask* t) {
     const Grid<T> g = grid_of<T>(t);
@@ -66,138 +96,127 @@ int natural_worker(const DFTask* t) {
     if (n > INT_MAX / 2) return DF_NO_MEMORY;
     const bool small = n == 2 || (n == 3 && (BI == 0 || BI == 1));
     const int64_t m = BI == 6 ? n - 1 : n;  // order of the system
-    const int64_t cols = ny + (BI == 6 ? 1 : 0);
-    // Steps with their reciprocals, the three diagonals, and the right-hand
-    // sides side by side in columns of n elements (the periodic system fills
-    // n-1 of them). Three blocks rather than one keep each request moderate,
-    // which lets the allocator serve repeated calls without fresh pages.
-    T* work = scratch<T>(2 * n);
-    T* band = scratch<T>(3 * m + 8);
-    T* B = scratch<T>(n * cols);
-    auto release = [&] {
-        orv_serv_deallocate(work);
-        orv_serv_deallocate(band);
-        orv_serv_deallocate(B);
-    };
-    if (work == nullptr || band == nullptr || B == nullptr) {
-        release();
-        return DF_NO_MEMORY;
-    }
-    T* h = work;
-    T* rh = h + n;
-    T* dl = band;
-    T* dd = dl + m;
-    T* du = dd + m;
-    for (int64_t i = 0; i + 1 < n; ++i) {
-        if constexpr (Uniform) {
-            h[i] = g.h;
-            rh[i] = g.r;
-        } else {
-            h[i] = x[i + 1] - x[i];
-            rh[i] = T(1) / h[i];
-        }
-    }
-    auto span = [&](int64_t i) { return Uniform ? h[i - 1] + h[i] : x[i + 1] - x[i - 1]; };
-    int info = 0;
+    const int64_t at = 3 * n - 4;           // derivatives within a block
+    bool increasing = Uniform ? g.h > T(0) : true;
+    if constexpr (!Uniform)
+        for (int64_t i = 0; i + 1 < n; ++i) increasing &= x[i + 1] > x[i];
+    const bool host = !small && increasing && BI != 0;
+    const int64_t rh_len = Uniform ? 0 : n - 1;
+    const int64_t band_len = small ? 0 : (host ? m : 3 * m);
+    const int64_t z_len = BI == 6 && !small ? m : 0;
+    T* work = scratch<T>(rh_len + band_len + z_len + 1);
+    if (work == nullptr) return DF_NO_MEMORY;
+    T* rh_store = work;
+    auto rh = [&](int64_t i) { if constexpr (Uniform) return g.r; else return rh_store[i]; };
+    auto h = [&](int64_t i) { if constexpr (Uniform) return g.h; else return x[i + 1] - x[i]; };
+    if constexpr (!Uniform)
+        for (int64_t i = 0; i + 1 < n; ++i) rh_store[i] = T(1) / (x[i + 1] - x[i]);
+    T* dd = work + rh_len;
+    T* dl = host ? coeff_of<T>(t, 0) : dd + m;
+    T* du = dl + m;
+    T* z = work + rh_len + band_len;
+    auto span = [&](int64_t i) { return Uniform ? g.h + g.h : x[i + 1] - x[i - 1]; };
     if (!small) {
         // Interior rows: continuity of the second derivative at x[i].
         for (int64_t i = 1; i + 1 < n; ++i) {
-            dl[i - 1] = h[i];
+            dl[i - 1] = h(i);
             dd[i] = T(2) * span(i);
-            du[i] = h[i - 1];
+            du[i] = h(i - 1);
         }
         if constexpr (BI == 6) {
             // Cyclic rows 0 and m-1 with the corners h[0] and h[n-3] moved
             // into the rank-one term u v^T, u = (h[0], 0.., h[n-3]), v = (1, 0.., 1).
-            dd[0] = T(2) * (h[n - 2] + h[0]) - h[0];
-            du[0] = h[n - 2];
+            dd[0] = T(2) * (h(n - 2) + h(0)) - h(0);
+            du[0] = h(n - 2);
             if (m > 1) {
-                dl[m - 2] = h[n - 2];
-                dd[m - 1] = T(2) * (h[n - 3] + h[n - 2]) - h[n - 3];
+                dl[m - 2] = h(n - 2);
+                dd[m - 1] = T(2) * (h(n - 3) + h(n - 2)) - h(n - 3);
             }
         } else {
             if constexpr (BI == 0) {
-                dd[0] = h[1];
-                du[0] = Uniform ? h[0] + h[1] : x[2] - x[0];
-                dl[n - 2] = Uniform ? h[0] + h[1] : x[n - 1] - x[n - 3];
-                dd[n - 1] = h[n - 3];
+                dd[0] = h(1);
+                du[0] = Uniform ? g.h + g.h : x[2] - x[0];
+                dl[n - 2] = Uniform ? g.h + g.h : x[n - 1] - x[n - 3];
+                dd[n - 1] = h(n - 3);
             }
             if constexpr (BI == 1 || BI == 4 || BI == 5) dd[0] = T(2), du[0] = T(1);
             if constexpr (BI == 2 || BI == 3) dd[0] = T(1), du[0] = T(0);
             if constexpr (BI == 1 || BI == 3 || BI == 5) dl[n - 2] = T(1), dd[n - 1] = T(2);
             if constexpr (BI == 2 || BI == 4) dl[n - 2] = T(0), dd[n - 1] = T(1);
         }
+        int info = 0;
         Tridiag<T>::factor(static_cast<int>(m), dl, dd, du, &info);
         if (info != 0) {
-            release();
+            orv_serv_deallocate(work);
             return DF_SOLVER_FAILED;
         }
     }
     // Right-hand sides, one column per function.
     for (int64_t k = 0; k < ny; ++k) {
         const auto y = values_of<T, Cols>(t, k);
-        T* b = B + k * n;
+        T* b = coeff_of<T>(t, k) + at;
         if (small) {
-            T s[2];
-            for (int64_t i = 0; i + 1 < n; ++i) s[i] = (y[i + 1] - y[i]) * rh[i];
-            small_derivatives<T, BI>(n, h, s, b);
+            T s[2], hs[2];
+            for (int64_t i = 0; i + 1 < n; ++i) s[i] = (y[i + 1] - y[i]) * rh(i), hs[i] = h(i);
+            small_derivatives<T, BI>(n, hs, s, b);
             continue;
         }
         // Slopes first, then the interior rows from them, from the top down
         // so that each row still reads the slopes it needs.
-        for (int64_t i = 0; i + 1 < n; ++i) b[i] = (y[i + 1] - y[i]) * rh[i];
-        for (int64_t i = n - 2; i >= 1; --i) b[i] = T(3) * (h[i] * b[i - 1] + h[i - 1] * b[i]);
-        const T s0 = (y[1] - y[0]) * rh[0], s1 = (y[2] - y[1]) * rh[1];
-        const T sl = (y[n - 1] - y[n - 2]) * rh[n - 2], sl1 = (y[n - 2] - y[n - 3]) * rh[n - 3];
+        for (int64_t i = 0; i + 1 < n; ++i) b[i] = (y[i + 1] - y[i]) * rh(i);
+        for (int64_t i = n - 2; i >= 1; --i) b[i] = T(3) * (h(i) * b[i - 1] + h(i - 1) * b[i]);
+        const T s0 = (y[1] - y[0]) * rh(0), s1 = (y[2] - y[1]) * rh(1);
+        const T sl = (y[n - 1] - y[n - 2]) * rh(n - 2), sl1 = (y[n - 2] - y[n - 3]) * rh(n - 3);
         if constexpr (BI == 6) {
-            b[0] = T(3) * (h[0] * sl + h[n - 2] * s0);
+            b[0] = T(3) * (h(0) * sl + h(n - 2) * s0);
         } else {
             if constexpr (BI == 0) {
-                const T H = Uniform ? h[0] + h[1] : x[2] - x[0];
-                const T Hl = Uniform ? h[0] + h[1] : x[n - 1] - x[n - 3];
-                const T a = h[n - 3], bb = h[n - 2];
-                b[0] = (s1 * h[0] * h[0] + s0 * h[1] * (T(2) * H + h[0])) / H;
+                const T H = Uniform ? g.h + g.h : x[2] - x[0];
+                const T Hl = Uniform ? g.h + g.h : x[n - 1] - x[n - 3];
+                const T a = h(n - 3), bb = h(n - 2), h0 = h(0), h1 = h(1);
+                b[0] = (s1 * h0 * h0 + s0 * h1 * (T(2) * H + h0)) / H;
                 b[n - 1] = (sl1 * bb * bb + sl * a * (T(2) * Hl + bb)) / Hl;
             }
             if constexpr (BI == 1) b[0] = T(3) * s0, b[n - 1] = T(3) * sl;
             if constexpr (BI == 2 || BI == 3) b[0] = bc[0];
             if constexpr (BI == 2 || BI == 4) b[n - 1] = bc[1];
-            if constexpr (BI == 4 || BI == 5) b[0] = T(3) * s0 - T(0.5) * h[0] * bc[0];
-            if constexpr (BI == 3 || BI == 5) b[n - 1] = T(3) * sl + T(0.5) * h[n - 2] * bc[1];
+            if constexpr (BI == 4 || BI == 5) b[0] = T(3) * s0 - T(0.5) * h(0) * bc[0];
+            if constexpr (BI == 3 || BI == 5) b[n - 1] = T(3) * sl + T(0.5) * h(n - 2) * bc[1];
         }
     }
     if (!small) {
+        int info = solve_columns<T>(t, ny, m, at, dl, dd, du);
         if constexpr (BI == 6) {
-            T* z = B + ny * n;
             for (int64_t i = 0; i < m; ++i) z[i] = T(0);
-            z[0] = h[0];
-            z[m - 1] += h[n - 3];
-        }
-        Tridiag<T>::solve(static_cast<int>(m), static_cast<int>(cols), dl, dd, du, B,
-                          static_cast<int>(n), &info);
-        if (info != 0) {
-            release();
-            return DF_SOLVER_FAILED;
-        }
-        if constexpr (BI == 6) {
-            const T* z = B + ny * n;
+            z[0] = h(0);
+            z[m - 1] += h(n - 3);
+            if (info == 0)
+                Tridiag<T>::solve(static_cast<int>(m), 1, dl, dd, du, z, static_cast<int>(m), &info);
             const T f = T(1) / (z[0] + T(1) + z[m - 1]);
             for (int64_t k = 0; k < ny; ++k) {
-                T* b = B + k * n;
+                T* b = coeff_of<T>(t, k) + at;
                 const T c = (b[0] + b[m - 1]) * f;
                 for (int64_t i = 0; i < m; ++i) b[i] -= c * z[i];
                 b[n - 1] = b[0];
             }
         }
+        if (info != 0) {
+            orv_serv_deallocate(work);
+            return DF_SOLVER_FAILED;
+        }
     }
     for (int64_t k = 0; k < ny; ++k) {
         const auto y = values_of<T, Cols>(t, k);
-        const T* d = B + k * n;
         T* c = coeff_of<T>(t, k);
-        for (int64_t i = 0; i + 1 < n; ++i)
-            cubic_cell(c + 4 * i, y[i], (y[i + 1] - y[i]) * rh[i], d[i], d[i + 1], rh[i]);
+        const T* d = c + at;
+        T d0 = d[0];
+        for (int64_t i = 0; i + 1 < n; ++i) {
+            const T d1 = d[i + 1];
+            cubic_cell(c + 4 * i, y[i], (y[i + 1] - y[i]) * rh(i), d0, d1, rh(i));
+            d0 = d1;
+        }
     }
-    release();
+    orv_serv_deallocate(work);
     return DF_OK;
 }
 
@@ -218,6 +237,7 @@ int natural_entry(DFTask* t, int64_t method) {
         {NaturalRow<T, true, false>::row, NaturalRow<T, true, true>::row},
         {NaturalRow<T, false, false>::row, NaturalRow<T, false, true>::row}};
     if (t == nullptr) return DF_NULL_TASK;
+    if (!precision_matches<T>(t)) return DF_BAD_PRECISION;
     if (method != 0) return DF_BAD_METHOD;
     if (t->nx < 2 || (t->nx == 2 && t->bc_type == DF_BC_NOT_A_KNOT)) return DF_BAD_NX;
     if (!layout_legal(t->yhint)) return DF_BAD_YHINT;
@@ -227,7 +247,7 @@ int natural_entry(DFTask* t, int64_t method) {
         if (boundary_needs_values(bi)) return DF_NULL_BC;
         if (bi == 6 && (t->stype == 0 || t->stype == 3)) return DF_NULL_BC;
     }
-    if (const int st = check_tables(t); st != DF_OK) return st;
+    if (const int st = check_build(t, 4); st != DF_OK) return st;
     return kWorkers[layout_row(t->yhint)][is_uniform(t->xhint)][bi](t);
 }
 

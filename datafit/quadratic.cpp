@@ -8,39 +8,22 @@
 namespace orv::df {
 namespace {
 
-constexpr int64_t kStackLimit = 0xFFF;
-
+// The midpoint values are carried cell to cell: cell c is written as soon as
+// its midpoint m[c+1] is known, so no scratch is needed.
 template <typename T, bool Cols, bool Uniform>
 int midpoint_worker(const DFTask* t) {
     const int64_t n = t->nx, ny = functions(t);
     const T* x = static_cast<const T*>(t->x);
-    T stack_buf[kStackLimit + 1];
-    T* m = stack_buf;
-    if (n >= kStackLimit) {
-        m = scratch<T>(n + 1);
-        if (m == nullptr) return DF_NO_MEMORY;
-    }
     const T bc0 = bc_value<T>(t, 0);
     // Uniform: hh = half the cell width, with its reciprocal.
     const T hh_u = Uniform ? (x[1] - x[0]) * T(0.5) * (T(1) / T(n - 1)) : T(0);
     const T rhh_u = Uniform ? T(1) / hh_u : T(0);
     for (int64_t k = 0; k < ny; ++k) {
         const auto y = values_of<T, Cols>(t, k);
-        // m[c+1]: value at the middle of cell c.
-        m[1] = bc0;
-        for (int64_t i = 0; i + 2 < n; ++i) {
-            if constexpr (Uniform) {
-                m[i + 2] = (y[i] + y[i + 2]) * T(0.25) + (y[i + 1] * T(1.5) - m[i + 1]);
-            } else {
-                const T hp = x[i + 1] - x[i], hn = x[i + 2] - x[i + 1];
-                m[i + 2] = hn * T(0.25) *
-                               ((T(3) * y[i + 1] + y[i + 2]) / hn + (T(3) * y[i + 1] + y[i]) / hp) -
-                           (m[i + 1] * hn) / hp;
-            }
-        }
         T* c = coeff_of<T>(t, k);
+        T mid = bc0;  // value at the middle of cell i
         for (int64_t i = 0; i + 1 < n; ++i) {
-            const T yl = y[i], yr = y[i + 1], mid = m[i + 1];
+            const T yl = y[i], yr = y[i + 1];
             T* ci = c + 3 * i;
             if constexpr (Uniform) {
                 ci[2] = ((yl - T(2) * mid + yr) * T(0.5)) / (hh_u * hh_u);
@@ -51,9 +34,19 @@ int midpoint_worker(const DFTask* t) {
                 ci[1] = T(2) * (mid - (hh * hh * ci[2] + yl)) / w;
             }
             ci[0] = yl;
+            if (i + 2 < n) {
+                // First derivative continuous at x[i+1].
+                if constexpr (Uniform) {
+                    mid = (y[i] + y[i + 2]) * T(0.25) + (y[i + 1] * T(1.5) - mid);
+                } else {
+                    const T hp = x[i + 1] - x[i], hn = x[i + 2] - x[i + 1];
+                    mid = hn * T(0.25) *
+                              ((T(3) * y[i + 1] + y[i + 2]) / hn + (T(3) * y[i + 1] + y[i]) / hp) -
+                          (mid * hn) / hp;
+                }
+            }
         }
     }
-    if (m != stack_buf) orv_serv_deallocate(m);
     return DF_OK;
 }
 
@@ -194,11 +187,12 @@ int quadratic_entry(DFTask* t) {
         {{KnotRow<T, true, false>::row, KnotRow<T, true, true>::row},
          {KnotRow<T, false, false>::row, KnotRow<T, false, true>::row}}};
     if (t == nullptr) return DF_NULL_TASK;
+    if (!precision_matches<T>(t)) return DF_BAD_PRECISION;
     if (!layout_legal(t->yhint)) return DF_BAD_YHINT;
     if (t->stype == 0) {
         if (t->bc_type != DF_BC_Q_VALUE) return DF_BAD_BC_TYPE;
         if (t->bc == nullptr) return DF_NULL_BC;
-        if (const int st = check_tables(t); st != DF_OK) return st;
+        if (const int st = check_build(t, 3); st != DF_OK) return st;
         return kMidpoint[layout_row(t->yhint)][is_uniform(t->xhint)](t);
     }
     if (t->stype != 1) return DF_BAD_METHOD;
@@ -209,7 +203,7 @@ int quadratic_entry(DFTask* t) {
     const Worker w = kKnot[(t->ic_type >> 2) & 1][layout_row(t->yhint)][is_uniform(t->xhint)][bi];
     if (w == nullptr) return DF_BAD_BC_TYPE;
     if (t->nx > INT32_MAX) return DF_NO_MEMORY;
-    if (const int st = check_tables(t); st != DF_OK) return st;
+    if (const int st = check_build(t, 3); st != DF_OK) return st;
     return w(t);
 }
 

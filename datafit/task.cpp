@@ -9,6 +9,7 @@ namespace orv::df {
 
 void** table_new(int64_t slots) {
     if (slots < 1) slots = 1;
+    if (slots >= PTRDIFF_MAX / static_cast<int64_t>(sizeof(void*))) return nullptr;
     auto* block = static_cast<int64_t*>(
         orv_serv_allocate(static_cast<size_t>(slots + 1) * sizeof(void*), kAlign));
     if (block == nullptr) return nullptr;
@@ -74,6 +75,28 @@ int rebuild_scoeff_table(DFTask* t) {
     table_free(old);
     t->scoeff = fresh;
     return DF_OK;
+}
+
+namespace {
+
+int sizes_fit(int64_t elem, int64_t nx, int64_t ny, int64_t sorder) {
+    if (ny < 1) ny = 1;
+    if (ny >= PTRDIFF_MAX / static_cast<int64_t>(sizeof(void*))) return DF_NO_MEMORY;
+    const int64_t values = checked_product(checked_product(nx, ny), elem);
+    const int64_t coeffs = checked_product(checked_product(checked_product(nx, sorder), ny), elem);
+    return values < 0 || coeffs < 0 ? DF_NO_MEMORY : DF_OK;
+}
+
+}  // namespace
+
+int check_sizes(const DFTask* t, int64_t nx, int64_t ny, int64_t sorder) {
+    return sizes_fit(t->is_double ? 8 : 4, nx, ny, sorder);
+}
+
+int check_build(const DFTask* t, int64_t order) {
+    if (t->sorder != order) return DF_BAD_SORDER;
+    if (const int st = check_sizes(t, t->nx, functions(t), order); st != DF_OK) return st;
+    return check_tables(t);
 }
 
 int check_tables(const DFTask* t) {
@@ -147,6 +170,7 @@ int new_task(DFTask** task, int64_t nx, const T* x, int64_t xhint, int64_t ny, c
     if (ny != 0 && y == nullptr) return DF_NULL_Y;
     if (!layout_legal(yhint)) return DF_BAD_YHINT;
     if (ny < 0) return DF_BAD_NY;
+    if (sizes_fit(sizeof(T), nx, ny, 0) != DF_OK) return DF_NO_MEMORY;
     auto* t = static_cast<DFTask*>(orv_serv_allocate(sizeof(DFTask), kAlign));
     if (t == nullptr) return DF_NO_MEMORY;
     std::memset(static_cast<void*>(t), 0, sizeof(DFTask));

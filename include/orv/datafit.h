@@ -110,7 +110,7 @@ typedef struct DFTask {
 #define DF_BAD_NY (-1007)             /* ny below 1, or y / coefficients given with ny 0 */
 #define DF_NULL_Y (-1008)             /* ny given with null y */
 #define DF_BAD_YHINT (-1009)          /* illegal yhint, or y slot edit on columns layout */
-#define DF_BAD_SORDER (-1010)         /* negative sorder */
+#define DF_BAD_SORDER (-1010)         /* negative sorder, or not the constructor's order */
 #define DF_BAD_STYPE (-1011)          /* illegal order and kind pair */
 #define DF_BAD_IC_TYPE (-1012)        /* illegal ic_type, or ic given with ic_type 0 */
 #define DF_BAD_IC (-1013)             /* ic null where needed, or secondary knots out of order */
@@ -129,6 +129,7 @@ typedef struct DFTask {
 #define DF_BAD_FLAG23 (-1036)         /* parameter 23 not 0 or 1 */
 #define DF_NULL_OUTPUT (-1037)        /* query output pointer null */
 #define DF_SOLVER_FAILED (-1500)      /* tridiagonal routine reported a non-zero info */
+#define DF_BAD_PRECISION (-1038)      /* constructor of the other precision than the task's */
 
 /* Task life. */
 ORV_DF_API int orv_df_kernel_dNewTask1D(DFTask** task, int64_t nx, const double* x, int64_t xhint,

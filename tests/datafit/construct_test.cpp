@@ -1,6 +1,6 @@
 // Properties of every constructor, boundary kind, value layout and partition
 // kind: interpolation, continuity, end conditions, periodicity, reproduction
-// of lines (and of cubics by not-a-knot), monotonicity of Hyman, and single
+// of lines, monotonicity of Hyman, and single
 // precision against double.
 #include <gtest/gtest.h>
 
@@ -146,32 +146,18 @@ Built<T> build(const Case& c, const Problem& p) {
     const bool separate = c.yhint == 0x80;
     Built<T> out;
     DFTask* t = nullptr;
-    int st;
-    if constexpr (sizeof(T) == 8)
-        st = orv_df_kernel_dNewTask1D(&t, n, x.data(), c.xhint, ny, y.data(), c.yhint, 0);
-    else
-        st = orv_df_kernel_sNewTask1D(&t, n, x.data(), c.xhint, ny, y.data(), c.yhint, 0);
+    int st = dftest::Api<T>::new_task(&t, n, x.data(), c.xhint, ny, y.data(), c.yhint, 0);
     EXPECT_EQ(st, DF_OK);
     if (st != DF_OK) return out;
     const bool knots = c.kind == Kind::Quadratic && c.stype == 1;
     const int64_t ic_type = ic.empty() ? 0 : (knots ? 8 : 1);
     const T* icp = ic.empty() ? nullptr : ic.data();
-    if constexpr (sizeof(T) == 8) {
-        st = orv_df_kernel_dEditPPSpline1D(t, order, c.stype, c.bc_type, bc.data(), ic_type, icp,
-                                           separate ? blocks[0].data() : one_block.data(),
-                                           separate ? 0x80 : c.yhint);
-        for (int64_t k = 1; separate && k < ny; ++k) {
-            EXPECT_EQ(orv_df_kernel_dEditIdxPtr(t, DF_PTR_Y, k, y.data() + k * n), DF_OK);
-            EXPECT_EQ(orv_df_kernel_dEditIdxPtr(t, DF_PTR_SCOEFF, k, blocks[k].data()), DF_OK);
-        }
-    } else {
-        st = orv_df_kernel_sEditPPSpline1D(t, order, c.stype, c.bc_type, bc.data(), ic_type, icp,
-                                           separate ? blocks[0].data() : one_block.data(),
-                                           separate ? 0x80 : c.yhint);
-        for (int64_t k = 1; separate && k < ny; ++k) {
-            EXPECT_EQ(orv_df_kernel_sEditIdxPtr(t, DF_PTR_Y, k, y.data() + k * n), DF_OK);
-            EXPECT_EQ(orv_df_kernel_sEditIdxPtr(t, DF_PTR_SCOEFF, k, blocks[k].data()), DF_OK);
-        }
+    st = dftest::Api<T>::edit_pp(t, order, c.stype, c.bc_type, bc.data(), ic_type, icp,
+                                 separate ? blocks[0].data() : one_block.data(),
+                                 separate ? 0x80 : c.yhint);
+    for (int64_t k = 1; separate && k < ny; ++k) {
+        EXPECT_EQ(dftest::Api<T>::edit_idx_ptr(t, DF_PTR_Y, k, y.data() + k * n), DF_OK);
+        EXPECT_EQ(dftest::Api<T>::edit_idx_ptr(t, DF_PTR_SCOEFF, k, blocks[k].data()), DF_OK);
     }
     EXPECT_EQ(st, DF_OK);
     // Secondary knots without an array: the midpoints.
@@ -351,28 +337,6 @@ INSTANTIATE_TEST_SUITE_P(All, Construct,
                          ::testing::Values(Kind::Linear, Kind::Quadratic, Kind::Akima, Kind::Bessel,
                                            Kind::Hyman, Kind::Hermite, Kind::Default, Kind::Natural),
                          [](const auto& info) { return std::string(dftest::name(info.param)); });
-
-// Not-a-knot reproduces any cubic exactly.
-class NaturalCubic : public ::testing::TestWithParam<std::tuple<int64_t, int64_t>> {};
-TEST_P(NaturalCubic, NotAKnotReproducesACubic) {
-    const auto [yh, xh] = GetParam();
-    const Case c{Kind::Natural, 0x01, 0, yh, xh, 9, 2, false};
-    Problem p = make(c, Shape::Wavy);
-    auto f = [](double x, int64_t k) { return 0.5 - 1.5 * x + 0.25 * x * x * double(k + 1) + 0.125 * x * x * x; };
-    for (int64_t k = 0; k < c.ny; ++k)
-        for (int64_t i = 0; i < c.nx; ++i) p.y[k * c.nx + i] = f(p.xs[i], k);
-    const Built<double> b = build<double>(c, p);
-    ASSERT_EQ(b.status, DF_OK);
-    for (int64_t k = 0; k < c.ny; ++k)
-        for (int64_t i = 0; i + 1 < c.nx; ++i) {
-            const double x = p.xs[i], q = 0.25 * double(k + 1);
-            const double want[4] = {f(x, k), -1.5 + 2 * q * x + 0.375 * x * x, q + 0.375 * x, 0.125};
-            for (int j = 0; j < 4; ++j) EXPECT_NEAR(b.coef[k][4 * i + j], want[j], 1e-10) << i;
-        }
-}
-INSTANTIATE_TEST_SUITE_P(Layouts, NaturalCubic,
-                         ::testing::Combine(::testing::Values(0x10, 0x20, 0x80),
-                                            ::testing::Values(1, 4)));
 
 // Hyman keeps monotone data monotone and is flat at a local extremum.
 TEST(Hyman, MonotoneDataGiveAMonotoneSpline) {

@@ -59,19 +59,9 @@ void check(const Known& k, double tol) {
     std::vector<T> bc(k.bc.begin(), k.bc.end()), ic(k.ic.begin(), k.ic.end());
     std::vector<T> coef(k.coef.size(), T(-999));
     DFTask* t = nullptr;
-    int st = sizeof(T) == 8
-                 ? orv_df_kernel_dNewTask1D(&t, n, reinterpret_cast<const double*>(x.data()), 1, 1,
-                                            reinterpret_cast<const double*>(y.data()), 0x10, 0)
-                 : orv_df_kernel_sNewTask1D(&t, n, reinterpret_cast<const float*>(x.data()), 1, 1,
-                                            reinterpret_cast<const float*>(y.data()), 0x10, 0);
-    ASSERT_EQ(st, DF_OK);
+    ASSERT_EQ(dftest::Api<T>::new_task(&t, n, x.data(), 1, 1, y.data(), 0x10, 0), DF_OK);
     const int64_t ic_type = ic.empty() ? 0 : (k.kind == dftest::Kind::Quadratic ? 8 : 1);
-    if constexpr (sizeof(T) == 8)
-        st = orv_df_kernel_dEditPPSpline1D(t, dftest::order_of(k.kind), k.stype, k.bc_type,
-                                           bc.empty() ? nullptr : bc.data(), ic_type,
-                                           ic.empty() ? nullptr : ic.data(), coef.data(), 0x10);
-    else
-        st = orv_df_kernel_sEditPPSpline1D(t, dftest::order_of(k.kind), k.stype, k.bc_type,
+    const int st = dftest::Api<T>::edit_pp(t, dftest::order_of(k.kind), k.stype, k.bc_type,
                                            bc.empty() ? nullptr : bc.data(), ic_type,
                                            ic.empty() ? nullptr : ic.data(), coef.data(), 0x10);
     ASSERT_EQ(st, DF_OK);

@@ -51,6 +51,22 @@ Ctor ctor(Kind k) {
     }
 }
 
+// The task calls of precision T, so that a test is written once for both.
+template <typename T>
+struct Api;
+template <>
+struct Api<double> {
+    static constexpr auto new_task = orv_df_kernel_dNewTask1D;
+    static constexpr auto edit_pp = orv_df_kernel_dEditPPSpline1D;
+    static constexpr auto edit_idx_ptr = orv_df_kernel_dEditIdxPtr;
+};
+template <>
+struct Api<float> {
+    static constexpr auto new_task = orv_df_kernel_sNewTask1D;
+    static constexpr auto edit_pp = orv_df_kernel_sEditPPSpline1D;
+    static constexpr auto edit_idx_ptr = orv_df_kernel_sEditIdxPtr;
+};
+
 inline int order_of(Kind k) { return k == Kind::Linear ? 2 : k == Kind::Quadratic ? 3 : 4; }
 
 // Derivative der of sum c[j] t^j at t.

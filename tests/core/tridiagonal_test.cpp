@@ -121,10 +121,6 @@ TEST(Tridiagonal, BadArgumentsAreNamed) {
     EXPECT_EQ(info, -1);
 }
 
-}  // namespace
-
-namespace {
-
 // Long systems whose pivot products leave the range of the type in either
 // direction: the factors must stay exact up to rounding (small residual).
 class LongSystem : public ::testing::TestWithParam<double> {};
