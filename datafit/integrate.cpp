@@ -62,6 +62,28 @@ struct Integr {
         return value_at<T>(t, f, kind == kEvalStepLeft ? i : i - 1);
     }
 
+    // Whole cubic cells k0.. in rounds of four, into four partial sums;
+    // returns the first cell not summed.
+    template <bool Uniform>
+    static int64_t whole_cubics(const T* c, int64_t k, int64_t end, const Breaks<T>& b, T* s4) {
+        T a0 = s4[0], a1 = s4[1], a2 = s4[2], a3 = s4[3];
+        const T* x = b.x;
+        auto cell = [&](int64_t j) {
+            const T w = Uniform ? (T(j + 1) * b.h + x[0]) - (T(j) * b.h + x[0]) : x[j + 1] - x[j];
+            const T* cc = c + 4 * j;
+            return (((cc[3] * T(0.25) * w + cc[2] * T(0.3333333333333333)) * w + cc[1] * T(0.5)) * w +
+                    cc[0]) * w;
+        };
+        for (; k + 4 <= end; k += 4) {
+            a0 += cell(k);
+            a1 += cell(k + 1);
+            a2 += cell(k + 2);
+            a3 += cell(k + 3);
+        }
+        s4[0] = a0, s4[1] = a1, s4[2] = a2, s4[3] = a3;
+        return k;
+    }
+
     // Integral of function f over [lo, hi] (lo <= hi) with cells cl, ch.
     T plain(int64_t f, T lo, T hi, int64_t cl, int64_t ch, const Breaks<T>& b) const {
         const int64_t nx = t->nx;
@@ -93,15 +115,7 @@ struct Integr {
         // Whole cells in four partial sums.
         T s4[4] = {T(0), T(0), T(0), T(0)};
         int64_t k = pl + 1;
-        if (so == 4) {
-            for (; k + 4 <= ph; k += 4)
-                for (int q = 0; q < 4; ++q) {
-                    const T* cc = c + 4 * (k + q);
-                    const T w = b[k + q + 1] - b[k + q];
-                    s4[q] += (((cc[3] * T(0.25) * w + cc[2] * T(0.3333333333333333)) * w +
-                               cc[1] * T(0.5)) * w + cc[0]) * w;
-                }
-        }
+        if (so == 4) k = b.uniform ? whole_cubics<true>(c, k, ph, b, s4) : whole_cubics<false>(c, k, ph, b, s4);
         for (; k < ph; ++k) s4[k & 3] += piece<T>(c + so * k, so, T(0), b[k + 1] - b[k]);
         const T last = piece<T>(c + so * ph, so, T(0), hi - b[ph]);
         return first + ((s4[0] + s4[1]) + (s4[2] + s4[3])) + last;

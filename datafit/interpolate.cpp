@@ -72,6 +72,23 @@ struct Interp {
         }
     }
 
+    template <bool Uniform>
+    void cubic_rows(const T* coeff, const T* s, const int64_t* cells, int64_t m, T* out, int64_t is,
+                    const Breaks<T>& b) const {
+        const int64_t nx = t->nx;
+        for (int64_t i = 0; i < m; ++i) {
+            const int64_t p = poly_index(cells[i], nx);
+            const T x = s[i] - (Uniform ? T(p) * b.h + b.x[0] : b.x[p]);
+            const T* c = coeff + 4 * p;
+            T* o = out + i * is;
+            o[0] = ((x * c[3] + c[2]) * x + c[1]) * x + c[0];
+            if (nd == 3) {
+                o[1] = (T(3) * c[3] * x + T(2) * c[2]) * x + c[1];
+                o[2] = T(6) * c[3] * x + T(2) * c[2];
+            }
+        }
+    }
+
     // Evaluates the spline at sites idx[0..m) of the block (all when idx is
     // null). Returns DF_OK or DF_NOT_A_BREAKPOINT and friends for look-up.
     int spline(const T* s, const int64_t* cells, const int64_t* idx, int64_t m,
@@ -90,15 +107,11 @@ struct Interp {
         }
         for (int64_t f = 0; f < ny(); ++f) {
             const T* coeff = static_cast<const T*>(t->scoeff[f]);
-            if (kind == kEvalCubic && nd == 1 && orders[0] == 0 && idx == nullptr) {
-                // The common request: values of a cubic.
-                T* out = dst.at(f, 0);
-                for (int64_t i = 0; i < m; ++i) {
-                    const int64_t p = poly_index(cells[i], nx);
-                    const T x = s[i] - b[p];
-                    const T* c = coeff + 4 * p;
-                    out[i * dst.is] = ((x * c[3] + c[2]) * x + c[1]) * x + c[0];
-                }
+            if (kind == kEvalCubic && idx == nullptr && orders[0] == 0 &&
+                (nd == 1 || (nd == 3 && orders[1] == 1 && orders[2] == 2))) {
+                // The common requests of a cubic: the value, or it with two derivatives.
+                if (b.uniform) cubic_rows<true>(coeff, s, cells, m, dst.at(f, 0), dst.is, b);
+                else cubic_rows<false>(coeff, s, cells, m, dst.at(f, 0), dst.is, b);
                 continue;
             }
             for (int64_t q = 0; q < m; ++q) {

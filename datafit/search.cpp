@@ -81,19 +81,47 @@ inline I quasi_cell(I nx, const T* x, T s, T rh) {
     return walk_left<T, I>(x, r - 1, s);
 }
 
+// Cell in (low, high] given x[low] <= s < x[high]: halving without
+// branches, so that random sites cost no mispredictions.
+template <typename T, typename I>
+inline I bracketed_cell(const T* x, I low, I high, T s) {
+    I len = high - low;
+    while (len > 1) {
+        const I half = len / 2;
+        low = x[low + half] <= s ? low + half : low;
+        len -= half;
+    }
+    return low + 1;
+}
+
 template <typename T, typename I, typename O>
 void sorted(I nx, const T* x, int64_t n, const T* site, int64_t* hint, O* cell) {
     I c = static_cast<I>(std::clamp<int64_t>(*hint, 0, nx - 1));
     for (int64_t i = 0; i < n; ++i) {
         const T s = site[i];
+        if (c < nx && s < x[c]) {
+            // The common case of dense ascending sites: still in the hint's
+            // cell (or left of the partition).
+            c = s < x[0] ? 0 : c;
+            cell[i] = static_cast<O>(c);
+            continue;
+        }
         if (s == x[nx - 1]) { cell[i] = static_cast<O>(nx - 1); continue; }
         if (s < x[0]) { cell[i] = 0; c = 0; continue; }
         if (!(s < x[nx - 1])) { cell[i] = static_cast<O>(nx); c = nx; continue; }
         if (c > nx - 1) c = nx - 1;  // after a site past the end, the next must ascend
         if (s < x[c]) { cell[i] = static_cast<O>(c); continue; }
-        I low = c, high = nx - 1;
-        if (c < nx - 2) bisect<T, I>(x, low, high, s, 1);
-        c = s < x[low] ? low : high;
+        // x[c] <= s < x[nx-1]: gallop from the hint, then halve the bracket.
+        // The cell is the one bisection over [c, nx-1] finds, at a cost that
+        // grows with the distance moved rather than with nx.
+        I low = c, high = c + 1, step = 1;
+        while (high < nx - 1 && !(s < x[high])) {
+            low = high;
+            const I rest = nx - 1 - c;
+            step = step > rest / 2 ? rest : step * 2;
+            high = c + step;
+        }
+        c = bracketed_cell<T, I>(x, low, high, s);
         cell[i] = static_cast<O>(c);
     }
     *hint = c;
@@ -105,20 +133,17 @@ template <typename T, typename I>
 inline I hybrid_cell(I nx, const T* x, T s, T lut_scale, int64_t lut_size, const int64_t* lut) {
     if (!(s < x[nx - 1])) return s == x[nx - 1] ? nx - 1 : nx;
     if (s < x[0]) return 0;
-    I low = 0, high = nx;
-    I gap = 100;
     if (lut != nullptr) {
         const T b = (s - x[0]) * lut_scale;
         if (b >= T(0) && b < T(lut_size + 1)) {
             const int64_t k = static_cast<int64_t>(b);
             const int64_t lo = lut[2 * k], hi = lut[2 * k + 1];
-            if (lo >= 0 && lo < hi && hi < nx && x[lo] <= s && s < x[hi]) {
-                low = static_cast<I>(lo), high = static_cast<I>(hi);
-                gap = 8;
-            }
+            if (lo >= 0 && lo < hi && hi < nx && x[lo] <= s && s < x[hi])
+                return bracketed_cell<T, I>(x, static_cast<I>(lo), static_cast<I>(hi), s);
         }
     }
-    if (high - low > gap) bisect<T, I>(x, low, high, s, gap);
+    I low = 0, high = nx;
+    if (high - low > 100) bisect<T, I>(x, low, high, s, 100);
     return walk_right<T, I>(x, low + 1, high, s);
 }
 
