@@ -9,7 +9,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <fstream>
 #include <random>
+#include <sstream>
+#include <string>
 #include <vector>
 
 #include "spline_util.h"
@@ -490,6 +493,54 @@ TEST(SinglePrecision, InterpolateAndIntegrate) {
     }
     EXPECT_NEAR(q, want, 1e-5);
     orv_df_kernel_DeleteTask(&t);
+}
+
+// scipy's PPoly on fixed coefficients of orders 2, 3, 4 and 6: values and
+// derivatives 0..3 and integrals with extrapolation
+// (tests/data/datafit/ppoly_reference.txt, tools/gen_datafit_eval_ref.py).
+TEST(PPolyReference, ValuesDerivativesAndIntegrals) {
+    std::ifstream in(std::string(ORV_DF_DATA_DIR) + "/ppoly_reference.txt");
+    ASSERT_TRUE(in.good());
+    std::string line, word;
+    std::vector<double> x, c, ys;
+    int64_t order = 0, cases = 0;
+    DFTask* t = nullptr;
+    while (std::getline(in, line)) {
+        std::istringstream ls(line);
+        ls >> word;
+        std::vector<double> v;
+        for (double d; ls >> d;) v.push_back(d);
+        if (word == "case") {
+            std::istringstream cs(line);
+            std::string w;
+            cs >> w >> w >> order;
+            ++cases;
+        } else if (word == "x") {
+            x = v;
+        } else if (word == "c") {
+            c = v;
+            ys.assign(x.size(), 0.0);
+            orv_df_kernel_DeleteTask(&t);
+            ASSERT_EQ(orv_df_kernel_dNewTask1D(&t, int64_t(x.size()), x.data(), 1, 1, ys.data(), 0, 0), 0);
+            ASSERT_EQ(orv_df_kernel_dEditPPSpline1D(t, order, 0, 0, nullptr, 0, nullptr, c.data(), 0), 0);
+        } else if (word == "site") {
+            const int32_t all[4] = {1, 1, 1, 1};
+            double r[4];
+            ASSERT_EQ(orv_df_kernel_dDFInterpolate1D(t, 0, 0, 1, v.data(), 0, 4, all, nullptr, r, 0, nullptr,
+                                                     nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                                                     nullptr, nullptr, nullptr), 0);
+            for (int d = 0; d < 4; ++d)
+                EXPECT_NEAR(r[d], v[1 + d], 1e-12 * (1 + std::fabs(v[1 + d]))) << "order " << order << " site " << v[0] << " der " << d;
+        } else if (word == "integral") {
+            double r;
+            ASSERT_EQ(orv_df_kernel_dDFIntegrate1D(t, 0, 1, &v[0], 0, &v[1], 0, nullptr, nullptr, &r, 0, nullptr,
+                                                   nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                                                   nullptr), 0);
+            EXPECT_NEAR(r, v[2], 1e-12 * (1 + std::fabs(v[2]))) << "order " << order << " " << v[0] << " " << v[1];
+        }
+    }
+    orv_df_kernel_DeleteTask(&t);
+    EXPECT_EQ(cases, 4);
 }
 
 }  // namespace
