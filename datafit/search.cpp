@@ -147,6 +147,51 @@ inline I hybrid_cell(I nx, const T* x, T s, T lut_scale, int64_t lut_size, const
     return walk_right<T, I>(x, low + 1, high, s);
 }
 
+// Hybrid search of a batch through the look-up table, eight sites in step:
+// the halvings of the eight brackets are independent, so their loads overlap.
+// Sites outside the partition, NaN, or outside a usable bin go the scalar way.
+template <typename T, typename I, typename O>
+void hybrid_lut(I nx, const T* x, int64_t n, const T* site, T lut_scale, int64_t lut_size,
+                const int64_t* lut, O* cell) {
+    constexpr int kLanes = 8;
+    int64_t i = 0;
+    for (; i + kLanes <= n; i += kLanes) {
+        I low[kLanes], len[kLanes];
+        I most = 1;
+        for (int l = 0; l < kLanes; ++l) {
+            const T s = site[i + l];
+            low[l] = 0, len[l] = 1;
+            bool ok = s < x[nx - 1] && !(s < x[0]);
+            if (ok) {
+                const T b = (s - x[0]) * lut_scale;
+                ok = b >= T(0) && b < T(lut_size + 1);
+                if (ok) {
+                    const int64_t k = static_cast<int64_t>(b);
+                    const int64_t lo = lut[2 * k], hi = lut[2 * k + 1];
+                    ok = lo >= 0 && lo < hi && hi < nx && x[lo] <= s && s < x[hi];
+                    if (ok) low[l] = static_cast<I>(lo), len[l] = static_cast<I>(hi - lo);
+                }
+            }
+            if (!ok) {
+                cell[i + l] = static_cast<O>(hybrid_cell<T, I>(nx, x, s, lut_scale, lut_size, lut));
+                len[l] = 0;
+            }
+            most = len[l] > most ? len[l] : most;
+        }
+        while (most > 1) {
+            for (int l = 0; l < kLanes; ++l) {
+                const I half = len[l] / 2;
+                low[l] = x[low[l] + half] <= site[i + l] ? low[l] + half : low[l];
+                len[l] -= half;
+            }
+            most -= most / 2;
+        }
+        for (int l = 0; l < kLanes; ++l)
+            if (len[l] != 0) cell[i + l] = static_cast<O>(low[l] + 1);
+    }
+    for (; i < n; ++i) cell[i] = static_cast<O>(hybrid_cell<T, I>(nx, x, site[i], lut_scale, lut_size, lut));
+}
+
 template <typename T, typename I>
 inline I peak_cell(I nx, const T* x, T s) {
     if (s != s) return nx;
@@ -191,6 +236,10 @@ int search_run(int kind, int64_t nx64, const T* x, int64_t n, const T* site, int
             for (int64_t i = 0; i < n; ++i) cell[i] = static_cast<O>(peak_cell<T, I>(nx, x, site[i]));
             return DF_OK;
         case kSearchHybrid:
+            if (lut != nullptr) {
+                hybrid_lut<T, I, O>(nx, x, n, site, scale, lut_size, lut, cell);
+                return DF_OK;
+            }
             for (int64_t i = 0; i < n; ++i)
                 cell[i] = static_cast<O>(hybrid_cell<T, I>(nx, x, site[i], scale, lut_size, lut));
             return DF_OK;
