@@ -88,6 +88,9 @@ bench)
     for b in build-bench/bench/bench_*; do
         "$b" --benchmark_out="bench/results/$(basename "$b").json" --benchmark_out_format=json
     done
+    # scipy's side of the data-fitting evaluation benchmark, in the same job.
+    /usr/bin/python3 bench/bench_datafit_eval.py > bench/results/bench_datafit_eval_scipy.txt \
+        || echo "scipy timings skipped (numpy/scipy missing)"
     ;;
 accuracy-full)
     install_missing
