@@ -254,6 +254,9 @@ template <typename T>
 int32_t basic(SsTask* task, uint64_t estimates, uint64_t method_word,
               const SsThreadingTable* threading) {
     if (!task) return SS_ERR_NULL_TASK;
+    // A record made by a creator holds its precision: the other entry would
+    // read and write its arrays with the wrong element size.
+    if (task->type_tag == kTypeTag && task->is_double != (sizeof(T) == 8)) return SS_ERR_METHOD;
 
     // Method and requirement table.
     const uint64_t direct_bits =
@@ -325,6 +328,23 @@ int32_t basic(SsTask* task, uint64_t estimates, uint64_t method_word,
     if (needs(kCov) && !form_of(task->cov_storage, &cov_form)) return SS_ERR_STORAGE_WORD;
     if (needs(kCor) && !form_of(task->cor_storage, &cor_form)) return SS_ERR_STORAGE_WORD;
     if (needs(kCp) && !form_of(task->cross_product_storage, &cp_form)) return SS_ERR_STORAGE_WORD;
+    // A direct bit beside a sums bit takes the direct table but the derived
+    // path, which builds cov and cor from the cross-product all the same.
+    const bool want_matrix = needs(kCov) || needs(kCor) || needs(kCp);
+    if (derived_path && want_matrix && !needs(kCp)) {
+        if (!field[kCp]) return SS_ERR_CROSS_PRODUCT;
+        if (!form_of(task->cross_product_storage, &cp_form)) return SS_ERR_STORAGE_WORD;
+    }
+
+    // Sizes from the caller's counts: p reals, the p x p matrix, the n x p
+    // data and the BLAS's 32-bit leading dimension.
+    int64_t count = 0;
+    if (!checked_count(p, 1, sizeof(T), &count)) return SS_ERR_NO_MEMORY;
+    if (want_matrix && !checked_count(p, p, sizeof(T), &count)) return SS_ERR_NO_MEMORY;
+    if (!derived_path) {
+        if (!checked_count(n, p, sizeof(T), &count)) return SS_ERR_NO_MEMORY;
+        if (want_matrix && method != Method::Running && n > INT32_MAX) return SS_ERR_NO_MEMORY;
+    }
 
     T* const sum_arr[7] = {field[kSum1], field[kSum2], field[kSum3], field[kSum4],
                            field[kCs2], field[kCs3], field[kCs4]};
@@ -336,7 +356,6 @@ int32_t basic(SsTask* task, uint64_t estimates, uint64_t method_word,
     T W = 0, W2 = 0;
     Buffer<T> s_buf;
     T* S = nullptr;
-    const bool want_matrix = needs(kCov) || needs(kCor) || needs(kCp);
 
     // Working arrays of piece 0 and their owners.
     T* work[7] = {};
@@ -349,7 +368,9 @@ int32_t basic(SsTask* task, uint64_t estimates, uint64_t method_word,
         const bool by_obs = p > 1 && !(read_int(task->data_storage, is64) & SS_STORAGE_BY_VARIABLE);
         const int64_t q = want_matrix ? p : 1;
         int64_t maxthr = threading && threading->max_threads ? threading->max_threads() : 1;
-        int64_t npieces = std::min({maxthr, (q * p * n) >> 13, n >> 4});
+        int64_t work_units = 0;  // saturates: only its comparison with the thread count matters
+        if (__builtin_mul_overflow(q * p, n, &work_units)) work_units = INT64_MAX;
+        int64_t npieces = std::min({maxthr, work_units >> 13, n >> 4});
         if (npieces < 1) npieces = 1;
 
         // Level of the pass.
@@ -425,7 +446,9 @@ int32_t basic(SsTask* task, uint64_t estimates, uint64_t method_word,
         const int64_t per_piece =
             (nraw - raw_from + ncen) * p + (want_matrix ? p * p : 0);
         if (npieces > 1) {
-            if (!partial_buf.allocate(static_cast<std::size_t>((npieces - 1) * per_piece), true))
+            int64_t partial = 0;
+            if (!checked_count(npieces - 1, per_piece, sizeof(T), &partial) ||
+                !partial_buf.allocate(static_cast<std::size_t>(partial), true))
                 return SS_ERR_NO_MEMORY;
         }
 
@@ -537,8 +560,6 @@ int32_t basic(SsTask* task, uint64_t estimates, uint64_t method_word,
             }
             acc[0].W = Wa + Wb;
             acc[0].W2 += acc[t].W2;
-            acc[0].spare0 += acc[t].spare0;
-            acc[0].spare1 += acc[t].spare1;
         }
         // A failure inside a piece.
         if (ctx.status) return ctx.status;

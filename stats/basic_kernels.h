@@ -8,11 +8,10 @@
 
 namespace orv::ss {
 
-// Accumulator record of one piece: weight sum, squared weight sum and two
-// spare sums that stay 0 and take part in the merge.
+// Accumulator record of one piece: weight sum and squared weight sum.
 template <typename T>
 struct Acc {
-    T W, W2, spare0, spare1;
+    T W, W2;
 };
 
 // Working arrays: 0..3 raw moments of order 1..4 (normalised), 4..6 central

@@ -31,6 +31,20 @@ inline int64_t read_int_at(const void* p, int is64, int64_t j) {
     return read_int(static_cast<const int32_t*>(p) + j * (is64 + 1), is64);
 }
 
+// a * b elements of `elem` bytes from a caller's counts: false when the count
+// or its size in bytes cannot be represented, so that no wrapped size ever
+// reaches an allocation or an index.
+inline bool checked_count(int64_t a, int64_t b, std::size_t elem, int64_t* out) {
+    int64_t c = 0;
+    std::size_t bytes = 0;
+    if (a < 0 || b < 0 || __builtin_mul_overflow(a, b, &c) ||
+        __builtin_mul_overflow(static_cast<std::size_t>(c), elem, &bytes) ||
+        bytes > static_cast<std::size_t>(INT64_MAX))
+        return false;
+    *out = c;
+    return true;
+}
+
 // The variable mask: all variables take part when indices is null.
 struct Mask {
     const void* indices;
@@ -51,6 +65,7 @@ public:
     bool allocate(std::size_t count, bool zero) {
         reset();
         if (count == 0) count = 1;
+        if (count > SIZE_MAX / sizeof(T)) return false;
         ptr_ = static_cast<T*>(orv_serv_allocate(count * sizeof(T), kAlign));
         if (ptr_ && zero) std::memset(static_cast<void*>(ptr_), 0, count * sizeof(T));
         return ptr_ != nullptr;
