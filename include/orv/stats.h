@@ -107,7 +107,7 @@ extern "C" {
 
 /* Parameter numbers of the single-field editors: SS_ED_<field>. */
 enum SsParameterNumber {
-#define SS_PARAM(no, field, via, status) SS_ED_##field = no,
+#define SS_PARAM(no, field, via, status, compute_status) SS_ED_##field = no,
 #include <orv/ss_params.def>
 #undef SS_PARAM
     SS_ED_COUNT = 79
@@ -306,6 +306,14 @@ ORV_SS_API int32_t _vstdSSBasic(SsTask* task, uint64_t estimates, uint64_t metho
                                 const SsThreadingTable* threading);
 ORV_SS_API int32_t _vstsSSBasic(SsTask* task, uint64_t estimates, uint64_t method,
                                 const SsThreadingTable* threading);
+
+/* Minimum (estimate SS_EST_MIN) and maximum (SS_EST_MAX) of each admitted
+ * variable, accumulated from what minimum and maximum hold (method 0x1 or
+ * 0x2). */
+ORV_SS_API int32_t _vstdSSMinmax(SsTask* task, uint64_t estimates, uint64_t method,
+                                 const SsThreadingTable* threading);
+ORV_SS_API int32_t _vstsSSMinmax(SsTask* task, uint64_t estimates, uint64_t method,
+                                 const SsThreadingTable* threading);
 
 #ifdef __cplusplus
 }

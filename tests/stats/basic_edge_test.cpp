@@ -139,7 +139,8 @@ TEST(BasicDerived, MomentsAndMatricesFromSums) {
                     if (form == 0 || (form == 1 ? j <= i : j >= i)) cp[k++] = (double)e.cp[i * p + j];
             t.a[CP] = cp;
             t.task->cross_product = t.a[CP].data();
-            const uint64_t est = kMoments | SS_EST_COV | SS_EST_COR;
+            const uint64_t est =
+                kMoments | SS_EST_COV | SS_EST_COR | (method & 3 ? SS_EST_CROSS_PRODUCT : 0);
             ASSERT_EQ(t.basic(est, method), SS_OK);
             expect_vectors(t, e, est, method == 0x201 ? 1e-11 : 1e-13, false);
             expect_matrices(t, e, est, 1e-13);
