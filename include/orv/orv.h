@@ -7,6 +7,7 @@
 #include <orv/orv_core.h>
 #include <orv/threading.h>
 #include <orv/vtm.h>
+#include <orv/ss_calls.h>
 
 #ifdef __cplusplus
 extern "C" {
