@@ -2,19 +2,16 @@
 // table. The entries check their records in the documented order.
 #include <orv/orv.h>
 
+#define ORV_SS_CALL(name)                                                            \
+    int32_t vst##name(SsTask* task, uint64_t estimates, uint64_t method) {           \
+        return _vst##name(task, estimates, method, orv_ss_threading_openmp());       \
+    }
+
 extern "C" {
-
-int32_t vstdSSBasic(SsTask* task, uint64_t estimates, uint64_t method) {
-    return _vstdSSBasic(task, estimates, method, orv_ss_threading_openmp());
-}
-int32_t vstsSSBasic(SsTask* task, uint64_t estimates, uint64_t method) {
-    return _vstsSSBasic(task, estimates, method, orv_ss_threading_openmp());
-}
-int32_t vstdSSMinmax(SsTask* task, uint64_t estimates, uint64_t method) {
-    return _vstdSSMinmax(task, estimates, method, orv_ss_threading_openmp());
-}
-int32_t vstsSSMinmax(SsTask* task, uint64_t estimates, uint64_t method) {
-    return _vstsSSMinmax(task, estimates, method, orv_ss_threading_openmp());
-}
-
+ORV_SS_CALL(dSSBasic)
+ORV_SS_CALL(sSSBasic)
+ORV_SS_CALL(dSSMinmax)
+ORV_SS_CALL(sSSMinmax)
+ORV_SS_CALL(dSSQuantiles)
+ORV_SS_CALL(sSSQuantiles)
 }

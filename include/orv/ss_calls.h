@@ -19,6 +19,8 @@ ORV_API int32_t vstsSSBasic(SsTask* task, uint64_t estimates, uint64_t method);
  * (for example with +inf and -inf) before the first block. */
 ORV_API int32_t vstdSSMinmax(SsTask* task, uint64_t estimates, uint64_t method);
 ORV_API int32_t vstsSSMinmax(SsTask* task, uint64_t estimates, uint64_t method);
+ORV_API int32_t vstdSSQuantiles(SsTask* task, uint64_t estimates, uint64_t method);
+ORV_API int32_t vstsSSQuantiles(SsTask* task, uint64_t estimates, uint64_t method);
 
 #ifdef __cplusplus
 }

@@ -145,6 +145,8 @@ enum SsParameterNumber {
 #define SS_EST_CENTRAL_SUM3   0x40000000ULL
 #define SS_EST_CENTRAL_SUM4   0x80000000ULL
 #define SS_EST_CROSS_PRODUCT  0x100000000ULL
+#define SS_EST_QUANTILES      0x10000ULL   /* _vstdSSQuantiles: quantiles */
+#define SS_EST_ORDER_STATS    0x20000ULL   /* _vstdSSQuantiles: sorted observations */
 
 /* Method word bits. */
 #define SS_METHOD_PLAIN_SUMS   0x1ULL    /* power sums normalised by the total weight */
@@ -314,6 +316,25 @@ ORV_SS_API int32_t _vstdSSMinmax(SsTask* task, uint64_t estimates, uint64_t meth
                                  const SsThreadingTable* threading);
 ORV_SS_API int32_t _vstsSSMinmax(SsTask* task, uint64_t estimates, uint64_t method,
                                  const SsThreadingTable* threading);
+
+/* Quantiles (SS_EST_QUANTILES) of the orders in quantile_orders, by linear
+ * interpolation between order statistics, and the sorted observations
+ * (SS_EST_ORDER_STATS) of each admitted variable, one compact row per
+ * admitted variable (method 0x1). */
+ORV_SS_API int32_t _vstdSSQuantiles(SsTask* task, uint64_t estimates, uint64_t method,
+                                    const SsThreadingTable* threading);
+ORV_SS_API int32_t _vstsSSQuantiles(SsTask* task, uint64_t estimates, uint64_t method,
+                                    const SsThreadingTable* threading);
+
+/* In-place ascending sort of n reals (a stride apart), and selection of the
+ * element of rank k (0-based), which leaves a partially ordered. Nothing
+ * happens for n below 2 or a null array; a rank outside [0, n) gives NaN. */
+ORV_SS_API void __vstdQSort(int64_t n, double* a);
+ORV_SS_API void __vstsQSort(int64_t n, float* a);
+ORV_SS_API void __vstdQSortStep(int64_t n, double* a, int64_t stride);
+ORV_SS_API void __vstsQSortStep(int64_t n, float* a, int64_t stride);
+ORV_SS_API double __vstdQSortSelect(int64_t n, double* a, int64_t k);
+ORV_SS_API float __vstsQSortSelect(int64_t n, float* a, int64_t k);
 
 #ifdef __cplusplus
 }
