@@ -14,4 +14,6 @@ ORV_SS_CALL(dSSMinmax)
 ORV_SS_CALL(sSSMinmax)
 ORV_SS_CALL(dSSQuantiles)
 ORV_SS_CALL(sSSQuantiles)
+ORV_SS_CALL(dSSSort)
+ORV_SS_CALL(sSSSort)
 }

@@ -21,6 +21,8 @@ ORV_API int32_t vstdSSMinmax(SsTask* task, uint64_t estimates, uint64_t method);
 ORV_API int32_t vstsSSMinmax(SsTask* task, uint64_t estimates, uint64_t method);
 ORV_API int32_t vstdSSQuantiles(SsTask* task, uint64_t estimates, uint64_t method);
 ORV_API int32_t vstsSSQuantiles(SsTask* task, uint64_t estimates, uint64_t method);
+ORV_API int32_t vstdSSSort(SsTask* task, uint64_t estimates, uint64_t method);
+ORV_API int32_t vstsSSSort(SsTask* task, uint64_t estimates, uint64_t method);
 
 #ifdef __cplusplus
 }

@@ -154,6 +154,7 @@ enum SsParameterNumber {
 #define SS_METHOD_GIVEN_MEAN   0x100ULL  /* central sums about the caller's mean */
 #define SS_METHOD_FROM_SUMS    0x200ULL  /* no data pass: moments from sums */
 #define SS_METHOD_FROM_SUMS_2  0x400ULL  /* same as SS_METHOD_FROM_SUMS */
+#define SS_METHOD_RADIX        0x100000ULL  /* _vstdSSSort: radix sort */
 
 typedef struct SsTask SsTask;
 typedef void (*SsReleaseOp)(SsTask* task);
@@ -325,6 +326,15 @@ ORV_SS_API int32_t _vstdSSQuantiles(SsTask* task, uint64_t estimates, uint64_t m
                                     const SsThreadingTable* threading);
 ORV_SS_API int32_t _vstsSSQuantiles(SsTask* task, uint64_t estimates, uint64_t method,
                                     const SsThreadingTable* threading);
+
+/* Each admitted variable's observations sorted ascending into a compact row
+ * of `sorted` (layout by sorted_storage), method SS_METHOD_RADIX. Order:
+ * -NaN, -inf, negatives, -0, +0, positives, +inf, +NaN. `sorted` may be
+ * `data` (same layout, no indices). */
+ORV_SS_API int32_t _vstdSSSort(SsTask* task, uint64_t estimates, uint64_t method,
+                               const SsThreadingTable* threading);
+ORV_SS_API int32_t _vstsSSSort(SsTask* task, uint64_t estimates, uint64_t method,
+                               const SsThreadingTable* threading);
 
 /* In-place ascending sort of n reals (a stride apart), and selection of the
  * element of rank k (0-based), which leaves a partially ordered. Nothing
