@@ -81,10 +81,11 @@ void quicksort(A a, int64_t n) {
     }
 }
 
-// The element of rank k (0-based); a is left partially ordered about it.
+// The element of rank k (0-based) within [l, r], when every element before
+// l is no greater and every one after r no smaller than those inside; the
+// range is left partially ordered about it.
 template <typename A>
-auto select(A a, int64_t n, int64_t k) {
-    int64_t l = 0, r = n - 1;
+auto select_in(A a, int64_t l, int64_t r, int64_t k) {
     while (l + 1 < r) {
         int64_t up;
         const int64_t j = partition(a, l, r, &up);
@@ -93,6 +94,35 @@ auto select(A a, int64_t n, int64_t k) {
     }
     if (r == l + 1 && a[r] < a[l]) std::swap(a[l], a[r]);
     return a[k];
+}
+
+template <typename A>
+auto select(A a, int64_t n, int64_t k) {
+    return select_in(a, 0, n - 1, k);
+}
+
+// Puts the elements of the ascending ranks ks[0..m) in their places: the
+// middle rank first over the whole range, then each half of the ranks within
+// the part of the range on its side, so that every selection works on a
+// shrinking bracket. Fixed stack: the ranks' halving depth is below 64.
+template <typename A>
+void select_ranks(A a, int64_t n, const int64_t* ks, int64_t m) {
+    struct Span { int64_t l, r, i, j; };
+    Span stack[64];
+    int top = 0;
+    stack[top++] = {0, n - 1, 0, m};
+    while (top > 0) {
+        const Span s = stack[--top];
+        if (s.i >= s.j || s.l > s.r) continue;
+        const int64_t mid = s.i + (s.j - s.i) / 2, k = ks[mid];
+        select_in(a, s.l, s.r, k);
+        // Ranks equal to k are in place already.
+        int64_t lo = mid, hi = mid + 1;
+        while (lo > s.i && ks[lo - 1] == k) --lo;
+        while (hi < s.j && ks[hi] == k) ++hi;
+        stack[top++] = {s.l, k - 1, s.i, lo};
+        stack[top++] = {k + 1, s.r, hi, s.j};
+    }
 }
 
 }  // namespace orv::ss

@@ -4,6 +4,7 @@
 #include "stats/frame.h"
 #include "stats/qsort.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace {
@@ -37,6 +38,7 @@ struct Context {
     const Admitted* admitted;
     T* scratch;          // n elements for each thread
     int threads;
+    int32_t status;      // an item's allocation failure
 };
 
 template <typename T>
@@ -60,21 +62,35 @@ void item(int a, int thread, int, void* vctx) {
         }
         return;
     }
-    // Two selections per order on a buffer that stays partly ordered.
+    // Selection of the ranks every order needs, on a bracket that shrinks
+    // from one rank to the next.
     Buffer<T> own;  // a table that reports a thread index beyond its count
     T* s = c.scratch + static_cast<int64_t>(thread) * n;
     if (thread < 0 || thread >= c.threads) {
-        if (!own.allocate(static_cast<std::size_t>(n), false)) return;
+        if (!own.allocate(static_cast<std::size_t>(n), false)) {
+            c.status = SS_ERR_NO_MEMORY;
+            return;
+        }
         s = own.get();
     }
+    Buffer<int64_t> ranks;
+    if (!ranks.allocate(static_cast<std::size_t>(2 * c.count), false)) {
+        c.status = SS_ERR_NO_MEMORY;
+        return;
+    }
+    int64_t* ks = ranks.get();
+    for (int64_t r = 0; r < c.count; ++r) {
+        double frac;
+        interpolation(c.orders[r], n, &ks[2 * r], &ks[2 * r + 1], &frac);
+    }
+    std::sort(ks, ks + 2 * c.count);
     for (int64_t i = 0; i < n; ++i) s[i] = value(i);
+    select_ranks(s, n, ks, 2 * c.count);
     for (int64_t r = 0; r < c.count; ++r) {
         int64_t lo, hi;
         double frac;
         interpolation(c.orders[r], n, &lo, &hi, &frac);
-        const T vlo = select(s, n, lo);
-        const T vhi = select(s, n, hi);
-        c.quantiles[a * c.count + r] = interpolate(vlo, vhi, frac);
+        c.quantiles[a * c.count + r] = interpolate(s[lo], s[hi], frac);
     }
 }
 
@@ -133,9 +149,9 @@ int32_t quantiles(SsTask* task, uint64_t estimates, uint64_t method,
     Context<T> ctx{x, p, n, (word & SS_STORAGE_BY_VARIABLE) || p == 1, orders, want_q ? count : 0,
                    want_q ? q : nullptr, want_os ? os : nullptr,
                    (os_word & SS_STORAGE_BY_VARIABLE) != 0, &admitted, scratch.get(),
-                   static_cast<int>(threads)};
+                   static_cast<int>(threads), SS_OK};
     run_items(threading, static_cast<int>(admitted.count), static_cast<int>(threads), &ctx, &item<T>);
-    return SS_OK;
+    return ctx.status;
 }
 
 }  // namespace

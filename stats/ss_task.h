@@ -9,6 +9,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include <sys/mman.h>
+
 #define ORV_SS_EXPORT extern "C" __attribute__((visibility("default")))
 
 // Table-based square root used by the finishing steps of the compute entries.
@@ -52,6 +54,17 @@ struct Mask {
     bool admits(int64_t j) const { return !indices || read_int_at(indices, is64, j) != 0; }
 };
 
+// Fresh pages cost a fault each at first touch (10 microseconds and more on
+// a busy machine); a large work area asks for transparent huge pages, 512
+// times fewer faults. Only the whole 2 MiB pages inside the block are advised.
+inline void advise_huge_pages(void* p, std::size_t bytes) {
+    constexpr std::uintptr_t kHuge = std::uintptr_t(2) << 20;
+    if (bytes < 4 * kHuge) return;
+    const std::uintptr_t begin = (reinterpret_cast<std::uintptr_t>(p) + kHuge - 1) & ~(kHuge - 1);
+    const std::uintptr_t end = (reinterpret_cast<std::uintptr_t>(p) + bytes) & ~(kHuge - 1);
+    if (end > begin) madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
+}
+
 // A buffer from orv_serv_allocate at the subsystem's alignment, released at
 // scope exit unless handed over.
 template <typename T>
@@ -67,6 +80,7 @@ public:
         if (count == 0) count = 1;
         if (count > SIZE_MAX / sizeof(T)) return false;
         ptr_ = static_cast<T*>(orv_serv_allocate(count * sizeof(T), kAlign));
+        if (ptr_) advise_huge_pages(ptr_, count * sizeof(T));
         if (ptr_ && zero) std::memset(static_cast<void*>(ptr_), 0, count * sizeof(T));
         return ptr_ != nullptr;
     }
