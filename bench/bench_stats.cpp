@@ -6,7 +6,9 @@
 // Run with OPENBLAS_NUM_THREADS=1 so that the BLAS adds no threads of its own.
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <random>
 #include <vector>
 
@@ -157,6 +159,84 @@ void BM_two_pass_cov(benchmark::State& st) {
     }
     st.SetItemsProcessed(st.iterations() * n * p);
 }
+
+// Order statistics of 10^7 values of one variable (one variable: the
+// entries run it on one thread): sort, 5 quantiles, minimum and maximum.
+// Each iteration sorts or selects on a fresh copy, as numpy's calls do.
+constexpr double kOrders[5] = {0.01, 0.25, 0.5, 0.75, 0.99};
+
+struct OneVariable {
+    int64_t n, p = 1, storage = SS_STORAGE_BY_VARIABLE, count = 5;
+    std::vector<double> x, out, q, orders{kOrders, kOrders + 5};
+    double mn = INFINITY, mx = -INFINITY;
+    SsTask* task = nullptr;
+    explicit OneVariable(int64_t n_) : n(n_), x(make_data(n_, 1)), out(n_), q(5) {
+        __vstdSSNewTask(&task, &p, &n, &storage, x.data(), nullptr, nullptr, 1);
+        __vstdSSEditTask(task, SS_ED_sorted, out.data());
+        __vstiSSEditTask(task, SS_ED_sorted_storage, &storage);
+        __vstdSSEditQuantiles(task, &count, orders.data(), q.data(), nullptr, nullptr);
+        __vstdSSEditTask(task, SS_ED_minimum, &mn);
+        __vstdSSEditTask(task, SS_ED_maximum, &mx);
+    }
+    ~OneVariable() { __vstSSDeleteTask(&task); }
+};
+
+void BM_orv_sort(benchmark::State& st) {
+    OneVariable v(st.range(0));
+    for (auto _ : st) {
+        if (_vstdSSSort(v.task, 0, SS_METHOD_RADIX, orv_ss_threading_openmp()) != 0) st.SkipWithError("status");
+        benchmark::DoNotOptimize(v.out[0]);
+    }
+}
+void BM_std_sort(benchmark::State& st) {
+    OneVariable v(st.range(0));
+    for (auto _ : st) {
+        std::memcpy(v.out.data(), v.x.data(), sizeof(double) * v.n);
+        std::sort(v.out.begin(), v.out.end());
+        benchmark::DoNotOptimize(v.out[0]);
+    }
+}
+void BM_orv_quantiles(benchmark::State& st) {
+    OneVariable v(st.range(0));
+    for (auto _ : st) {
+        if (_vstdSSQuantiles(v.task, SS_EST_QUANTILES, SS_METHOD_PLAIN_SUMS, orv_ss_threading_openmp()) != 0)
+            st.SkipWithError("status");
+        benchmark::DoNotOptimize(v.q[0]);
+    }
+}
+// The same rule through std::nth_element, two selections per order.
+void BM_std_nth_element_quantiles(benchmark::State& st) {
+    OneVariable v(st.range(0));
+    for (auto _ : st) {
+        std::memcpy(v.out.data(), v.x.data(), sizeof(double) * v.n);
+        for (int r = 0; r < 5; ++r) {
+            const double h = kOrders[r] * (v.n - 1);
+            const int64_t lo = static_cast<int64_t>(h), hi = std::min(lo + 1, v.n - 1);
+            std::nth_element(v.out.begin(), v.out.begin() + lo, v.out.end());
+            const double a = v.out[lo];
+            std::nth_element(v.out.begin(), v.out.begin() + hi, v.out.end());
+            v.q[r] = (v.out[hi] - a) * (h - lo) + a;
+        }
+        benchmark::DoNotOptimize(v.q[0]);
+    }
+}
+void BM_orv_minmax(benchmark::State& st) {
+    OneVariable v(st.range(0));
+    for (auto _ : st) {
+        v.mn = INFINITY;
+        v.mx = -INFINITY;
+        if (_vstdSSMinmax(v.task, SS_EST_MIN | SS_EST_MAX, SS_METHOD_RUNNING, nullptr) != 0)
+            st.SkipWithError("status");
+        benchmark::DoNotOptimize(v.mx);
+    }
+}
+
+#define ORDER_OPTS ->Arg(10000000)->Unit(benchmark::kMillisecond)->UseRealTime()
+BENCHMARK(BM_orv_sort) ORDER_OPTS;
+BENCHMARK(BM_std_sort) ORDER_OPTS;
+BENCHMARK(BM_orv_quantiles) ORDER_OPTS;
+BENCHMARK(BM_std_nth_element_quantiles) ORDER_OPTS;
+BENCHMARK(BM_orv_minmax) ORDER_OPTS;
 
 #define MOMENT_SIZES ->Unit(benchmark::kMillisecond)->UseRealTime()
 BENCHMARK(BM_gsl_moments)->Arg(10000000) MOMENT_SIZES;

@@ -3,8 +3,8 @@
 // through accum_weights. Pieces of the data run through the caller's
 // threading table and are merged in a fixed order with the pairwise
 // (Chan-Golub-LeVeque / Pebay) formulas for central sums.
-#include "stats/ss_task.h"
 #include "stats/basic_kernels.h"
+#include "stats/frame.h"
 
 #include <orv/vtm.h>
 
@@ -25,11 +25,12 @@ enum NeedIndex {
 constexpr uint32_t bit(int i) { return 1u << i; }
 constexpr uint32_t kRefused = 1u << kNeedCount;
 
-constexpr int32_t kMissingStatus[kNeedCount] = {
-    SS_ERR_MEAN, SS_ERR_RAW2, SS_ERR_RAW3, SS_ERR_RAW4, SS_ERR_CENTRAL2, SS_ERR_CENTRAL3,
-    SS_ERR_CENTRAL4, SS_ERR_COVARIANCE, SS_ERR_CORRELATION, SS_ERR_KURTOSIS, SS_ERR_SKEWNESS,
-    SS_ERR_VARIATION, SS_ERR_SUM1, SS_ERR_SUM2, SS_ERR_SUM3, SS_ERR_SUM4, SS_ERR_CENTRAL_SUM2,
-    SS_ERR_CENTRAL_SUM3, SS_ERR_CENTRAL_SUM4, SS_ERR_CROSS_PRODUCT};
+// The task field of each array, whose null status the parameter list gives.
+constexpr Field kNeedField[kNeedCount] = {
+    Field::mean, Field::raw2, Field::raw3, Field::raw4, Field::central2, Field::central3,
+    Field::central4, Field::cov, Field::cor, Field::kurtosis, Field::skewness,
+    Field::variation, Field::sum1, Field::sum2, Field::sum3, Field::sum4, Field::central_sum2,
+    Field::central_sum3, Field::central_sum4, Field::cross_product};
 
 struct Requirement {
     uint64_t estimate;
@@ -182,12 +183,95 @@ struct Context {
     bool by_obs, weighted, matrix;
     Method method;
     int level;
-    int npieces;
     Piece<T>* pieces;
     const T* given_mean;    // caller's mean under method_given_mean
     const T* carried_mean;  // centring of the previous call's matrix, if kept
     int32_t status;
 };
+
+// Observations per block of the rank-k updates: at least 128, or as many as
+// fill 256 KiB, and no more than the piece holds.
+inline int64_t block_length(int64_t p, std::size_t elem, int64_t len) {
+    const int64_t bytes_per_obs = p * static_cast<int64_t>(elem);
+    const int64_t fit = bytes_per_obs > 262144 ? 0 : 262144 / bytes_per_obs;
+    return std::max<int64_t>(1, std::min<int64_t>(std::max<int64_t>(128, fit), len));
+}
+
+// The running method's matrix, a block at a time (Chan, Golub and LeVeque's
+// pairwise update): the block's cross-product about its own mean through the
+// BLAS, then S += C_b + Wa Wb / (Wa + Wb) (m_b - m_a)(m_b - m_a)'. The
+// running kernel updates the means and central sums of the same block while
+// it is in cache, exactly as without a matrix.
+template <typename T>
+void running_matrix(Context<T>& c, Piece<T>& pc, int64_t i0, int64_t i1, Kernel<T> vec) {
+    const int64_t p = c.p;
+    const int pi = static_cast<int>(p);
+    const int64_t block = block_length(p, sizeof(T), i1 - i0);
+    Buffer<T> buf;
+    if (!buf.allocate(static_cast<std::size_t>(block * p * (c.weighted ? 2 : 1) + 2 * p), false)) {
+        c.status = SS_ERR_NO_MEMORY;
+        return;
+    }
+    T* const d = buf.get();                  // the block centred on its mean
+    T* const wd = d + block * p;             // weighted: w[i] times d
+    T* const ma = wd + (c.weighted ? block * p : 0);  // running mean before the block
+    T* const mb = ma + p;                    // block mean, then m_b - m_a
+    for (int64_t b = i0; b < i1; b += block) {
+        const int64_t e = std::min(b + block, i1);
+        const int64_t k = e - b;
+        // Block weight and mean, summed in double also for the single form.
+        double Wb = 0;
+        if (c.weighted)
+            for (int64_t i = b; i < e; ++i) Wb += c.w[i];
+        else
+            Wb = static_cast<double>(k);
+        const T Wa = pc.acc->W;
+        std::memcpy(ma, pc.a[0], sizeof(T) * p);
+        vec(b, e, c.ld, p, c.x, c.w, pc.acc, pc.a, pc.S);
+        if (Wb == 0) continue;  // zero weights add nothing (and NaN is not 0)
+        for (int64_t j = 0; j < p; ++j) {
+            double s = 0;
+            if (c.by_obs)
+                for (int64_t i = b; i < e; ++i) s += double(c.weighted ? c.w[i] : T(1)) * c.x[i * c.ld + j];
+            else
+                for (int64_t i = b; i < e; ++i) s += double(c.weighted ? c.w[i] : T(1)) * c.x[j * c.ld + i];
+            mb[j] = static_cast<T>(s / Wb);
+        }
+        if (c.by_obs) {
+            for (int64_t i = b; i < e; ++i) {
+                const T* row = c.x + i * c.ld;
+                T* out = d + (i - b) * p;
+                for (int64_t j = 0; j < p; ++j) out[j] = row[j] - mb[j];
+            }
+        } else {
+            for (int64_t j = 0; j < p; ++j) {
+                const T* col = c.x + j * c.ld + b;
+                T* out = d + j * k;
+                for (int64_t i = 0; i < k; ++i) out[i] = col[i] - mb[j];
+            }
+        }
+        const int ki = static_cast<int>(k);
+        // Row-major S with row >= column is the column-major upper triangle.
+        if (!c.weighted) {
+            if (c.by_obs)
+                syrk("N", pi, ki, d, pi, pc.S);
+            else
+                syrk("T", pi, ki, d, ki, pc.S);
+        } else if (c.by_obs) {
+            for (int64_t i = 0; i < k; ++i)
+                for (int64_t j = 0; j < p; ++j) wd[i * p + j] = c.w[b + i] * d[i * p + j];
+            gemm("N", "T", pi, ki, d, pi, wd, pi, pc.S);
+        } else {
+            for (int64_t j = 0; j < p; ++j)
+                for (int64_t i = 0; i < k; ++i) wd[j * k + i] = c.w[b + i] * d[j * k + i];
+            gemm("T", "N", pi, ki, d, ki, wd, ki, pc.S);
+        }
+        if (Wa == T(0)) continue;
+        const T f = Wa * T(Wb) / (Wa + T(Wb));
+        for (int64_t j = 0; j < p; ++j) mb[j] -= ma[j];
+        syr(pi, f, mb, pc.S);
+    }
+}
 
 template <typename T>
 void run_piece(int piece, int, int npieces, void* vctx) {
@@ -197,9 +281,12 @@ void run_piece(int piece, int, int npieces, void* vctx) {
     const int64_t i0 = piece * chunk;
     const int64_t i1 = piece == npieces - 1 ? c.n : i0 + chunk;
     if (c.method == Method::Running) {
-        const int idx = 16 * c.by_obs + 8 * c.weighted + 2 * c.level + c.matrix;
-        kRunningKernels<T>[static_cast<std::size_t>(idx)](i0, i1, c.ld, c.p, c.x, c.w, pc.acc,
-                                                         pc.a, pc.S);
+        const int idx = 8 * c.by_obs + 4 * c.weighted + c.level;
+        const Kernel<T> vec = kRunningKernels<T>[static_cast<std::size_t>(idx)];
+        if (c.matrix)
+            running_matrix(c, pc, i0, i1, vec);
+        else
+            vec(i0, i1, c.ld, c.p, c.x, c.w, pc.acc, pc.a, pc.S);
         return;
     }
     const int idx = 8 * c.by_obs + 4 * c.weighted + c.level;
@@ -215,9 +302,7 @@ void run_piece(int piece, int, int npieces, void* vctx) {
     const int p = static_cast<int>(c.p);
     const T* m0 = (c.method == Method::GivenMean && c.carried_mean) ? c.carried_mean : pc.a[0];
     syr(p, pc.acc->W, m0, pc.S);
-    const int64_t bytes_per_obs = c.p * static_cast<int64_t>(sizeof(T));
-    const int64_t fit = bytes_per_obs > 262144 ? 0 : 262144 / bytes_per_obs;
-    const int64_t block = std::max<int64_t>(1, std::min<int64_t>(std::max<int64_t>(128, fit), i1 - i0));
+    const int64_t block = block_length(c.p, sizeof(T), i1 - i0);
     Buffer<T> scratch;
     if (c.weighted && !scratch.allocate(static_cast<std::size_t>(block * c.p), false)) {
         c.status = SS_ERR_NO_MEMORY;
@@ -250,12 +335,17 @@ void run_piece(int piece, int, int npieces, void* vctx) {
     syr(p, -pc.acc->W, m1, pc.S);
 }
 
-template <typename T>
-int32_t basic(SsTask* task, uint64_t estimates, uint64_t method_word,
-              const SsThreadingTable* threading) {
-    if (!task) return SS_ERR_NULL_TASK;
+// The planner: the arrays an estimate word needs under a method word, the
+// path, and how deep the pass must go (the level fixes how many raw arrays,
+// counting the mean, and central sums the pass maintains).
+struct Plan {
+    Method method;
+    bool derived;   // no data pass: moments from sums, matrices from the cross-product
+    uint32_t need;  // a bit per NeedIndex, and kRefused
+    int level, nraw, ncen;
+};
 
-    // Method and requirement table.
+bool make_plan(uint64_t estimates, uint64_t method_word, Plan* plan) {
     const uint64_t direct_bits =
         method_word & (SS_METHOD_PLAIN_SUMS | SS_METHOD_RUNNING | SS_METHOD_GIVEN_MEAN);
     const bool from_sums = (method_word & (SS_METHOD_FROM_SUMS | SS_METHOD_FROM_SUMS_2)) != 0;
@@ -266,28 +356,61 @@ int32_t basic(SsTask* task, uint64_t estimates, uint64_t method_word,
     else if (ndirect == 0 && from_sums)
         table = 1;
     else
-        return SS_ERR_METHOD;
+        return false;
     const Method method = (method_word & SS_METHOD_PLAIN_SUMS)  ? Method::PlainSums
                           : (method_word & SS_METHOD_RUNNING) ? Method::Running
                                                               : Method::GivenMean;
-    const bool derived_path = from_sums;
-
-    // Needed arrays, in the order of their statuses.
     uint32_t need = 0;
     for (const Requirement& r : kRequirements)
         if (estimates & r.estimate)
             need |= table == 0 ? r.direct : table == 1 ? r.derived : r.plain_sums;
     // The caller's mean is the input of the given-mean pass.
-    if (!derived_path && method == Method::GivenMean) need |= M;
-    T* field[kNeedCount] = {
-        (T*)task->mean, (T*)task->raw2, (T*)task->raw3, (T*)task->raw4,
-        (T*)task->central2, (T*)task->central3, (T*)task->central4, (T*)task->cov,
-        (T*)task->cor, (T*)task->kurtosis, (T*)task->skewness, (T*)task->variation,
-        (T*)task->sum1, (T*)task->sum2, (T*)task->sum3, (T*)task->sum4,
-        (T*)task->central_sum2, (T*)task->central_sum3, (T*)task->central_sum4,
-        (T*)task->cross_product};
+    if (!from_sums && method == Method::GivenMean) need |= M;
+    auto needs = [&](int k) { return (need & bit(k)) != 0; };
+    int level = 0;
+    if (method == Method::Running) {
+        if (needs(kCs2) || needs(kC2)) level = 1;
+        if (needs(kSum2) || needs(kRaw2)) level = 2;
+        if (need & (bit(kSum3) | R3 | bit(kSum4) | R4 | bit(kCs3) | C3 | bit(kCs4) | C4)) level = 3;
+    } else if (method == Method::PlainSums) {
+        if (needs(kSum2) || needs(kRaw2)) level = 1;
+        if (needs(kSum3) || needs(kRaw3)) level = 2;
+        if (needs(kSum4) || needs(kRaw4)) level = 3;
+    } else {
+        if (needs(kCs3) || needs(kC3)) level = 1;
+        if (needs(kCs4) || needs(kC4)) level = 2;
+        if (need & (bit(kSum2) | R2 | bit(kSum3) | R3 | bit(kSum4) | R4)) level = 3;
+    }
+    plan->method = method;
+    plan->derived = from_sums;
+    plan->need = need;
+    plan->level = level;
+    plan->nraw = method == Method::Running    ? kRunningRaw[level]
+                 : method == Method::PlainSums ? level + 1
+                 : level == 3                  ? 4
+                                               : 1;
+    plan->ncen = method == Method::Running    ? kRunningCentral[level]
+                 : method == Method::PlainSums ? 0
+                                               : kGivenCentral[level];
+    return true;
+}
+
+template <typename T>
+int32_t basic(SsTask* task, uint64_t estimates, uint64_t method_word,
+              const SsThreadingTable* threading) {
+    if (!task) return SS_ERR_NULL_TASK;
+    const TaskView<T> view{task};
+    if (!view.precision_matches()) return SS_ERR_METHOD;
+
+    Plan plan;
+    if (!make_plan(estimates, method_word, &plan)) return SS_ERR_METHOD;
+    const Method method = plan.method;
+    const bool derived_path = plan.derived;
+    uint32_t need = plan.need;
+    T* field[kNeedCount];
+    for (int k = 0; k < kNeedCount; ++k) field[k] = view.real(kNeedField[k]);
     for (int k = 0; k < kNeedCount; ++k)
-        if ((need & bit(k)) && !field[k]) return kMissingStatus[k];
+        if ((need & bit(k)) && !field[k]) return TaskView<T>::missing(kNeedField[k]);
     if (need & kRefused) return SS_ERR_METHOD;
     auto needs = [&](int k) { return (need & bit(k)) != 0; };
 
@@ -325,6 +448,23 @@ int32_t basic(SsTask* task, uint64_t estimates, uint64_t method_word,
     if (needs(kCov) && !form_of(task->cov_storage, &cov_form)) return SS_ERR_STORAGE_WORD;
     if (needs(kCor) && !form_of(task->cor_storage, &cor_form)) return SS_ERR_STORAGE_WORD;
     if (needs(kCp) && !form_of(task->cross_product_storage, &cp_form)) return SS_ERR_STORAGE_WORD;
+    // A direct bit beside a sums bit takes the direct table but the derived
+    // path, which builds cov and cor from the cross-product all the same.
+    const bool want_matrix = needs(kCov) || needs(kCor) || needs(kCp);
+    if (derived_path && want_matrix && !needs(kCp)) {
+        if (!field[kCp]) return SS_ERR_CROSS_PRODUCT;
+        if (!form_of(task->cross_product_storage, &cp_form)) return SS_ERR_STORAGE_WORD;
+    }
+
+    // Sizes from the caller's counts: p reals, the p x p matrix, the n x p
+    // data and the BLAS's 32-bit leading dimension.
+    int64_t count = 0;
+    if (!checked_count(p, 1, sizeof(T), &count)) return SS_ERR_NO_MEMORY;
+    if (want_matrix && !checked_count(p, p, sizeof(T), &count)) return SS_ERR_NO_MEMORY;
+    if (!derived_path) {
+        if (!checked_count(n, p, sizeof(T), &count)) return SS_ERR_NO_MEMORY;
+        if (want_matrix && method != Method::Running && n > INT32_MAX) return SS_ERR_NO_MEMORY;
+    }
 
     T* const sum_arr[7] = {field[kSum1], field[kSum2], field[kSum3], field[kSum4],
                            field[kCs2], field[kCs3], field[kCs4]};
@@ -336,7 +476,6 @@ int32_t basic(SsTask* task, uint64_t estimates, uint64_t method_word,
     T W = 0, W2 = 0;
     Buffer<T> s_buf;
     T* S = nullptr;
-    const bool want_matrix = needs(kCov) || needs(kCor) || needs(kCp);
 
     // Working arrays of piece 0 and their owners.
     T* work[7] = {};
@@ -348,33 +487,13 @@ int32_t basic(SsTask* task, uint64_t estimates, uint64_t method_word,
     if (!derived_path) {
         const bool by_obs = p > 1 && !(read_int(task->data_storage, is64) & SS_STORAGE_BY_VARIABLE);
         const int64_t q = want_matrix ? p : 1;
-        int64_t maxthr = threading && threading->max_threads ? threading->max_threads() : 1;
-        int64_t npieces = std::min({maxthr, (q * p * n) >> 13, n >> 4});
+        const int64_t maxthr = max_threads(threading);
+        int64_t work_units = 0;  // saturates: only its comparison with the thread count matters
+        if (__builtin_mul_overflow(q * p, n, &work_units)) work_units = INT64_MAX;
+        int64_t npieces = std::min({maxthr, work_units >> 13, n >> 4});
         if (npieces < 1) npieces = 1;
 
-        // Level of the pass.
-        int level = 0;
-        if (method == Method::Running) {
-            if (needs(kCs2) || needs(kC2)) level = 1;
-            if (needs(kSum2) || needs(kRaw2)) level = 2;
-            if (need & (bit(kSum3) | R3 | bit(kSum4) | R4 | bit(kCs3) | C3 | bit(kCs4) | C4))
-                level = 3;
-        } else if (method == Method::PlainSums) {
-            if (needs(kSum2) || needs(kRaw2)) level = 1;
-            if (needs(kSum3) || needs(kRaw3)) level = 2;
-            if (needs(kSum4) || needs(kRaw4)) level = 3;
-        } else {
-            if (needs(kCs3) || needs(kC3)) level = 1;
-            if (needs(kCs4) || needs(kC4)) level = 2;
-            if (need & (bit(kSum2) | R2 | bit(kSum3) | R3 | bit(kSum4) | R4)) level = 3;
-        }
-        const int nraw = method == Method::Running    ? kRunningRaw[level]
-                         : method == Method::PlainSums ? level + 1
-                         : level == 3                  ? 4
-                                                       : 1;
-        const int ncen = method == Method::Running    ? kRunningCentral[level]
-                         : method == Method::PlainSums ? 0
-                                                       : kGivenCentral[level];
+        const int nraw = plan.nraw, ncen = plan.ncen, level = plan.level;
         auto in_level = [&](int k) { return k < 4 ? k < nraw : k - 4 < ncen; };
 
         // Accumulators.
@@ -425,7 +544,9 @@ int32_t basic(SsTask* task, uint64_t estimates, uint64_t method_word,
         const int64_t per_piece =
             (nraw - raw_from + ncen) * p + (want_matrix ? p * p : 0);
         if (npieces > 1) {
-            if (!partial_buf.allocate(static_cast<std::size_t>((npieces - 1) * per_piece), true))
+            int64_t partial = 0;
+            if (!checked_count(npieces - 1, per_piece, sizeof(T), &partial) ||
+                !partial_buf.allocate(static_cast<std::size_t>(partial), true))
                 return SS_ERR_NO_MEMORY;
         }
 
@@ -491,12 +612,8 @@ int32_t basic(SsTask* task, uint64_t estimates, uint64_t method_word,
             }
         }
         Context<T> ctx{static_cast<const T*>(task->data), weights, n, p, by_obs ? p : n, by_obs,
-                       weights != nullptr, want_matrix, method, level, static_cast<int>(npieces),
-                       pieces, field[kMean], static_cast<const T*>(task->carried_mean), 0};
-        if (threading && threading->run_pieces)
-            threading->run_pieces(static_cast<int>(npieces), &ctx, &run_piece<T>);
-        else
-            for (int t = 0; t < npieces; ++t) run_piece<T>(t, 0, static_cast<int>(npieces), &ctx);
+                       weights != nullptr, want_matrix, method, level, pieces, field[kMean], static_cast<const T*>(task->carried_mean), 0};
+        run_pieces(threading, static_cast<int>(npieces), &ctx, &run_piece<T>);
 
         // Merge pieces 1 .. T-1 into piece 0, in order.
         for (int64_t t = 1; t < npieces; ++t) {
@@ -537,8 +654,6 @@ int32_t basic(SsTask* task, uint64_t estimates, uint64_t method_word,
             }
             acc[0].W = Wa + Wb;
             acc[0].W2 += acc[t].W2;
-            acc[0].spare0 += acc[t].spare0;
-            acc[0].spare1 += acc[t].spare1;
         }
         // A failure inside a piece.
         if (ctx.status) return ctx.status;
@@ -552,7 +667,7 @@ int32_t basic(SsTask* task, uint64_t estimates, uint64_t method_word,
         } else {
             W = W2 = static_cast<T>(n);
         }
-        if (needs(kCov) || needs(kCor)) {
+        if (want_matrix) {  // the direct table may ask for the cross-product itself
             if (cp_form == 0) {
                 S = field[kCp];
             } else {

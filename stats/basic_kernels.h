@@ -8,11 +8,10 @@
 
 namespace orv::ss {
 
-// Accumulator record of one piece: weight sum, squared weight sum and two
-// spare sums that stay 0 and take part in the merge.
+// Accumulator record of one piece: weight sum and squared weight sum.
 template <typename T>
 struct Acc {
-    T W, W2, spare0, spare1;
+    T W, W2;
 };
 
 // Working arrays: 0..3 raw moments of order 1..4 (normalised), 4..6 central
@@ -31,12 +30,12 @@ inline constexpr int kRunningRaw[4] = {1, 1, 2, 4};
 inline constexpr int kRunningCentral[4] = {0, 1, 1, 3};
 inline constexpr int kGivenCentral[4] = {1, 2, 3, 3};
 
-// Running updates of means, central sums up to order 4 and the centred
-// cross-product, one weighted observation at a time (Welford; the
-// higher-order terms after Pebay's one-point update).
-template <typename T, bool ByObs, bool Weighted, int Level, bool Matrix>
+// Running updates of means and central sums up to order 4, one weighted
+// observation at a time (Welford; the higher-order terms after Pebay's
+// one-point update). The matrix is updated by blocks around it.
+template <typename T, bool ByObs, bool Weighted, int Level>
 void running_kernel(int64_t i0, int64_t i1, int64_t ld, int64_t p, const T* x, const T* w,
-                    Acc<T>* acc, T* const* a, T* S) {
+                    Acc<T>* acc, T* const* a, T*) {
     constexpr int nraw = kRunningRaw[Level], ncen = kRunningCentral[Level];
     int64_t i = i0;
     if constexpr (Weighted) {
@@ -62,11 +61,6 @@ void running_kernel(int64_t i0, int64_t i1, int64_t ld, int64_t p, const T* x, c
         for (int64_t j = 0; j < p; ++j) {
             const T xj = at<ByObs>(x, ld, i, j);
             const T d = xj - mean[j];
-            if constexpr (Matrix) {
-                const T cd = cc * d;
-                T* row = S + j;
-                for (int64_t k = j; k < p; ++k) row[k * p] += cd * (at<ByObs>(x, ld, i, k) - mean[k]);
-            }
             if constexpr (ncen == 3) {
                 const T d2 = d * d;
                 S4[j] += d2 * d2 * e4 + d2 * S2[j] * b6 + d * S3[j] * b4;
@@ -187,7 +181,7 @@ void given_mean_kernel(int64_t i0, int64_t i1, int64_t ld, int64_t p, const T* x
             for (int64_t j = 0; j < p; ++j) a[r][j] *= W;
     const T* mean = a[0];
     T *r2 = a[1], *r3 = a[2], *r4 = a[3], *S2 = a[4], *S3 = a[5], *S4 = a[6];
-    auto one = [&](int64_t k, int64_t j, T wk, T xj) {
+    auto one = [&](int64_t j, T wk, T xj) {
         const T d = xj - mean[j];
         const T d2 = d * d;
         S2[j] += wk * d2;
@@ -203,11 +197,11 @@ void given_mean_kernel(int64_t i0, int64_t i1, int64_t ld, int64_t p, const T* x
     if constexpr (ByObs) {
         for (int64_t k = i; k < i1; ++k) {
             const T wk = Weighted ? w[k] : T(1);
-            for (int64_t j = 0; j < p; ++j) one(k, j, wk, x[k * ld + j]);
+            for (int64_t j = 0; j < p; ++j) one(j, wk, x[k * ld + j]);
         }
     } else {
         for (int64_t j = 0; j < p; ++j)
-            for (int64_t k = i; k < i1; ++k) one(k, j, Weighted ? w[k] : T(1), x[j * ld + k]);
+            for (int64_t k = i; k < i1; ++k) one(j, Weighted ? w[k] : T(1), x[j * ld + k]);
     }
     if constexpr (Weighted) {
         for (int64_t k = i; k < i1; ++k) {
@@ -228,11 +222,10 @@ void given_mean_kernel(int64_t i0, int64_t i1, int64_t ld, int64_t p, const T* x
 }
 
 // Kernel tables, indexed as
-//   running:          16*by_observation + 8*weighted + 2*level + matrix
-//   plain, given mean: 8*by_observation + 4*weighted + level
+//   8*by_observation + 4*weighted + level
 template <typename T, int I>
 constexpr Kernel<T> running_entry() {
-    return &running_kernel<T, (I & 16) != 0, (I & 8) != 0, (I >> 1) & 3, (I & 1) != 0>;
+    return &running_kernel<T, (I & 8) != 0, (I & 4) != 0, I & 3>;
 }
 template <typename T, int I>
 constexpr Kernel<T> plain_entry() {
@@ -257,7 +250,7 @@ constexpr auto make_given(std::integer_sequence<int, I...>) {
 }
 
 template <typename T>
-inline constexpr auto kRunningKernels = make_running<T>(std::make_integer_sequence<int, 32>{});
+inline constexpr auto kRunningKernels = make_running<T>(std::make_integer_sequence<int, 16>{});
 template <typename T>
 inline constexpr auto kPlainKernels = make_plain<T>(std::make_integer_sequence<int, 16>{});
 template <typename T>

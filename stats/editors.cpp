@@ -19,7 +19,7 @@ struct ParamRow {
 // Rows 1..79 of the parameter list, by number; row 0 is unused.
 constexpr std::array<ParamRow, 80> make_param_table() {
     std::array<ParamRow, 80> t{};
-#define SS_PARAM(no, field, side, status) t[no] = ParamRow{offsetof(SsTask, field), side, status};
+#define SS_PARAM(no, field, side, status, compute_status) t[no] = ParamRow{offsetof(SsTask, field), side, status};
 #include <orv/ss_params.def>
 #undef SS_PARAM
     return t;

@@ -6,10 +6,15 @@
 #define ORV_ORV_H
 
 #include <orv/datafit.h>
+#include <orv/datafit_eval.h>
 #include <orv/orv_core.h>
-#include <orv/rng.h>
-#include <orv/stats.h>
+#include <orv/orv_datafit.h>
 #include <orv/orv_rng.h>
+#include <orv/orv_rng_sources.h>
+#include <orv/rng.h>
+#include <orv/rng_twister.h>
+#include <orv/ss_calls.h>
+#include <orv/stats.h>
 #include <orv/threading.h>
 #include <orv/vtm.h>
 #include <orv/vtm_types.h>

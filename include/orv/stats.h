@@ -107,7 +107,7 @@ extern "C" {
 
 /* Parameter numbers of the single-field editors: SS_ED_<field>. */
 enum SsParameterNumber {
-#define SS_PARAM(no, field, via, status) SS_ED_##field = no,
+#define SS_PARAM(no, field, via, status, compute_status) SS_ED_##field = no,
 #include <orv/ss_params.def>
 #undef SS_PARAM
     SS_ED_COUNT = 79
@@ -145,6 +145,8 @@ enum SsParameterNumber {
 #define SS_EST_CENTRAL_SUM3   0x40000000ULL
 #define SS_EST_CENTRAL_SUM4   0x80000000ULL
 #define SS_EST_CROSS_PRODUCT  0x100000000ULL
+#define SS_EST_QUANTILES      0x10000ULL   /* _vstdSSQuantiles: quantiles */
+#define SS_EST_ORDER_STATS    0x20000ULL   /* _vstdSSQuantiles: sorted observations */
 
 /* Method word bits. */
 #define SS_METHOD_PLAIN_SUMS   0x1ULL    /* power sums normalised by the total weight */
@@ -152,6 +154,7 @@ enum SsParameterNumber {
 #define SS_METHOD_GIVEN_MEAN   0x100ULL  /* central sums about the caller's mean */
 #define SS_METHOD_FROM_SUMS    0x200ULL  /* no data pass: moments from sums */
 #define SS_METHOD_FROM_SUMS_2  0x400ULL  /* same as SS_METHOD_FROM_SUMS */
+#define SS_METHOD_RADIX        0x100000ULL  /* _vstdSSSort: radix sort */
 
 typedef struct SsTask SsTask;
 typedef void (*SsReleaseOp)(SsTask* task);
@@ -306,6 +309,42 @@ ORV_SS_API int32_t _vstdSSBasic(SsTask* task, uint64_t estimates, uint64_t metho
                                 const SsThreadingTable* threading);
 ORV_SS_API int32_t _vstsSSBasic(SsTask* task, uint64_t estimates, uint64_t method,
                                 const SsThreadingTable* threading);
+
+/* Minimum (estimate SS_EST_MIN) and maximum (SS_EST_MAX) of each admitted
+ * variable, accumulated from what minimum and maximum hold (method 0x1 or
+ * 0x2). */
+ORV_SS_API int32_t _vstdSSMinmax(SsTask* task, uint64_t estimates, uint64_t method,
+                                 const SsThreadingTable* threading);
+ORV_SS_API int32_t _vstsSSMinmax(SsTask* task, uint64_t estimates, uint64_t method,
+                                 const SsThreadingTable* threading);
+
+/* Quantiles (SS_EST_QUANTILES) of the orders in quantile_orders, by linear
+ * interpolation between order statistics, and the sorted observations
+ * (SS_EST_ORDER_STATS) of each admitted variable, one compact row per
+ * admitted variable (method 0x1). */
+ORV_SS_API int32_t _vstdSSQuantiles(SsTask* task, uint64_t estimates, uint64_t method,
+                                    const SsThreadingTable* threading);
+ORV_SS_API int32_t _vstsSSQuantiles(SsTask* task, uint64_t estimates, uint64_t method,
+                                    const SsThreadingTable* threading);
+
+/* Each admitted variable's observations sorted ascending into a compact row
+ * of `sorted` (layout by sorted_storage), method SS_METHOD_RADIX. Order:
+ * -NaN, -inf, negatives, -0, +0, positives, +inf, +NaN. `sorted` may be
+ * `data` (same layout, no indices). */
+ORV_SS_API int32_t _vstdSSSort(SsTask* task, uint64_t estimates, uint64_t method,
+                               const SsThreadingTable* threading);
+ORV_SS_API int32_t _vstsSSSort(SsTask* task, uint64_t estimates, uint64_t method,
+                               const SsThreadingTable* threading);
+
+/* In-place ascending sort of n reals (a stride apart), and selection of the
+ * element of rank k (0-based), which leaves a partially ordered. Nothing
+ * happens for n below 2 or a null array; a rank outside [0, n) gives NaN. */
+ORV_SS_API void __vstdQSort(int64_t n, double* a);
+ORV_SS_API void __vstsQSort(int64_t n, float* a);
+ORV_SS_API void __vstdQSortStep(int64_t n, double* a, int64_t stride);
+ORV_SS_API void __vstsQSortStep(int64_t n, float* a, int64_t stride);
+ORV_SS_API double __vstdQSortSelect(int64_t n, double* a, int64_t k);
+ORV_SS_API float __vstsQSortSelect(int64_t n, float* a, int64_t k);
 
 #ifdef __cplusplus
 }

@@ -125,7 +125,8 @@ TEST(BasicDerived, MomentsAndMatricesFromSums) {
     const auto wo = ref::make_weights(n, 92);
     const auto e = ref::two_pass(xo, wo, n, p);
     for (int form : {0, 1, 2}) {
-        for (uint64_t method : {uint64_t(SS_METHOD_FROM_SUMS), uint64_t(SS_METHOD_FROM_SUMS_2)}) {
+        // A direct bit beside a sums bit: the direct table, the derived path.
+        for (uint64_t method : {0x200, 0x400, 0x202, 0x201}) {
             Task<double> t(xo, wo, n, p, true, form);
             t.accum[0] = (double)e.W;
             t.accum[1] = (double)e.W2;
@@ -138,9 +139,10 @@ TEST(BasicDerived, MomentsAndMatricesFromSums) {
                     if (form == 0 || (form == 1 ? j <= i : j >= i)) cp[k++] = (double)e.cp[i * p + j];
             t.a[CP] = cp;
             t.task->cross_product = t.a[CP].data();
-            const uint64_t est = kMoments | SS_EST_COV | SS_EST_COR;
+            const uint64_t est =
+                kMoments | SS_EST_COV | SS_EST_COR | (method & 3 ? SS_EST_CROSS_PRODUCT : 0);
             ASSERT_EQ(t.basic(est, method), SS_OK);
-            expect_vectors(t, e, est, 1e-13, false);
+            expect_vectors(t, e, est, method == 0x201 ? 1e-11 : 1e-13, false);
             expect_matrices(t, e, est, 1e-13);
         }
     }
@@ -211,6 +213,16 @@ std::vector<Order> order_cases() {
                  [](Task<double>& t) { t.storage = 0x40000; }, SS_ERR_STORAGE_VALUE});
     v.push_back({"matrix storage null", SS_EST_COV, SS_METHOD_RUNNING,
                  [](Task<double>& t) { t.task->cov_storage = nullptr; }, SS_ERR_STORAGE_WORD});
+    // A sums bit with a direct bit takes the derived path, which builds the
+    // matrices from the cross-product: its absence is reported, not read.
+    for (uint64_t m : {0x201, 0x202, 0x300, 0x401, 0x402}) {
+        v.push_back({"direct and sums bits, no cross-product", SS_EST_COV, m,
+                     [](Task<double>& t) { t.task->cross_product = nullptr; },
+                     SS_ERR_CROSS_PRODUCT});
+        v.push_back({"direct and sums bits, no cross-product storage", SS_EST_COR, m,
+                     [](Task<double>& t) { t.task->cross_product_storage = nullptr; },
+                     SS_ERR_STORAGE_WORD});
+    }
     v.push_back({"derived with weights", SS_EST_MEAN, SS_METHOD_FROM_SUMS,
                  [](Task<double>& t) { t.task->accum_weights = nullptr; }, SS_ERR_ACCUM_WEIGHTS});
     v.push_back({"derived without n", SS_EST_MEAN, SS_METHOD_FROM_SUMS,
@@ -248,6 +260,48 @@ TEST(BasicChecks, AllocationFailureIsReported) {
     EXPECT_EQ(_vstdSSBasic(task, SS_EST_COV, SS_METHOD_RUNNING, orv_ss_threading_serial()),
               SS_ERR_NO_MEMORY);
     __vstSSDeleteTask(&task);
+}
+
+// A record carries the precision of its creator; the other entry refuses it
+// and writes nothing.
+TEST(BasicChecks, PrecisionOfTheRecordIsKept) {
+    const auto xo = ref::make_data(40, 3, 103);
+    const uint64_t est = kMoments | kMatrices;
+    Task<float> ts(xo, {}, 40, 3, true, 0, -7.0f);
+    EXPECT_EQ(_vstdSSBasic(ts.task, est, SS_METHOD_RUNNING, orv_ss_threading_serial()),
+              SS_ERR_METHOD);
+    Task<double> td(xo, {}, 40, 3, true, 0, -7.0);
+    EXPECT_EQ(_vstsSSBasic(td.task, est, SS_METHOD_RUNNING, orv_ss_threading_serial()),
+              SS_ERR_METHOD);
+    for (int k = 0; k < NARR; ++k) {
+        for (float v : ts.a[k]) ASSERT_EQ(v, -7.0f) << "array " << k;
+        for (double v : td.a[k]) ASSERT_EQ(v, -7.0) << "array " << k;
+    }
+}
+
+// Sizes that cannot be represented are refused before memory is touched:
+// a packed covariance whose p x p copy overflows 64 bits, data of n x p
+// elements beyond the address space.
+TEST(BasicChecks, OverflowingSizesAreRefused) {
+    struct Case { int64_t p, n; uint64_t est; int64_t form; bool derived; };
+    const Case cases[] = {{(int64_t(1) << 31) + 1, 1, SS_EST_COV, 1, true},
+                          {int64_t(1) << 40, int64_t(1) << 30, SS_EST_MEAN, 0, false},
+                          {int64_t(1) << 61, 1, SS_EST_MEAN, 0, true}};
+    const int64_t storage = SS_STORAGE_BY_VARIABLE;
+    std::vector<double> x(4), mean(4), cov(4), cp(4);
+    int64_t mask[4] = {1, 1, 1, 1};
+    for (const Case& c : cases)
+        for (uint64_t method : {SS_METHOD_RUNNING, SS_METHOD_PLAIN_SUMS, SS_METHOD_FROM_SUMS}) {
+            if (method == SS_METHOD_FROM_SUMS && !c.derived) continue;  // the derived path reads no data
+            SsTask* task = nullptr;
+            ASSERT_EQ(__vstdSSNewTask(&task, &c.p, &c.n, &storage, x.data(), nullptr, mask, 1),
+                      SS_OK);
+            __vstdSSEditCovCor(task, mean.data(), cov.data(), &c.form, nullptr, nullptr);
+            __vstdSSEditCP(task, nullptr, mean.data(), cp.data(), &c.form);
+            EXPECT_EQ(_vstdSSBasic(task, c.est, method, orv_ss_threading_serial()),
+                      SS_ERR_NO_MEMORY) << c.p << " " << c.n << " " << method;
+            __vstSSDeleteTask(&task);
+        }
 }
 
 TEST(TableSqrt, WithinOneUlpAndSpecialValues) {

@@ -51,7 +51,8 @@ INSTANTIATE_TEST_SUITE_P(AllMethodsLayoutsForms, BasicOneCall,
                                             ::testing::Bool(), ::testing::Bool(),
                                             ::testing::Values(0, 1, 2)));
 
-// method, estimate group, weighted, by observation, number of blocks
+// method, estimate group (all vectors, each matrix, and requests that select
+// each level of each method), weighted, by observation, number of blocks
 using Blocks = std::tuple<uint64_t, uint64_t, bool, bool, int>;
 class BasicBlocks : public ::testing::TestWithParam<Blocks> {};
 
@@ -67,8 +68,10 @@ TEST_P(BasicBlocks, FeedingBlocksGivesTheOneCallEstimates) {
     // moments; a chain registers only the sums it asks for.
     void** sums[] = {&t.task->sum1, &t.task->sum2, &t.task->sum3, &t.task->sum4,
                      &t.task->central_sum2, &t.task->central_sum3, &t.task->central_sum4};
-    for (void** s : sums)
-        if (!(est & kSums)) *s = nullptr;
+    const uint64_t sum_bits[] = {SS_EST_SUM1, SS_EST_SUM2, SS_EST_SUM3, SS_EST_SUM4,
+                                 SS_EST_CENTRAL_SUM2, SS_EST_CENTRAL_SUM3, SS_EST_CENTRAL_SUM4};
+    for (int k = 0; k < 7; ++k)
+        if (!(est & sum_bits[k])) *sums[k] = nullptr;
     const int64_t step = n / nblocks;
     for (int b = 0; b < nblocks; ++b) {
         const int64_t first = b * step, count = b == nblocks - 1 ? n - first : step;
@@ -84,8 +87,13 @@ INSTANTIATE_TEST_SUITE_P(
     AllMethods, BasicBlocks,
     ::testing::Combine(::testing::Values(kRunning, kPlain, kGiven),
                        ::testing::Values(kMoments | kSums, uint64_t(SS_EST_COV), uint64_t(SS_EST_COR),
-                                         uint64_t(SS_EST_CROSS_PRODUCT)),
-                       ::testing::Bool(), ::testing::Bool(), ::testing::Values(1, 2, 7)));
+                                         uint64_t(SS_EST_CROSS_PRODUCT), uint64_t(SS_EST_MEAN),
+                                         uint64_t(SS_EST_CENTRAL_SUM2), uint64_t(SS_EST_CENTRAL2),
+                                         uint64_t(SS_EST_RAW2), uint64_t(SS_EST_SUM2),
+                                         uint64_t(SS_EST_RAW3), uint64_t(SS_EST_CENTRAL_SUM3),
+                                         uint64_t(SS_EST_CENTRAL3), uint64_t(SS_EST_CENTRAL_SUM4),
+                                         uint64_t(SS_EST_SUM4)),
+                       ::testing::Bool(), ::testing::Bool(), ::testing::Values(1, 3)));
 
 // A table that runs the pieces on the calling thread, claims a number of
 // threads, and records how many pieces it was given.
@@ -141,47 +149,6 @@ INSTANTIATE_TEST_SUITE_P(AllMethods, BasicPieces,
                          ::testing::Combine(::testing::Values(kRunning, kPlain, kGiven),
                                             ::testing::Bool(), ::testing::Bool()));
 
-}  // namespace
-
-namespace {
-
-// Requests that select each level of each method, fed in one block and in three.
-using Levels = std::tuple<uint64_t, uint64_t, bool, int>;
-class BasicLevels : public ::testing::TestWithParam<Levels> {};
-
-TEST_P(BasicLevels, EachLevelMatchesTheReference) {
-    const auto [method, est, weighted, nblocks] = GetParam();
-    const int64_t n = 450, p = 3;
-    const auto xo = ref::make_data(n, p, 41);
-    const auto wo = weighted ? ref::make_weights(n, 42) : std::vector<double>{};
-    const auto e = ref::two_pass(xo, wo, n, p);
-    Task<double> t(xo, wo, n, p, nblocks == 1, 0);
-    if (method == kGiven) fill_given_mean(t, e);
-    void** sums[] = {&t.task->sum1, &t.task->sum2, &t.task->sum3, &t.task->sum4,
-                     &t.task->central_sum2, &t.task->central_sum3, &t.task->central_sum4};
-    const uint64_t sum_bits[] = {SS_EST_SUM1, SS_EST_SUM2, SS_EST_SUM3, SS_EST_SUM4,
-                                 SS_EST_CENTRAL_SUM2, SS_EST_CENTRAL_SUM3, SS_EST_CENTRAL_SUM4};
-    for (int k = 0; k < 7; ++k)
-        if (!(est & sum_bits[k])) *sums[k] = nullptr;
-    const int64_t step = n / nblocks;
-    for (int b = 0; b < nblocks; ++b) {
-        const int64_t first = b * step, count = b == nblocks - 1 ? n - first : step;
-        t.set_data(xo, wo, count, first);
-        ASSERT_EQ(t.basic(est, method), SS_OK);
-    }
-    expect_vectors(t, e, est, 1e-12, method == kGiven);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    AllMethods, BasicLevels,
-    ::testing::Combine(::testing::Values(kRunning, kPlain, kGiven),
-                       ::testing::Values(uint64_t(SS_EST_MEAN), uint64_t(SS_EST_CENTRAL_SUM2),
-                                         uint64_t(SS_EST_CENTRAL2), uint64_t(SS_EST_RAW2),
-                                         uint64_t(SS_EST_SUM2), uint64_t(SS_EST_RAW3),
-                                         uint64_t(SS_EST_CENTRAL_SUM3), uint64_t(SS_EST_CENTRAL3),
-                                         uint64_t(SS_EST_CENTRAL_SUM4), uint64_t(SS_EST_SUM4)),
-                       ::testing::Bool(), ::testing::Values(1, 3)));
-
 // The carried mean undoes the previous centring of the matrix, so the caller
 // may supply a different mean for each block.
 TEST(BasicGivenMean, MeanMayChangeBetweenBlocks) {
@@ -199,6 +166,23 @@ TEST(BasicGivenMean, MeanMayChangeBetweenBlocks) {
         t.set_data(xo, {}, n - half, half);
         ASSERT_EQ(t.basic(SS_EST_COV, kGiven), SS_OK);
         expect_matrices(t, e, SS_EST_COV, 1e-12);
+    }
+}
+
+// Data far from zero: the running method's matrix, merged block by block
+// about each block's mean, keeps the accuracy of one-point updates.
+TEST(BasicRunning, MatrixFarFromZeroKeepsAccuracy) {
+    const int64_t n = 5000, p = 3;
+    auto xo = ref::make_data(n, p, 47);
+    for (double& v : xo) v += 1e8;
+    for (bool weighted : {false, true}) {
+        const auto wo = weighted ? ref::make_weights(n, 48) : std::vector<double>{};
+        const auto e = ref::two_pass(xo, wo, n, p);
+        for (bool by_obs : {false, true}) {
+            Task<double> t(xo, wo, n, p, by_obs, 0);
+            ASSERT_EQ(t.basic(SS_EST_COV | SS_EST_COR, kRunning), SS_OK);
+            expect_matrices(t, e, SS_EST_COV | SS_EST_COR, 1e-9);
+        }
     }
 }
 

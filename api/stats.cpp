@@ -1,0 +1,19 @@
+// Checked statistics calls: the compute entries with the OpenMP threading
+// table. The entries check their records in the documented order.
+#include <orv/orv.h>
+
+#define ORV_SS_CALL(name)                                                            \
+    int32_t vst##name(SsTask* task, uint64_t estimates, uint64_t method) {           \
+        return _vst##name(task, estimates, method, orv_ss_threading_openmp());       \
+    }
+
+extern "C" {
+ORV_SS_CALL(dSSBasic)
+ORV_SS_CALL(sSSBasic)
+ORV_SS_CALL(dSSMinmax)
+ORV_SS_CALL(sSSMinmax)
+ORV_SS_CALL(dSSQuantiles)
+ORV_SS_CALL(sSSQuantiles)
+ORV_SS_CALL(dSSSort)
+ORV_SS_CALL(sSSSort)
+}

@@ -1,0 +1,139 @@
+// Minimum and maximum against a direct scan, accumulated over blocks, with
+// and without a variable mask; the statuses in their order through the
+// checked call.
+#include <orv/orv.h>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <random>
+#include <tuple>
+#include <vector>
+
+namespace {
+
+// element type double, by observation, masked
+using Case = std::tuple<bool, bool, bool>;
+class Minmax : public ::testing::TestWithParam<Case> {};
+
+template <typename T>
+void check(bool by_obs, bool masked) {
+    const int64_t p = 5, n = 1001, blocks = 3;
+    std::mt19937_64 g(7);
+    std::normal_distribution<double> nd(0.0, 10.0);
+    std::vector<double> xo(n * p);  // by observation
+    for (auto& v : xo) v = nd(g);
+    for (int64_t i = 0; i < n; i += 37) xo[i * p + i % p] = NAN;  // never taken
+    const int64_t mask[p] = {1, 0, 1, 1, 1};
+    const T inf = std::numeric_limits<T>::infinity(), sentinel = T(-123);
+    std::vector<T> mn(p, inf), mx(p, -inf);
+    if (masked) mn[1] = mx[1] = sentinel;
+    const int64_t storage = by_obs ? SS_STORAGE_BY_OBSERVATION : SS_STORAGE_BY_VARIABLE;
+    int64_t nb = n / blocks;
+    std::vector<T> x(nb * p);
+    SsTask* task = nullptr;
+    const auto create = sizeof(T) == 8 ? __vstdSSNewTask : __vstsSSNewTask;
+    ASSERT_EQ(create(&task, &p, &nb, &storage, x.data(), nullptr, masked ? mask : nullptr, 1), SS_OK);
+    __vstdSSEditTask(task, SS_ED_minimum, mn.data());
+    __vstdSSEditTask(task, SS_ED_maximum, mx.data());
+    for (int64_t b = 0; b < blocks; ++b) {
+        const int64_t first = b * (n / blocks);
+        nb = b == blocks - 1 ? n - first : n / blocks;
+        x.assign(nb * p, T(0));
+        for (int64_t i = 0; i < nb; ++i)
+            for (int64_t j = 0; j < p; ++j)
+                x[by_obs ? i * p + j : j * nb + i] = static_cast<T>(xo[(first + i) * p + j]);
+        task->data = x.data();
+        const uint64_t est = SS_EST_MIN | SS_EST_MAX;
+        ASSERT_EQ(sizeof(T) == 8 ? vstdSSMinmax(task, est, SS_METHOD_PLAIN_SUMS)
+                                 : vstsSSMinmax(task, est, SS_METHOD_RUNNING),
+                  SS_OK);
+    }
+    for (int64_t j = 0; j < p; ++j) {
+        if (masked && !mask[j]) {
+            EXPECT_EQ(mn[j], sentinel);
+            EXPECT_EQ(mx[j], sentinel);
+            continue;
+        }
+        T lo = inf, hi = -inf;
+        for (int64_t i = 0; i < n; ++i) {
+            const T v = static_cast<T>(xo[i * p + j]);
+            if (v < lo) lo = v;
+            if (v > hi) hi = v;
+        }
+        EXPECT_EQ(mn[j], lo) << j;
+        EXPECT_EQ(mx[j], hi) << j;
+    }
+    __vstSSDeleteTask(&task);
+}
+
+TEST_P(Minmax, MatchesADirectScanOverBlocks) {
+    const auto [dbl, by_obs, masked] = GetParam();
+    if (dbl)
+        check<double>(by_obs, masked);
+    else
+        check<float>(by_obs, masked);
+}
+
+INSTANTIATE_TEST_SUITE_P(All, Minmax,
+                         ::testing::Combine(::testing::Bool(), ::testing::Bool(), ::testing::Bool()));
+
+TEST(Minmax, OneEstimateLeavesTheOtherArray) {
+    const int64_t p = 2, n = 3, storage = SS_STORAGE_BY_VARIABLE;
+    const double x[6] = {3, -1, 2, 5, 4, 9};
+    double mn[2] = {0, 100}, mx[2] = {7, 7};
+    SsTask* task = nullptr;
+    ASSERT_EQ(__vstdSSNewTask(&task, &p, &n, &storage, x, nullptr, nullptr, 1), SS_OK);
+    __vstdSSEditTask(task, SS_ED_minimum, mn);
+    __vstdSSEditTask(task, SS_ED_maximum, mx);
+    ASSERT_EQ(vstdSSMinmax(task, SS_EST_MIN, SS_METHOD_RUNNING), SS_OK);
+    EXPECT_EQ(mn[0], -1);  // the seed 0 is above -1
+    EXPECT_EQ(mn[1], 4);
+    EXPECT_EQ(mx[0], 7);
+    EXPECT_EQ(mx[1], 7);
+    __vstSSDeleteTask(&task);
+}
+
+// Each cause with every later one present; nothing is written on a refusal.
+TEST(Minmax, StatusesInOrder) {
+    struct Step { const char* what; int32_t want; };
+    const Step steps[] = {{"null task", SS_ERR_NULL_TASK},
+                          {"other precision", SS_ERR_METHOD},
+                          {"storage pointer", SS_ERR_STORAGE_WORD},
+                          {"storage value", SS_ERR_STORAGE_VALUE},
+                          {"minimum", SS_ERR_MIN},
+                          {"maximum", SS_ERR_MAX},
+                          {"method", SS_ERR_METHOD},
+                          {"dimension", SS_ERR_DIMENSION},
+                          {"observations", SS_ERR_OBSERVATIONS},
+                          {"data", SS_ERR_NULL_DATA}};
+    const int64_t storage_ok = SS_STORAGE_BY_OBSERVATION;
+    for (std::size_t k = 0; k < std::size(steps); ++k) {
+        int64_t p = 2, n = 2, storage = 0x40000;
+        double x[4] = {1, 2, 3, 4};
+        SsTask* task = nullptr;
+        ASSERT_EQ(__vstsSSNewTask(&task, &p, &n, &storage_ok, x, nullptr, nullptr, 1), SS_OK);
+        // Later causes: a bad storage word, no arrays, no method, p and n 0, no data.
+        task->data_storage = &storage;
+        p = n = 0;
+        task->data = nullptr;
+        // Earlier causes repaired, this one kept.
+        const std::string what = steps[k].what;
+        if (k > 1) task->is_double = 1;
+        if (what == "storage pointer") task->data_storage = nullptr;
+        if (k > 3) storage = storage_ok;
+        double mn[2] = {9, 9}, mx[2] = {9, 9};
+        if (k > 4) __vstdSSEditTask(task, SS_ED_minimum, mn);
+        if (k > 5) __vstdSSEditTask(task, SS_ED_maximum, mx);
+        const uint64_t method = k > 6 ? SS_METHOD_RUNNING : 0x100;
+        if (k > 7) p = 2;
+        if (k > 8) n = 2;
+        EXPECT_EQ(vstdSSMinmax(k == 0 ? nullptr : task, SS_EST_MIN | SS_EST_MAX, method),
+                  steps[k].want) << what;
+        EXPECT_EQ(mn[0] + mn[1] + mx[0] + mx[1], 36.0) << what;
+        __vstSSDeleteTask(&task);
+    }
+}
+
+}  // namespace

@@ -1,0 +1,209 @@
+// Quantiles and order statistics against numpy (tests/data/stats/order_kat.txt),
+// both layouts, with a variable mask; the sorting and selection routines
+// against the standard library; the statuses in their order.
+#include <orv/orv.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <fstream>
+#include <random>
+#include <sstream>
+#include <string>
+#include <tuple>
+#include <vector>
+
+namespace {
+
+struct Kat {
+    int64_t n, p;
+    std::vector<double> x, q, s;  // x by observation; q and s one row per variable
+};
+
+std::vector<double> g_orders;
+
+std::vector<Kat> read_kat() {
+    std::ifstream in(ORV_SS_DATA_DIR "/order_kat.txt");
+    std::vector<Kat> cases;
+    g_orders.clear();
+    std::string line;
+    while (std::getline(in, line)) {
+        std::istringstream ls(line);
+        std::string tag;
+        ls >> tag;
+        std::vector<double>* into = nullptr;
+        if (tag == "orders") into = &g_orders;
+        if (tag == "case") {
+            cases.emplace_back();
+            ls >> cases.back().n >> cases.back().p;
+        }
+        if (tag == "x") into = &cases.back().x;
+        if (tag == "q") into = &cases.back().q;
+        if (tag == "s") into = &cases.back().s;
+        for (double v; into && ls >> v;) into->push_back(v);
+    }
+    return cases;
+}
+
+// double, data by observation, order statistics (none, by variable, by
+// observation), masked
+using Case = std::tuple<bool, bool, int, bool>;
+class Quantiles : public ::testing::TestWithParam<Case> {};
+
+template <typename T>
+void check(const Kat& k, bool by_obs, int os_layout, bool masked) {
+    const int64_t p = k.p, n = k.n, count = static_cast<int64_t>(g_orders.size());
+    const int64_t storage = by_obs ? SS_STORAGE_BY_OBSERVATION : SS_STORAGE_BY_VARIABLE;
+    const int64_t os_storage = os_layout == 1 ? SS_STORAGE_BY_VARIABLE : SS_STORAGE_BY_OBSERVATION;
+    std::vector<T> x(n * p), orders(g_orders.begin(), g_orders.end());
+    for (int64_t i = 0; i < n; ++i)
+        for (int64_t j = 0; j < p; ++j) x[by_obs ? i * p + j : j * n + i] = static_cast<T>(k.x[i * p + j]);
+    std::vector<int64_t> mask(p, 1);
+    if (masked) mask[0] = 0;
+    std::vector<int64_t> admitted;
+    for (int64_t j = 0; j < p; ++j)
+        if (mask[j]) admitted.push_back(j);
+    const int64_t rows = static_cast<int64_t>(admitted.size());
+    const T sentinel = T(-999);
+    std::vector<T> q(p * count, sentinel), os(p * n, sentinel);
+    SsTask* task = nullptr;
+    const auto create = sizeof(T) == 8 ? __vstdSSNewTask : __vstsSSNewTask;
+    ASSERT_EQ(create(&task, &p, &n, &storage, x.data(), nullptr, mask.data(), 1), SS_OK);
+    __vstdSSEditQuantiles(task, &count, orders.data(), q.data(), os.data(), &os_storage);
+    const uint64_t est = SS_EST_QUANTILES | (os_layout ? SS_EST_ORDER_STATS : 0);
+    ASSERT_EQ(sizeof(T) == 8 ? vstdSSQuantiles(task, est, SS_METHOD_PLAIN_SUMS)
+                             : vstsSSQuantiles(task, est, SS_METHOD_PLAIN_SUMS),
+              SS_OK);
+    __vstSSDeleteTask(&task);
+    // numpy interpolates from the upper side past the middle: a few units of
+    // the data's magnitude apart; single orders and data are rounded to float.
+    const double tol = sizeof(T) == 8 ? 1e-14 : 1e-4;
+    for (int64_t a = 0; a < rows; ++a) {
+        const int64_t v = admitted[a];
+        for (int64_t r = 0; r < count; ++r)
+            EXPECT_NEAR(q[a * count + r], k.q[v * count + r], tol * (1 + std::fabs(k.q[v * count + r])))
+                << "row " << a << " order " << r;
+        for (int64_t i = 0; os_layout && i < n; ++i) {
+            const T got = os_layout == 1 ? os[a * n + i] : os[i * p + a];
+            EXPECT_EQ(got, static_cast<T>(k.s[v * n + i])) << "row " << a << " i " << i;
+        }
+    }
+    // Rows past the admitted ones are left alone.
+    for (int64_t e = rows * count; e < p * count; ++e) EXPECT_EQ(q[e], sentinel);
+}
+
+TEST_P(Quantiles, MatchNumpy) {
+    const auto [dbl, by_obs, os_layout, masked] = GetParam();
+    for (const Kat& k : read_kat()) {
+        SCOPED_TRACE("n " + std::to_string(k.n));
+        if (dbl)
+            check<double>(k, by_obs, os_layout, masked);
+        else
+            check<float>(k, by_obs, os_layout, masked);
+    }
+    ASSERT_FALSE(g_orders.empty());
+}
+
+INSTANTIATE_TEST_SUITE_P(All, Quantiles,
+                         ::testing::Combine(::testing::Bool(), ::testing::Bool(),
+                                            ::testing::Values(0, 1, 2), ::testing::Bool()));
+
+// The robust estimators call the entry on a cleared record with only p, n,
+// the layout, the data and one order set.
+TEST(Quantiles, ClearedRecordWithAFewFields) {
+    SsTask t;
+    std::memset(static_cast<void*>(&t), 0, sizeof t);
+    int64_t p = 1, n = 5, storage = SS_STORAGE_BY_VARIABLE, count = 1;
+    double x[5] = {4, -1, 9, 2, 7}, order = 0.5, median = 0;
+    t.int_is_64 = 1;
+    t.dimension = &p;
+    t.observations = &n;
+    t.data_storage = &storage;
+    t.data = x;
+    t.quantile_count = &count;
+    t.quantile_orders = &order;
+    t.quantiles = &median;
+    ASSERT_EQ(_vstdSSQuantiles(&t, SS_EST_QUANTILES, SS_METHOD_PLAIN_SUMS, nullptr), SS_OK);
+    EXPECT_EQ(median, 4.0);
+}
+
+// Sorting and selection on sizes around the insertion threshold and large,
+// with many ties, against the standard library; strided rows; NaN stays in
+// bounds.
+TEST(QSort, SortStepAndSelectAgreeWithTheStandardLibrary) {
+    std::mt19937_64 g(3);
+    for (int64_t n : {1, 2, 3, 6, 7, 8, 9, 15, 100, 1000, 100000}) {
+        std::vector<double> a(n);
+        for (auto& v : a) v = static_cast<double>(g() % 50) - 25.0;
+        std::vector<double> want = a;
+        std::sort(want.begin(), want.end());
+        std::vector<double> got = a;
+        __vstdQSort(n, got.data());
+        EXPECT_EQ(got, want) << n;
+        std::vector<float> f(n), strided(3 * n, -1.0f);
+        for (int64_t i = 0; i < n; ++i) f[i] = strided[3 * i] = static_cast<float>(a[i]);
+        __vstsQSort(n, f.data());
+        __vstsQSortStep(n, strided.data(), 3);
+        for (int64_t i = 0; i < n; ++i) {
+            ASSERT_EQ(f[i], static_cast<float>(want[i])) << n << " " << i;
+            ASSERT_EQ(strided[3 * i], static_cast<float>(want[i])) << n << " " << i;
+            ASSERT_EQ(strided[3 * i + 1], -1.0f);
+        }
+        std::vector<double> s = a;
+        for (int64_t k = 0; k < n; k += std::max<int64_t>(1, n / 37))
+            EXPECT_EQ(__vstdQSortSelect(n, s.data(), k), want[k]) << n << " " << k;
+        EXPECT_TRUE(std::isnan(__vstdQSortSelect(n, s.data(), n)));
+    }
+    std::vector<double> nan_mix(1000);
+    for (auto& v : nan_mix) v = g() % 3 == 0 ? NAN : static_cast<double>(g() % 10);
+    __vstdQSort(1000, nan_mix.data());  // no order for NaN, but no overrun (sanitizer build)
+    __vstdQSortSelect(1000, nan_mix.data(), 500);
+    __vstdQSort(0, nullptr);
+}
+
+// Each cause with every later one present; nothing is written on a refusal.
+TEST(Quantiles, StatusesInOrder) {
+    const char* steps[] = {"null task", "other precision", "storage pointer", "storage value",
+                           "quantiles", "orders", "count pointer", "count negative",
+                           "order above 1", "order NaN", "order stats", "order stats storage",
+                           "order stats layout", "method", "dimension", "observations", "data"};
+    const int32_t want[] = {SS_ERR_NULL_TASK, SS_ERR_METHOD, SS_ERR_STORAGE_WORD,
+                            SS_ERR_STORAGE_VALUE, SS_ERR_QUANTILES, SS_ERR_QUANTILE_ORDERS,
+                            SS_ERR_QUANTILE_COUNT, SS_ERR_QUANTILE_COUNT, SS_ERR_QUANTILE_COUNT,
+                            SS_ERR_QUANTILE_COUNT, SS_ERR_ORDER_STATS, SS_ERR_STORAGE_WORD,
+                            SS_ERR_STORAGE_VALUE, SS_ERR_METHOD, SS_ERR_DIMENSION,
+                            SS_ERR_OBSERVATIONS, SS_ERR_NULL_DATA};
+    for (int k = 0; k < 17; ++k) {
+        int64_t p = 1, n = 3, storage = 0, count = -1, os_storage = 0;
+        const int64_t ok = SS_STORAGE_BY_VARIABLE;
+        double x[3] = {3, 1, 2}, orders[2] = {0.5, NAN}, q[2] = {7, 7}, os[3] = {7, 7, 7};
+        SsTask* task = nullptr;
+        ASSERT_EQ(__vstsSSNewTask(&task, &p, &n, &ok, x, nullptr, nullptr, 1), SS_OK);
+        task->data_storage = &storage;
+        p = n = 0;
+        task->data = nullptr;
+        if (k > 1) task->is_double = 1;
+        if (k == 2) task->data_storage = nullptr;
+        if (k > 3) storage = ok;
+        if (k > 4) task->quantiles = q;
+        if (k > 5) task->quantile_orders = orders;
+        if (k > 6) task->quantile_count = &count;
+        if (k > 7) count = 2, orders[1] = 1.5;
+        if (k > 8) orders[1] = NAN;
+        if (k > 9) orders[1] = 1.0;
+        if (k > 10) task->order_stats = os;
+        if (k > 11) task->order_stats_storage = &os_storage;
+        if (k > 12) os_storage = ok;
+        const uint64_t method = k > 13 ? SS_METHOD_PLAIN_SUMS : SS_METHOD_RUNNING;
+        if (k > 14) p = 1;
+        if (k > 15) n = 3;
+        EXPECT_EQ(vstdSSQuantiles(k == 0 ? nullptr : task, SS_EST_QUANTILES | SS_EST_ORDER_STATS,
+                                  method), want[k]) << steps[k];
+        EXPECT_EQ(q[0] + q[1] + os[0] + os[1] + os[2], 35.0) << steps[k];
+        __vstSSDeleteTask(&task);
+    }
+}
+
+}  // namespace
