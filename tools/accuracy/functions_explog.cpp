@@ -47,11 +47,12 @@ void strided_adapter(int n, const T* a, T* r) {
 ADAPT2(Exp) ADAPT2(Exp2) ADAPT2(Exp10) ADAPT2(Expm1) ADAPT2(Ln) ADAPT2(Log2) ADAPT2(Log10)
 ADAPT2(Log1p) ADAPT2(Logb)
 
-#define ROW(T, FN, REF, DOM, B, TH)                                                            \
+// Strided rows run the plain rows' kernels through the stride: no windows.
+#define ROW(T, FN, REF, DOM, B, TH, ED, DP)                                                    \
     Function{#T #FN, *#T, Shape::Unary, (const void*)orv_vtm_kernel_##T##FN##_ttab, REF,        \
-             Domain::DOM, {B, B, B}, TH},                                                       \
+             Domain::DOM, {B, B, B}, TH, ED, DP},                                               \
         Function{#T #FN "I", *#T, Shape::Unary, (const void*)kAdapt_##T##FN##I, REF,           \
-                 Domain::DOM, {B, B, B}, TH}
+                 Domain::DOM, {B, B, B}, TH, {}, {}, false}
 
 // The bounds of the fast paths and callouts, where the path changes.
 const std::vector<double> kExpS = {87.33654, -87.33654, 88.72283, -103.97208, 0x1p-53};
@@ -63,21 +64,50 @@ const std::vector<double> kExp10S = {37.9, -37.929783, 38.53184, -45.1545};
 const std::vector<double> kExp10D = {307.0, -307.6526555685887, 308.2547155599167,
                                      -323.60724533877976};
 const std::vector<double> kExpm1 = {0x1p-57, 0x1p-5, 38.816242111356935, 88.72283,
-                                    709.782712893384};
+                                    709.782712893384, -38.816242111356935};
 const std::vector<double> kLog = {1.0, 0x1p-126, 0x1p-1022, 0.6855, 1.371};
-const std::vector<double> kLog1p = {-1.0, 0x1p-57, 0x1p-13, 1.0};
+const std::vector<double> kLog1p = {-1.0, 0x1p-57, 0x1p-13, 0x1.24p-4, 1.0};
 const std::vector<double> kNone = {};
 
+// Row edges of the reductions: the exponentials round x / step to an
+// integer (128 rows in single, 64 in double, two periods either side of 0);
+// the double logarithms pick one of 128 rows by the top mantissa bits; the
+// single Ln, Log2 and Log10 reduce the mantissa to [2/3, 4/3) without a
+// table; Logb changes at the powers of two.
+const double kLn2 = 0.6931471805599453, kLog10_2 = 0.30102999566398120;
+const std::vector<double> kExpRowsS = periodic_edges(kLn2 / 128, 256);
+const std::vector<double> kExpRowsD = periodic_edges(kLn2 / 64, 128);
+const std::vector<double> kExp2RowsS = periodic_edges(1.0 / 128, 256);
+const std::vector<double> kExp2RowsD = periodic_edges(1.0 / 64, 128);
+const std::vector<double> kExp10RowsS = periodic_edges(kLog10_2 / 128, 256);
+const std::vector<double> kExp10RowsD = periodic_edges(kLog10_2 / 64, 128);
+const std::vector<double> kLogRowsS = {2.0 / 3, 4.0 / 3, 8.0 / 3, 0x1p-100 * 4 / 3};
+const std::vector<double> kLogRowsD = log_row_edges();
+const std::vector<double> kLog1pRows = log_row_edges(-1.0);
+const std::vector<double> kLogbRows = {0.5, 1.0, 2.0, 0x1p-126, 0x1p-1022, 0x1p100};
+// The edges of the double logarithms' row that holds 1: below them the
+// result is small, and the rounding of the reduced argument counts fully.
+const std::vector<double> kLogDeep = {1.0 - 0x1p-9, 1.0 + 0x1p-8};
+
 const Register reg({
-    ROW(s, Exp, exp_, All, kOneUlp, kExpS),       ROW(d, Exp, exp_, All, kOneUlp, kExpD),
-    ROW(s, Exp2, exp2_, All, kOneUlp, kExp2S),    ROW(d, Exp2, exp2_, All, kOneUlp, kExp2D),
-    ROW(s, Exp10, exp10_, All, kOneUlp, kExp10S), ROW(d, Exp10, exp10_, All, kOneUlp, kExp10D),
-    ROW(s, Expm1, expm1_, All, kOneUlp, kExpm1),  ROW(d, Expm1, expm1_, All, kOneUlp, kExpm1),
-    ROW(s, Ln, ln_, Positive, kOneUlp, kLog),     ROW(d, Ln, ln_, Positive, kOneUlp, kLog),
-    ROW(s, Log2, log2_, Positive, kOneUlp, kLog), ROW(d, Log2, log2_, Positive, kOneUlp, kLog),
-    ROW(s, Log10, log10_, Positive, kOneUlp, kLog), ROW(d, Log10, log10_, Positive, kOneUlp, kLog),
-    ROW(s, Log1p, log1p_, All, kOneUlp, kLog1p),  ROW(d, Log1p, log1p_, All, kOneUlp, kLog1p),
-    ROW(s, Logb, logb_, All, kOneUlp, kNone),     ROW(d, Logb, logb_, All, kOneUlp, kNone),
+    ROW(s, Exp, exp_, All, kOneUlp, kExpS, kExpRowsS, kNone),
+    ROW(d, Exp, exp_, All, kOneUlp, kExpD, kExpRowsD, kNone),
+    ROW(s, Exp2, exp2_, All, kOneUlp, kExp2S, kExp2RowsS, kNone),
+    ROW(d, Exp2, exp2_, All, kOneUlp, kExp2D, kExp2RowsD, kNone),
+    ROW(s, Exp10, exp10_, All, kOneUlp, kExp10S, kExp10RowsS, kNone),
+    ROW(d, Exp10, exp10_, All, kOneUlp, kExp10D, kExp10RowsD, kNone),
+    ROW(s, Expm1, expm1_, All, kOneUlp, kExpm1, kExpRowsD, kNone),
+    ROW(d, Expm1, expm1_, All, kOneUlp, kExpm1, kExpRowsD, kNone),
+    ROW(s, Ln, ln_, Positive, kOneUlp, kLog, kLogRowsS, kNone),
+    ROW(d, Ln, ln_, Positive, kOneUlp, kLog, kLogRowsD, kLogDeep),
+    ROW(s, Log2, log2_, Positive, kOneUlp, kLog, kLogRowsS, kNone),
+    ROW(d, Log2, log2_, Positive, kOneUlp, kLog, kLogRowsD, kLogDeep),
+    ROW(s, Log10, log10_, Positive, kOneUlp, kLog, kLogRowsS, kNone),
+    ROW(d, Log10, log10_, Positive, kOneUlp, kLog, kLogRowsD, kLogDeep),
+    ROW(s, Log1p, log1p_, All, kOneUlp, kLog1p, kLog1pRows, kNone),
+    ROW(d, Log1p, log1p_, All, kOneUlp, kLog1p, kLog1pRows, kNone),
+    ROW(s, Logb, logb_, All, kOneUlp, kNone, kLogbRows, kNone),
+    ROW(d, Logb, logb_, All, kOneUlp, kNone, kLogbRows, kNone),
 });
 
 }  // namespace

@@ -32,8 +32,24 @@ struct Function {
     Reference ref;
     Domain domain;
     double bound[3];       // per slot LA, HA, EP
-    std::vector<double> thresholds;  // values whose neighbourhood is tried
+    std::vector<double> thresholds;  // range thresholds: tried with neighbours and a window
+    std::vector<double> edges = {};  // reduction-table row edges: a window each
+    std::vector<double> deep = {};   // edges where results cancel: a deeper window
+    bool windows = true;             // false: specials and random inputs only
 };
+
+// Row edges of a periodic reduction n = round(x / step): (j + 1/2) step for
+// j in [-count, count).
+inline std::vector<double> periodic_edges(double step, int count) {
+    std::vector<double> v;
+    for (int j = -count; j < count; ++j) v.push_back((j + 0.5) * step);
+    return v;
+}
+
+// Row edges of the 128-row logarithm table: z from 0x1.5fp-1 in rows of
+// 2^45 units of the bits, shifted by 'shift' (x = z + shift), over two
+// binades of z.
+std::vector<double> log_row_edges(double shift = 0.0);
 
 std::vector<Function>& registry();
 struct Register {

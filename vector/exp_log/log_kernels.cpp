@@ -83,21 +83,10 @@ inline LogReduced log_reduce(__m128d x) {
     return v;
 }
 
-// ln x rounded once. r = a + b is exact in the row that holds 1 (R = 1),
-// and elsewhere its rounding is small against |ln x| >= 2^-9; k ln2 + Lhi
-// and r are added exactly (Fast2Sum: the first is 0 or the larger).
-inline __m128d ln_fast(__m128d x) {
-    const LogReduced v = log_reduce(x);
-    const __m128d r = v.a + v.b;
-    const __m128d t1 = v.k * splat(kLn2Hi) + v.lhi;  // exact
-    const __m128d hi = t1 + r;
-    const __m128d err = (t1 - hi) + r;
-    return hi + (err + ((v.k * splat(kLn2Lo) + v.llo) + log1p_tail(r)));
-}
-
-// ln x as s + lo with |lo| small against s, for the products with 1/ln 2 and
-// 1/ln 10: the rounding of a + b is carried too, so that s + lo stays
-// normalised near x = 1.
+// ln x as s + lo with |lo| small against s. The rounding of r = a + b is
+// carried (two-sum): next to the row that holds 1, -ln R and r nearly
+// cancel, ln x is as small as r, and half an ulp of r is half an ulp of the
+// result. k ln2 + Lhi and r are added exactly as well.
 inline void ln_dd_v(__m128d x, __m128d& s, __m128d& lo) {
     const LogReduced v = log_reduce(x);
     const __m128d r = v.a + v.b;
@@ -202,7 +191,11 @@ struct LogbS : KernelBase<float, logb_s> {
 
 struct LnD : KernelBase<double, ln_d> {
     using V = __m128d;
-    static V fastv(V x) { return ln_fast(x); }
+    static V fastv(V x) {
+        V s, lo;
+        ln_dd_v(x, s, lo);
+        return s + lo;
+    }
     static int special_lanes(V x) { return log_special_d(x); }
 };
 
