@@ -94,7 +94,7 @@ def params(row):
     sig = SIGNATURES.get(row["family"])
     if sig is None:
         sys.exit(f"{row['name']}: family {row['family']} has no signature in gen_vtm.py")
-    s = sig[1] if row["name"].endswith("I") and row["family"] != "pack" else sig[0]
+    s = sig[1] if row["name"].endswith("I") else sig[0]
     t = row["name"][0]
     return s.replace("T*", CTYPE[t] + "*").replace("T ", CTYPE[t] + " ").replace("R ", RTYPE[t] + " ")
 

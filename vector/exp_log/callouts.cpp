@@ -381,19 +381,20 @@ namespace {
 
 // The unbiased exponent field; zero is a domain error, infinity and NaN
 // give |x|, and a denormal is first scaled by 2^scale_exp into the normal
-// range. The product by 1 quiets a signalling NaN.
+// range. A NaN goes through an addition, which quiets a signalling one (a
+// product by 1 would be folded away by the compiler).
 template <typename T>
 inline int32_t logb_of(T x, T* r, T scale, int scale_exp) {
     constexpr int kMant = sizeof(T) == 4 ? 23 : 52;
     constexpr uint32_t kField = sizeof(T) == 4 ? 0xFF : 0x7FF;
-    x = x * T(1);
     if (x == T(0)) {
         *r = kNegInf<T>;
         return kDomain;
     }
     uint32_t e = static_cast<uint32_t>(bits_of(x) >> kMant) & kField;
     if (e == kField) {
-        *r = std::fabs(x);
+        const T a = std::fabs(x);
+        *r = a + a;
         return kOk;
     }
     int bias = static_cast<int>(kField >> 1);

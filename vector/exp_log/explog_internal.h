@@ -47,7 +47,6 @@ struct KernelBase {
 inline uint64_t bits_of(double x) { uint64_t b; std::memcpy(&b, &x, 8); return b; }
 inline uint32_t bits_of(float x) { uint32_t b; std::memcpy(&b, &x, 4); return b; }
 inline double double_of(uint64_t b) { double x; std::memcpy(&x, &b, 8); return x; }
-inline float float_of(uint32_t b) { float x; std::memcpy(&x, &b, 4); return x; }
 
 // Rounding shifters: adding them leaves round(v) in the low bits.
 inline constexpr double kShiftD = 6755399441055744.0;  // 1.5 * 2^52
