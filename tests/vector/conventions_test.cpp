@@ -222,13 +222,15 @@ void check_strided(const Kernels& k, const Stride& s, int n, T bad, int bad_stat
     T* r = base(rbuf, s.incr);
     std::vector<T> ga(n), gb(n), gr(n);
     for (int i = 0; i < n; ++i) {
-        ga[i] = a[long(i) * s.inca] = T(std::fabs(input(i, 1)) + 0.5);
+        ga[i] = a[long(i) * s.inca] = T(bad_status < 0 ? 8 * input(i, 1) : std::fabs(input(i, 1)) + 0.5);
         gb[i] = b[long(i) * s.incb] = T(input(i, 2));
     }
-    if (n > 5) ga[5] = a[5L * s.inca] = bad;
+    if (n > 5 && bad_status >= 0) ga[5] = a[5L * s.inca] = bad;
+    std::vector<std::pair<int, int>> plain_errors;  // (index, code)
     {
         ErrorCapture plain;
         call(k, n, ga.data(), gb.data(), gr.data());
+        for (const SeenError& e : plain.errors()) plain_errors.push_back({e.index, e.code});
     }
     ErrorCapture cap;
     call_strided(k, n, a, s.inca, b, s.incb, r, s.incr);
@@ -241,7 +243,12 @@ void check_strided(const Kernels& k, const Stride& s, int n, T bad, int bad_stat
         if (!written[j]) {
             ASSERT_EQ(rbuf[j], T(-5)) << "touched a gap";
         }
-    if (n > 5 && bad_status) {
+    if (bad_status < 0) {
+        // No planted element: the same records as the plain call, by ordinal.
+        std::vector<std::pair<int, int>> got;
+        for (const SeenError& e : cap.errors()) got.push_back({e.index, e.code});
+        EXPECT_EQ(got, plain_errors) << k.name;
+    } else if (n > 5 && bad_status) {
         ASSERT_EQ(cap.errors().size(), 1u) << k.name;
         const SeenError& e = cap.errors()[0];
         EXPECT_EQ(e.index, 5);
@@ -268,6 +275,16 @@ TEST_P(Strided, AgreesWithGatheringByHand) {
             check_strided<double>(kernels(c.fn), s, n, c.x, c.status);
         }
     }
+}
+// Every present unary and binary function, on inputs of both signs and many
+// magnitudes (so that some report): results and error records as the plain
+// form's.
+TEST_P(Strided, EveryKernelAgreesWithItsPlainForm) {
+    for (const Kernels& k : all_kernels())
+        for (int n : {0, 3, 17, 37}) {
+            check_strided<float>(k, GetParam(), n, 0.0f, -1);
+            check_strided<double>(k, GetParam(), n, 0.0, -1);
+        }
 }
 INSTANTIATE_TEST_SUITE_P(Conventions, Strided,
                          testing::Values(Stride{1, 1, 1}, Stride{2, 3, 1}, Stride{3, 1, 2},
