@@ -85,6 +85,30 @@ TEST_P(Lengths, EveryLengthTo40AgreesWithScalar) {
 }
 INSTANTIATE_TEST_SUITE_P(Conventions, Lengths, testing::ValuesIn(kScalar));
 
+// Every present unary and binary function: each length to 40 gives the
+// results of the longest call (block, tail and filler lanes agree) and
+// writes nothing past n.
+template <typename T>
+void check_prefixes(const Kernels& k) {
+    const int m = 40;
+    std::vector<T> x(m), y(m), full(m);
+    for (int i = 0; i < m; ++i) x[i] = T(8 * input(i, 3)), y[i] = T(input(i, 4));
+    call(k, m, x.data(), y.data(), full.data());
+    for (int n = 0; n < m; ++n) {
+        std::vector<T> r(m, T(-7));
+        call(k, n, x.data(), y.data(), r.data());
+        for (int i = 0; i < n; ++i) ASSERT_TRUE(same_value(r[i], full[i])) << k.name << " n=" << n << " i=" << i;
+        ASSERT_EQ(r[n], T(-7)) << k.name << " wrote past n=" << n;
+    }
+}
+TEST(Lengths, EveryKernelAgreesOverPrefixes) {
+    ErrorCapture cap;
+    for (const Kernels& k : all_kernels()) {
+        check_prefixes<float>(k);
+        check_prefixes<double>(k);
+    }
+}
+
 TEST(SlowPath, NaNInLane3LeavesTheOtherLanes) {
     ErrorCapture cap;
     std::vector<double> x(16), r(16);
