@@ -1,11 +1,15 @@
 // Checked vector calls: argument checks, tier selection through the kernel
-// tables, and chunked parallel calls for long vectors.
+// tables, chunked parallel calls for long vectors, and the forms that take
+// the mode for one call. The calls themselves are generated
+// (vtm_checked.inc, from vector/functions.def); this file holds what they
+// share.
 #include <orv/orv.h>
 
 #include <omp.h>
 
 #include <algorithm>
 #include <atomic>
+#include <initializer_list>
 
 namespace {
 
@@ -16,7 +20,7 @@ int tier_slot() {
     return slot >= 0 && slot <= 2 ? slot : 1;  // an accuracy field outside 1..3 means HA
 }
 
-bool reject(int n, bool null_array) {
+bool reject(long long n, bool null_array) {
     if (n < 0) {
         _vtmSetErrStatus(VtmStatusBadArgument);
         return true;
@@ -60,43 +64,48 @@ void run_chunked(int n, const void* base, Body body) {
         if (statuses[c] != 0) _vtmSetErrStatus(statuses[c]);
 }
 
-using BinaryD = void (*)(int, const double*, const double*, double*);
-using BinaryDI = void (*)(int, const double*, int, const double*, int, double*, int);
-
-void binary_d(BinaryD const* table, int n, const double* a, const double* b, double* r) {
-    if (reject(n, !a || !b || !r) || n == 0) return;
-    const BinaryD k = table[tier_slot()];
-    run_chunked(n, a, [&](int begin, int count) { k(count, a + begin, b + begin, r + begin); });
-}
-
-void binary_di(BinaryDI const* table, int n, const double* a, int inca, const double* b, int incb,
-               double* r, int incr) {
-    if (reject(n, !a || !b || !r) || n == 0) return;
-    table[tier_slot()](n, a, inca, b, incb, r, incr);
-}
-
 }  // namespace
 
-extern "C" {
+namespace orv_front {
 
-void vtmdAdd(int n, const double* a, const double* b, double* r) {
-    binary_d(orv_vtm_kernel_dAdd_ttab, n, a, b, r);
+bool any_null(std::initializer_list<const void*> arrays) {
+    for (const void* p : arrays)
+        if (!p) return true;
+    return false;
 }
-void vtmdSub(int n, const double* a, const double* b, double* r) {
-    binary_d(orv_vtm_kernel_dSub_ttab, n, a, b, r);
+
+// A plain elementwise call: checked, then the tier's kernel over chunks.
+template <typename Fn, typename Body>
+void chunked(Fn* const* table, int n, std::initializer_list<const void*> arrays, const void* base,
+             Body body) {
+    if (reject(n, any_null(arrays)) || n == 0) return;
+    Fn* const k = table[tier_slot()];
+    run_chunked(n, base, [&](int begin, int count) { body(k, begin, count); });
 }
-void vtmdMul(int n, const double* a, const double* b, double* r) {
-    binary_d(orv_vtm_kernel_dMul_ttab, n, a, b, r);
+
+// A strided or pack call: checked, then the tier's kernel on the whole.
+template <typename Fn, typename Body>
+void whole(Fn* const* table, long long n, std::initializer_list<const void*> arrays, Body body) {
+    if (reject(n, any_null(arrays)) || n == 0) return;
+    body(table[tier_slot()]);
 }
-void vtmdAddI(int n, const double* a, int inca, const double* b, int incb, double* r, int incr) {
-    binary_di(orv_vtm_kernel_dAddI_ttab, n, a, inca, b, incb, r, incr);
-}
-void vtmdSubI(int n, const double* a, int inca, const double* b, int incb, double* r, int incr) {
-    binary_di(orv_vtm_kernel_dSubI_ttab, n, a, inca, b, incb, r, incr);
-}
-void vtmdMulI(int n, const double* a, int inca, const double* b, int incb, double* r, int incr) {
-    binary_di(orv_vtm_kernel_dMulI_ttab, n, a, inca, b, incb, r, incr);
-}
+
+// The mode for one call: merged in, and the thread's earlier word merged
+// back after it (a field that was empty keeps the call's value, as the merge
+// cannot empty a field).
+struct ModeScope {
+    explicit ModeScope(unsigned int mode) : saved(_vtmSetMode(mode)) {}
+    ~ModeScope() { _vtmSetMode(saved); }
+    ModeScope(const ModeScope&) = delete;
+    ModeScope& operator=(const ModeScope&) = delete;
+    uint32_t saved;
+};
+
+}  // namespace orv_front
+
+#include "vtm_checked.inc"
+
+extern "C" {
 
 void orv_set_parallel_threshold(int n) { g_threshold.store(n > 0 ? n : 1, std::memory_order_relaxed); }
 int orv_get_parallel_threshold(void) { return g_threshold.load(std::memory_order_relaxed); }

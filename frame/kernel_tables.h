@@ -6,7 +6,7 @@
 
 namespace orv::frame {
 
-inline constexpr int kSlotHA = 1;  // slots LA, HA, EP
+inline constexpr int kSlotHA = 1;  // slot order LA, HA, EP
 
 // A strided kernel with unit increments calls the plain table: its own
 // tier's slot where the plain table holds different kernels, else slot 1.

@@ -472,3 +472,30 @@ void binary_strided(Fn* const* plain_table, int slot, int n, const typename K::T
             orv::frame::forward_slot(orv::vtm::kSharedSlots_##FN, orv::frame::kSlotHA),  \
             n, a, inca, b, incb, r, incr, orv::vtm::kName_##FN##I);                      \
     }
+
+// One tier's kernels of FN where the table's slots hold different kernels
+// (tier patterns three, la=ha, la=ep in functions.def): the plain kernel
+// orv_kern_<FN><SFX> and the strided orv_kern_<FN>I<SFX>, which with unit
+// increments calls the plain table's slot SLOT, its own tier's. SFX and SLOT
+// are _la 0, _ha 1 or _ep 2, as the generator names the slots.
+#define ORV_UNARY_KERNELS_TIER(FN, SFX, SLOT, ...)                                        \
+    extern "C" void orv_kern_##FN##SFX(int n, const __VA_ARGS__::T* a, __VA_ARGS__::T* r) { \
+        orv::vec::unary<__VA_ARGS__>(n, a, r, orv::vtm::kName_##FN);                      \
+    }                                                                                     \
+    extern "C" void orv_kern_##FN##I##SFX(int n, const __VA_ARGS__::T* a, int inca,       \
+                                          __VA_ARGS__::T* r, int incr) {                  \
+        orv::vec::unary_strided<__VA_ARGS__>(orv_vtm_kernel_##FN##_ttab, SLOT, n, a, inca, r, \
+                                             incr, orv::vtm::kName_##FN##I);              \
+    }
+
+#define ORV_BINARY_KERNELS_TIER(FN, SFX, SLOT, ...)                                          \
+    extern "C" void orv_kern_##FN##SFX(int n, const __VA_ARGS__::T* a, const __VA_ARGS__::T* b, \
+                                       __VA_ARGS__::T* r) {                                  \
+        orv::vec::binary<__VA_ARGS__>(n, a, b, r, orv::vtm::kName_##FN);                     \
+    }                                                                                        \
+    extern "C" void orv_kern_##FN##I##SFX(int n, const __VA_ARGS__::T* a, int inca,          \
+                                          const __VA_ARGS__::T* b, int incb, __VA_ARGS__::T* r, \
+                                          int incr) {                                        \
+        orv::vec::binary_strided<__VA_ARGS__>(orv_vtm_kernel_##FN##_ttab, SLOT, n, a, inca, b,  \
+                                              incb, r, incr, orv::vtm::kName_##FN##I);       \
+    }

@@ -23,18 +23,18 @@
 extern "C" {
 #endif
 
-/* Checked vector calls. A negative n records VtmStatusBadArgument and a null
- * array VtmStatusBadPointer in the thread's status (read with _vtmGetErrStatus),
- * and nothing is written. The kernel is taken from the slot of the thread's
- * accuracy tier. Vectors of at least orv_get_parallel_threshold() elements
- * are split into chunks, one per thread; errors then report the index in the
- * whole array, and the thread's status is that of the last bad element. */
-ORV_API void vtmdAdd(int n, const double* a, const double* b, double* r);
-ORV_API void vtmdSub(int n, const double* a, const double* b, double* r);
-ORV_API void vtmdMul(int n, const double* a, const double* b, double* r);
-ORV_API void vtmdAddI(int n, const double* a, int inca, const double* b, int incb, double* r, int incr);
-ORV_API void vtmdSubI(int n, const double* a, int inca, const double* b, int incb, double* r, int incr);
-ORV_API void vtmdMulI(int n, const double* a, int inca, const double* b, int incb, double* r, int incr);
+/* Checked vector calls, one for every present vector function and form:
+ * vtm<t><Fn>[I] with the arguments of _vtm<t><Fn>[I] (vtmdExp, vtmdAddI,
+ * vtmsPackI), and vtm<t><Fn>[I]Mode with the mode word for that call as a
+ * last argument (vtmdExpMode(n, a, r, VTM_LA)), merged in before the call
+ * and the thread's earlier word merged back after it. A negative n records
+ * VtmStatusBadArgument and a null array VtmStatusBadPointer in the thread's
+ * status (read with _vtmGetErrStatus), and nothing is written. The kernel
+ * is taken from the slot of the thread's accuracy tier. Plain elementwise
+ * calls of at least orv_get_parallel_threshold() elements are split into
+ * chunks, one per thread; errors then report the index in the whole array,
+ * and the thread's status is that of the last bad element. */
+#include <orv/vtm_checked.h>
 
 /* Elements from which a vector call is split over threads (default 65536). */
 ORV_API void orv_set_parallel_threshold(int n);

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstring>
 #include <thread>
 #include <vector>
 
@@ -10,19 +11,67 @@
 
 namespace {
 
-TEST(FrontEnd, BadArgumentsSetTheStatusAndWriteNothing) {
+// Every checked call, from the generated list: a negative n and each null
+// array in turn are refused with their status and nothing is written or
+// read; n = 0 does nothing, whatever the pointers.
+struct Thunk {
+    const char* name;
+    int arrays;
+    void (*call)(long long n, void* const* p);
+};
+const Thunk kThunks[] = {
+#include "vtm_checked_thunks.inc"
+};
+
+TEST(FrontEnd, EveryCallRefusesBadArgumentsAndWritesNothing) {
     std::thread([] {
-        double a[2] = {1, 2}, r[2] = {7, 7};
-        vtmdAdd(-1, a, a, r);
+        unsigned char buf[4][64];
+        std::memset(buf, 0x5A, sizeof buf);
+        unsigned char before[sizeof buf];
+        std::memcpy(before, buf, sizeof buf);
+        for (const Thunk& t : kThunks) {
+            ASSERT_LE(t.arrays, 4) << t.name;
+            void* p[4] = {buf[0], buf[1], buf[2], buf[3]};
+            _vtmClearErrStatus();
+            t.call(-1, p);
+            EXPECT_EQ(_vtmGetErrStatus(), VtmStatusBadArgument) << t.name;
+            for (int i = 0; i < t.arrays; ++i) {
+                void* q[4] = {buf[0], buf[1], buf[2], buf[3]};
+                q[i] = nullptr;
+                _vtmClearErrStatus();
+                t.call(2, q);
+                EXPECT_EQ(_vtmGetErrStatus(), VtmStatusBadPointer) << t.name << " array " << i;
+            }
+            void* none[4] = {};
+            _vtmClearErrStatus();
+            t.call(0, none);
+            EXPECT_EQ(_vtmGetErrStatus(), 0) << t.name;
+            EXPECT_EQ(std::memcmp(buf, before, sizeof buf), 0) << t.name << " wrote";
+        }
+        EXPECT_GE(sizeof kThunks / sizeof kThunks[0], 168u);
+    }).join();
+}
+
+// The mode form applies its word to the one call (here: flushing denormals)
+// and leaves the thread's word as it was.
+TEST(FrontEnd, ModeFormsApplyTheirModeToOneCall) {
+    std::thread([] {
+        _vtmSetMode(VTM_HA | VTM_ERRMODE_IGNORE | VTM_FTZDAZ_OFF);
+        const unsigned int word = _vtmGetMode();
+        const double den[2] = {0x1p-1060, 4.0};
+        double r[2];
+        vtmdSqrtMode(2, den, r, VTM_FTZDAZ_ON);
+        EXPECT_EQ(r[0], 0.0);
+        EXPECT_EQ(r[1], 2.0);
+        EXPECT_EQ(_vtmGetMode(), word);
+        vtmdSqrt(2, den, r);
+        EXPECT_EQ(r[0], 0x1p-530);
+        const double neg[1] = {-1.0};
+        vtmdLnMode(1, neg, r, VTM_EP);
+        EXPECT_EQ(_vtmGetErrStatus(), 1);
+        vtmdSqrtIMode(-1, den, 1, r, 1, VTM_LA);
         EXPECT_EQ(_vtmGetErrStatus(), VtmStatusBadArgument);
-        vtmdMul(2, a, nullptr, r);
-        EXPECT_EQ(_vtmGetErrStatus(), VtmStatusBadPointer);
-        vtmdSubI(2, a, 1, a, 1, nullptr, 1);
-        EXPECT_EQ(_vtmGetErrStatus(), VtmStatusBadPointer);
-        EXPECT_EQ(r[0], 7.0);
-        _vtmClearErrStatus();
-        vtmdAdd(0, nullptr, nullptr, nullptr);  // nothing to do is not an error
-        EXPECT_EQ(_vtmGetErrStatus(), 0);
+        EXPECT_EQ(_vtmGetMode(), word);
     }).join();
 }
 
@@ -43,6 +92,11 @@ TEST(FrontEnd, ChunkedCallsMatchOneCallOnEveryThreadCount) {
         vtmdMul(n, a.data(), b.data(), many.data());
         EXPECT_EQ(one, many) << t << " threads";
     }
+    // Two results: both arrays are shifted per chunk.
+    std::vector<double> ip(n), fp(n);
+    orv_set_num_threads(3);
+    vtmdModf(n, a.data(), ip.data(), fp.data());
+    for (int i = 0; i < n; i += 101) EXPECT_EQ(ip[i] + fp[i], a[i]) << i;
     orv_set_num_threads(0);
     orv_set_parallel_threshold(saved);
     std::vector<double> r(n / 2);

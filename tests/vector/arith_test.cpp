@@ -131,8 +131,9 @@ INSTANTIATE_TEST_SUITE_P(
 // Functions outside the failure table report nothing, whatever the input.
 TEST(Statuses, OnlyTheTableReports) {
     const double sp[] = {0.0, -0.0, kDenD, -kDenS, 1.0, -2.5, 0x1p-1022, 0x1p1023, kInf, -kInf, kNaN};
-    for (const Kernels& k : kAllKernels) {
+    for (const Kernels& k : all_kernels()) {
         const std::string n = k.name;
+        if (k.family != "arith") continue;  // the other families have failure tables of their own
         if (n == "Inv" || n == "Div" || n == "Sqrt" || n == "InvSqrt" || n == "Fmod" ||
             n == "Remainder" || n == "NextAfter")
             continue;

@@ -1,15 +1,19 @@
-// The exported kernels of the arithmetic family by name, callable with
-// either element type through one helper.
+// Every present real unary and binary function by base name, plain and
+// strided, single and double, from the generated list of present functions
+// (so a new kernel is covered without an edit here), callable with either
+// element type through one helper.
 #pragma once
 
 #include <cstring>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include <orv/vtm.h>
 
 struct Kernels {
-    const char* name;
+    std::string name;    // base name
+    std::string family;  // the kernel directory: arith, exp_log
     int arity;
     void* s;   // plain single kernel (HA name)
     void* d;   // plain double kernel
@@ -17,19 +21,41 @@ struct Kernels {
     void* dI;
 };
 
-#define ORV_K1(FN) {#FN, 1, (void*)_vtms##FN, (void*)_vtmd##FN, (void*)_vtms##FN##I, (void*)_vtmd##FN##I}
-#define ORV_K2(FN) {#FN, 2, (void*)_vtms##FN, (void*)_vtmd##FN, (void*)_vtms##FN##I, (void*)_vtmd##FN##I}
-
-inline const Kernels kAllKernels[] = {
-    ORV_K2(Add), ORV_K2(Sub), ORV_K2(Mul), ORV_K1(Sqr), ORV_K1(Abs), ORV_K1(Inv), ORV_K2(Div),
-    ORV_K1(Sqrt), ORV_K1(InvSqrt), ORV_K1(Ceil), ORV_K1(Floor), ORV_K1(Trunc), ORV_K1(Round),
-    ORV_K1(Rint), ORV_K1(NearbyInt), ORV_K1(Frac), ORV_K2(Fmax), ORV_K2(Fmin), ORV_K2(MaxMag),
-    ORV_K2(MinMag), ORV_K2(CopySign), ORV_K2(NextAfter), ORV_K2(Fdim), ORV_K2(Fmod),
-    ORV_K2(Remainder),
-};
+inline const std::vector<Kernels>& all_kernels() {
+    static const std::vector<Kernels> list = [] {
+        struct Gen {
+            const char* base;
+            char type;
+            bool strided;
+            const char* family;
+            const char* shape;
+            void* stub;
+        };
+#define X(NAME, BASE, TYPE, STRIDED, FAMILY, SHAPE, B0, B1, B2) \
+    Gen{#BASE, TYPE, STRIDED, #FAMILY, #SHAPE, (void*)_vtm##NAME},
+        const Gen gen[] = {
+#include "vtm_rows.inc"
+        };
+#undef X
+        std::vector<Kernels> v;
+        for (const Gen& g : gen) {
+            const std::string shape = g.shape;
+            if ((shape != "unary" && shape != "binary") || (g.type != 's' && g.type != 'd')) continue;
+            Kernels* k = nullptr;
+            for (Kernels& e : v)
+                if (e.name == g.base) k = &e;
+            if (!k) k = &v.emplace_back(Kernels{g.base, g.family, shape == "unary" ? 1 : 2});
+            (g.type == 's' ? (g.strided ? k->sI : k->s) : (g.strided ? k->dI : k->d)) = g.stub;
+        }
+        for (const Kernels& k : v)
+            if (!k.s || !k.d || !k.sI || !k.dI) throw std::runtime_error("incomplete forms of " + k.name);
+        return v;
+    }();
+    return list;
+}
 
 inline const Kernels& kernels(const std::string& name) {
-    for (const Kernels& k : kAllKernels)
+    for (const Kernels& k : all_kernels())
         if (name == k.name) return k;
     throw std::runtime_error("no kernel " + name);
 }

@@ -5,12 +5,20 @@
 // random inputs spread evenly over the binades of the domain, and compares
 // each result with the MPFR reference rounded to the element type.
 //
-//   orv_accuracy [--samples N] [--check] [--write FILE] [--only NAME] [--seed S]
+//   orv_accuracy [--samples N] [--window N] [--check] [--write FILE] [--only NAME] [--seed S]
+//
+// Around every threshold and reduction-table row edge of a function it also
+// runs a dense window (--window random values per side and distance, 512
+// times more where the function's results cancel), since a random sweep
+// over the binades almost never lands on a row edge.
 //
 // --check makes the exit status 1 when a row passes its bound or a special
 // input gives another result than the reference.
+#include <algorithm>
+#include <bit>
 #include <chrono>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
@@ -29,6 +37,17 @@ namespace accuracy {
 std::vector<Function>& registry() {
     static std::vector<Function> r;
     return r;
+}
+std::vector<Known>& knowns() {
+    static std::vector<Known> k;
+    return k;
+}
+
+std::vector<double> log_row_edges(double shift) {
+    std::vector<double> v;
+    for (uint64_t j = 0; j < 128; ++j)
+        v.push_back(std::bit_cast<double>(0x3FE5F00000000000ull + (j << 45)) + shift);
+    return v;
 }
 
 namespace {
@@ -157,22 +176,55 @@ struct Evaluator {
         const int n = int(x.size());
         std::vector<T> out(n), out2(n);
         const T sa = T(1.5), ha = T(-0.25), sb = T(-0.75), hb = T(2);
-        switch (f.shape) {
-            case Shape::Unary:
-                reinterpret_cast<void (*const*)(int, const T*, T*)>(f.ttab)[slot](n, x.data(), out.data());
-                break;
-            case Shape::Binary:
-                reinterpret_cast<void (*const*)(int, const T*, const T*, T*)>(f.ttab)[slot](
-                    n, x.data(), y.data(), out.data());
-                break;
-            case Shape::TwoResults:
-                reinterpret_cast<void (*const*)(int, const T*, T*, T*)>(f.ttab)[slot](
-                    n, x.data(), out.data(), out2.data());
-                break;
-            case Shape::LinearFrac:
-                reinterpret_cast<void (*const*)(int, const T*, const T*, T, T, T, T, T*)>(f.ttab)[slot](
-                    n, x.data(), y.data(), sa, ha, sb, hb, out.data());
-                break;
+        if (f.strided) {
+            // Increment 3 on every array; the gaps must stay as they were.
+            constexpr int inc = 3;
+            std::vector<T> xs(size_t(n) * inc + 1, T(-7)), ys(xs), rs(xs), rs2(xs);
+            for (int i = 0; i < n; ++i) xs[size_t(i) * inc] = x[i], ys[size_t(i) * inc] = y[i];
+            switch (f.shape) {
+                case Shape::Unary:
+                    reinterpret_cast<void (*const*)(int, const T*, int, T*, int)>(f.ttab)[slot](
+                        n, xs.data(), inc, rs.data(), inc);
+                    break;
+                case Shape::Binary:
+                    reinterpret_cast<void (*const*)(int, const T*, int, const T*, int, T*, int)>(
+                        f.ttab)[slot](n, xs.data(), inc, ys.data(), inc, rs.data(), inc);
+                    break;
+                case Shape::TwoResults:
+                    reinterpret_cast<void (*const*)(int, const T*, int, T*, int, T*, int)>(f.ttab)[slot](
+                        n, xs.data(), inc, rs.data(), inc, rs2.data(), inc);
+                    break;
+                case Shape::LinearFrac:
+                    reinterpret_cast<void (*const*)(int, const T*, int, const T*, int, T, T, T, T, T*,
+                                                    int)>(f.ttab)[slot](n, xs.data(), inc, ys.data(), inc,
+                                                                         sa, ha, sb, hb, rs.data(), inc);
+                    break;
+            }
+            for (size_t j = 0; j < rs.size(); ++j)
+                if (j % inc != 0 || j / inc >= size_t(n)) {
+                    if (rs[j] != T(-7) || rs2[j] != T(-7)) ++st.special_fail;
+                } else {
+                    out[j / inc] = rs[j];
+                    out2[j / inc] = rs2[j];
+                }
+        } else {
+            switch (f.shape) {
+                case Shape::Unary:
+                    reinterpret_cast<void (*const*)(int, const T*, T*)>(f.ttab)[slot](n, x.data(), out.data());
+                    break;
+                case Shape::Binary:
+                    reinterpret_cast<void (*const*)(int, const T*, const T*, T*)>(f.ttab)[slot](
+                        n, x.data(), y.data(), out.data());
+                    break;
+                case Shape::TwoResults:
+                    reinterpret_cast<void (*const*)(int, const T*, T*, T*)>(f.ttab)[slot](
+                        n, x.data(), out.data(), out2.data());
+                    break;
+                case Shape::LinearFrac:
+                    reinterpret_cast<void (*const*)(int, const T*, const T*, T, T, T, T, T*)>(f.ttab)[slot](
+                        n, x.data(), y.data(), sa, ha, sb, hb, out.data());
+                    break;
+            }
         }
         for (int i = 0; i < n; ++i) {
             Fmt<T>::set(a, x[i]);
@@ -192,8 +244,28 @@ struct Evaluator {
     }
 };
 
+// A dense window around c: the 64 neighbours on each side, and n random
+// values on each side at three relative distances (2^-8, 2^-20, 2^-40 for
+// double; 2^-6, 2^-12, 2^-18 for single), where a row's rounding errors meet.
 template <typename T>
-Stats measure(const Function& f, int slot, double bound, long samples, uint64_t seed) {
+void add_window(std::vector<T>& v, double centre, long n, std::mt19937_64& g, Domain d) {
+    using B = typename Fmt<T>::Bits;
+    const T c = T(centre);
+    if (!std::isfinite(c) || c == T(0) || (d != Domain::All && c < T(0))) return;
+    const B cb = std::bit_cast<B>(c);
+    const B mag = cb & (std::numeric_limits<B>::max() >> 1);
+    for (int k = -64; k <= 64; ++k)
+        if (k >= 0 || mag >= B(-k)) v.push_back(std::bit_cast<T>(B(cb + B(k))));
+    const int scales[3] = {sizeof(T) == 4 ? 6 : 8, sizeof(T) == 4 ? 12 : 20, sizeof(T) == 4 ? 18 : 40};
+    std::uniform_real_distribution<double> u(0.0, 1.0);
+    for (int s : scales)
+        for (int side = -1; side <= 1; side += 2)
+            for (long i = 0; i < n; ++i)
+                v.push_back(T(double(c) + side * std::ldexp(u(g), -s) * std::fabs(double(c))));
+}
+
+template <typename T>
+Stats measure(const Function& f, int slot, double bound, long samples, long window, uint64_t seed) {
     Stats st;
     Evaluator<T> ev(f, bound);
     const bool two = f.shape == Shape::Binary || f.shape == Shape::LinearFrac;
@@ -212,9 +284,29 @@ Stats measure(const Function& f, int slot, double bound, long samples, uint64_t 
         }
     }
     ev.run(slot, x, y, true, st);
-    // Random inputs in chunks.
     std::mt19937_64 g(seed);
     const long chunk = 4096;
+    // Dense windows at the thresholds, row edges and (deeper) where results
+    // cancel; a second argument, if any, at random.
+    if (!f.strided && window > 0) {
+        std::vector<std::pair<double, long>> centres;
+        for (double c : f.thresholds) centres.push_back({c, window});
+        for (double c : f.edges) centres.push_back({c, window});
+        for (double c : f.deep) centres.push_back({c, window * 512});
+        for (const auto& [c, n] : centres) {
+            x.clear();
+            add_window<T>(x, c, n, g, f.domain);
+            for (size_t at = 0; at < x.size(); at += chunk) {
+                std::vector<T> xs(x.begin() + long(at), x.begin() + long(std::min(x.size(), at + chunk)));
+                std::vector<T> ys(xs);
+                if (two)
+                    for (T& v : ys) v = random_value<T>(g, Domain::All);
+                ev.run(slot, xs, ys, false, st);
+            }
+        }
+    }
+    // Random inputs in chunks.
+    if (f.strided) samples /= 10;
     for (long done = 0; done < samples; done += chunk) {
         const long m = std::min(chunk, samples - done);
         x.resize(m);
@@ -236,12 +328,57 @@ std::string fmt_bound(double b) {
     return buf;
 }
 
+// The measured rows: one for each present real function of a shape the
+// harness runs, from the generated list, joined with its description.
+// Rows without a description come back with ref == nullptr.
+std::vector<Function> rows() {
+    struct Gen {
+        const char* name;
+        const char* base;
+        char type;
+        bool strided;
+        const char* shape;
+        const void* ttab;
+        double bound[3];
+    };
+#define X(NAME, BASE, TYPE, STRIDED, FAMILY, SHAPE, B0, B1, B2) \
+    Gen{#NAME, #BASE, TYPE, STRIDED, #SHAPE, (const void*)orv_vtm_kernel_##NAME##_ttab, {B0, B1, B2}},
+    static const Gen gen[] = {
+#include "vtm_rows.inc"
+    };
+#undef X
+    const std::map<std::string, Shape> shapes = {{"unary", Shape::Unary},
+                                                 {"binary", Shape::Binary},
+                                                 {"two_results", Shape::TwoResults},
+                                                 {"linear_frac", Shape::LinearFrac}};
+    std::vector<Function> out;
+    for (const Gen& g : gen) {
+        const auto sh = shapes.find(g.shape);
+        if (sh == shapes.end() || (g.type != 's' && g.type != 'd')) continue;
+        const std::string key = std::string(1, g.type) + g.base;
+        Function f{g.name, g.type, sh->second, g.ttab, nullptr, Domain::All,
+                   {g.bound[0], g.bound[1], g.bound[2]}, {}};
+        for (const Known& k : knowns())
+            if (k.key == key) {
+                f.ref = k.ref;
+                f.domain = k.domain;
+                f.thresholds = k.thresholds;
+                if (!g.strided) f.edges = k.edges, f.deep = k.deep;
+            }
+        f.strided = g.strided;
+        out.push_back(std::move(f));
+    }
+    for (const Function& f : registry()) out.push_back(f);
+    return out;
+}
+
 }  // namespace
 }  // namespace accuracy
 
 int main(int argc, char** argv) {
     using namespace accuracy;
     long samples = 100000;
+    long window = 256;
     bool check = false;
     const char* write = nullptr;
     std::string only;
@@ -249,12 +386,13 @@ int main(int argc, char** argv) {
     for (int i = 1; i < argc; ++i) {
         const std::string a = argv[i];
         if (a == "--samples" && i + 1 < argc) samples = std::atol(argv[++i]);
+        else if (a == "--window" && i + 1 < argc) window = std::atol(argv[++i]);
         else if (a == "--check") check = true;
         else if (a == "--write" && i + 1 < argc) write = argv[++i];
         else if (a == "--only" && i + 1 < argc) only = argv[++i];
         else if (a == "--seed" && i + 1 < argc) seed = std::strtoull(argv[++i], nullptr, 0);
         else {
-            std::fprintf(stderr, "usage: %s [--samples N] [--check] [--write FILE] [--only NAME] [--seed S]\n", argv[0]);
+            std::fprintf(stderr, "usage: %s [--samples N] [--window N] [--check] [--write FILE] [--only NAME] [--seed S]\n", argv[0]);
             return 2;
         }
     }
@@ -265,8 +403,14 @@ int main(int argc, char** argv) {
         "| Function | Slot | Inputs | Max ULP | Mean ULP | Bound | Special mismatches | Result |\n"
         "|---|---|---|---|---|---|---|---|\n";
     int failures = 0;
-    for (const Function& f : registry()) {
+    for (const Function& f : rows()) {
         if (!only.empty() && f.name != only) continue;
+        if (!f.ref) {
+            std::printf("| %s | - | 0 | - | - | - | - | FAIL |\n    no reference in tools/accuracy\n",
+                        f.name.c_str());
+            ++failures;
+            continue;
+        }
         std::map<const void*, Stats> by_kernel;  // one kernel in several slots is measured once
         for (int slot = 0; slot < 3; ++slot) {
             const void* kernel = reinterpret_cast<void* const*>(f.ttab)[slot];
@@ -275,14 +419,14 @@ int main(int argc, char** argv) {
             if (it != by_kernel.end() && f.bound[slot] == f.bound[1]) {
                 st = it->second;
             } else {
-                st = f.type == 's' ? measure<float>(f, slot, f.bound[slot], samples, seed)
-                                   : measure<double>(f, slot, f.bound[slot], samples, seed);
+                st = f.type == 's' ? measure<float>(f, slot, f.bound[slot], samples, window, seed)
+                                   : measure<double>(f, slot, f.bound[slot], samples, window, seed);
                 by_kernel[kernel] = st;
             }
             const bool pass = st.special_fail == 0 && st.bound_fail == 0;
             failures += !pass;
             char row[400];
-            std::snprintf(row, sizeof row, "| %s | %s | %ld | %.3g | %.3g | %s | %ld | %s |\n",
+            std::snprintf(row, sizeof row, "| %s | %s | %ld | %.4g | %.3g | %s | %ld | %s |\n",
                           f.name.c_str(), kSlotName[slot], st.inputs, st.max_ulp,
                           st.inputs ? st.sum_ulp / double(st.inputs) : 0.0,
                           fmt_bound(f.bound[slot]).c_str(), st.special_fail,
@@ -303,16 +447,21 @@ int main(int argc, char** argv) {
         std::strftime(date, sizeof date, "%Y-%m-%d", std::gmtime(&now));
         std::fprintf(o,
                      "# Accuracy of the vector functions\n\n"
-                     "Written by `orv_accuracy --samples %ld --write docs/accuracy.md` on %s.\n"
+                     "Written by `orv_accuracy --samples %ld --window %ld --write docs/accuracy.md` on %s.\n"
                      "Each row: the kernel in that tier slot against an MPFR reference at %d bits\n"
                      "rounded to the element type. Inputs are the special values (both zeros,\n"
                      "denormals, smallest and largest normals, infinities, quiet and signalling\n"
                      "NaNs, the thresholds of the function and their neighbours; all pairs for\n"
-                     "two arguments) and %ld random inputs spread evenly over the binades.\n"
+                     "two arguments), %ld random inputs spread evenly over the binades, and a\n"
+                     "dense window around every threshold and reduction-table row edge: the 64\n"
+                     "neighbours on each side and %ld random values on each side at three\n"
+                     "relative distances, %ld where the results cancel (the logarithms' rows\n"
+                     "next to 1). Strided rows run the same kernels and skip the windows.\n"
                      "ULP errors are of the result against the exact value; a correctly rounded\n"
                      "result has at most 0.5. Where several slots hold the same kernel, the\n"
                      "figures are those of one run of that kernel.\n\n%s",
-                     samples, date, int(kRefPrec), samples, table.c_str());
+                     samples, window, date, int(kRefPrec), samples, window, window * 512,
+                     table.c_str());
         std::fclose(o);
     }
     std::printf("%d row(s) failed\n", failures);

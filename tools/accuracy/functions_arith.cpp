@@ -9,7 +9,6 @@ namespace accuracy {
 namespace {
 
 constexpr double CR = kCorrectlyRounded;
-constexpr double EX = kExact;
 
 void add(mpfr_t r, mpfr_t, const mpfr_t a, const mpfr_t b) { mpfr_add(r, a, b, MPFR_RNDN); }
 void sub(mpfr_t r, mpfr_t, const mpfr_t a, const mpfr_t b) { mpfr_sub(r, a, b, MPFR_RNDN); }
@@ -70,46 +69,47 @@ const std::vector<double> kRoundD = {0.5, 1.0, 2.0, 0x1p51, 0x1p51 + 0.5, 0x1p52
 const std::vector<double> kDivS = {0x1p-126, 0x1p126, 0x1p127};
 const std::vector<double> kDivD = {0x1p-1022, 0x1p1022, 0x1p1023};
 
-#define ROW(T, FN, SHAPE, REF, DOM, B, TH) \
-    Function{#T #FN, *#T, Shape::SHAPE, (const void*)orv_vtm_kernel_##T##FN##_ttab, REF, Domain::DOM, {B, B, B}, TH}
-#define BOTH(FN, SHAPE, REF, DOM, B, THS, THD) \
-    ROW(s, FN, SHAPE, REF, DOM, B, THS), ROW(d, FN, SHAPE, REF, DOM, B, THD)
+#define KNOWN(T, FN, REF, DOM, TH) Known{#T #FN, REF, Domain::DOM, TH}
+#define BOTH(FN, REF, DOM, THS, THD) KNOWN(s, FN, REF, DOM, THS), KNOWN(d, FN, REF, DOM, THD)
 
-const Register reg({
-    ROW(s, Add, Binary, add, All, CR, {}), ROW(s, Sub, Binary, sub, All, CR, {}),
-    ROW(s, Mul, Binary, mul, All, CR, {}), ROW(d, Add, Binary, add, All, CR, {}),
-    ROW(d, Sub, Binary, sub, All, CR, {}), ROW(d, Mul, Binary, mul, All, CR, {}),
-    BOTH(Sqr, Unary, sqr, All, CR, {}, {}),
-    BOTH(Abs, Unary, abs_, All, EX, {}, {}),
-    BOTH(Inv, Unary, inv, All, CR, kDivS, kDivD),
-    BOTH(Div, Binary, div, All, CR, kDivS, kDivD),
-    BOTH(Sqrt, Unary, sqrt_, Positive, CR, kDivS, kDivD),
-    // The block of InvSqrt is held to 1 ULP; its callout, reached by the
-    // denormal inputs, to correct rounding.
-    BOTH(InvSqrt, Unary, inv_sqrt, Positive, 1.0, kDivS, kDivD),
+const Describe known({
+    BOTH(Add, add, All, {}, {}),
+    BOTH(Sub, sub, All, {}, {}),
+    BOTH(Mul, mul, All, {}, {}),
+    BOTH(Sqr, sqr, All, {}, {}),
+    BOTH(Abs, abs_, All, {}, {}),
+    BOTH(Inv, inv, All, kDivS, kDivD),
+    BOTH(Div, div, All, kDivS, kDivD),
+    BOTH(Sqrt, sqrt_, Positive, kDivS, kDivD),
+    BOTH(InvSqrt, inv_sqrt, Positive, kDivS, kDivD),
+    BOTH(Ceil, ceil_, All, kRoundS, kRoundD),
+    BOTH(Floor, floor_, All, kRoundS, kRoundD),
+    BOTH(Trunc, trunc_, All, kRoundS, kRoundD),
+    BOTH(Round, round_, All, kRoundS, kRoundD),
+    BOTH(Rint, rint_, All, kRoundS, kRoundD),
+    BOTH(NearbyInt, rint_, All, kRoundS, kRoundD),
+    BOTH(Frac, frac, All, kRoundS, kRoundD),
+    BOTH(Modf, modf_, All, kRoundS, kRoundD),
+    BOTH(Fmax, fmax_, All, {}, {}),
+    BOTH(Fmin, fmin_, All, {}, {}),
+    BOTH(MaxMag, maxmag, All, {}, {}),
+    BOTH(MinMag, minmag, All, {}, {}),
+    BOTH(CopySign, copysign_, All, {}, {}),
+    BOTH(Fdim, fdim_, All, {}, {}),
+    KNOWN(s, NextAfter, next_after<float>, All, kDivS),
+    KNOWN(d, NextAfter, next_after<double>, All, kDivD),
+    BOTH(Fmod, fmod_, All, {}, {}),
+    BOTH(Remainder, remainder_, All, {}, {}),
+    BOTH(LinearFrac, div, All, {}, {}),
+});
+
+// The block of InvSqrt is held to 1 ULP (the generated row); its callout,
+// reached by the denormal inputs, to correct rounding.
+const Register extra({
     Function{"sInvSqrt (denormal inputs)", 's', Shape::Unary, (const void*)orv_vtm_kernel_sInvSqrt_ttab,
              inv_sqrt, Domain::Denormal, {CR, CR, CR}, {}},
     Function{"dInvSqrt (denormal inputs)", 'd', Shape::Unary, (const void*)orv_vtm_kernel_dInvSqrt_ttab,
              inv_sqrt, Domain::Denormal, {CR, CR, CR}, {}},
-    BOTH(Ceil, Unary, ceil_, All, EX, kRoundS, kRoundD),
-    BOTH(Floor, Unary, floor_, All, EX, kRoundS, kRoundD),
-    BOTH(Trunc, Unary, trunc_, All, EX, kRoundS, kRoundD),
-    BOTH(Round, Unary, round_, All, EX, kRoundS, kRoundD),
-    BOTH(Rint, Unary, rint_, All, EX, kRoundS, kRoundD),
-    BOTH(NearbyInt, Unary, rint_, All, EX, kRoundS, kRoundD),
-    BOTH(Frac, Unary, frac, All, EX, kRoundS, kRoundD),
-    BOTH(Modf, TwoResults, modf_, All, EX, kRoundS, kRoundD),
-    BOTH(Fmax, Binary, fmax_, All, EX, {}, {}),
-    BOTH(Fmin, Binary, fmin_, All, EX, {}, {}),
-    BOTH(MaxMag, Binary, maxmag, All, EX, {}, {}),
-    BOTH(MinMag, Binary, minmag, All, EX, {}, {}),
-    BOTH(CopySign, Binary, copysign_, All, EX, {}, {}),
-    BOTH(Fdim, Binary, fdim_, All, CR, {}, {}),
-    ROW(s, NextAfter, Binary, next_after<float>, All, EX, kDivS),
-    ROW(d, NextAfter, Binary, next_after<double>, All, EX, kDivD),
-    BOTH(Fmod, Binary, fmod_, All, EX, {}, {}),
-    BOTH(Remainder, Binary, remainder_, All, EX, {}, {}),
-    BOTH(LinearFrac, LinearFrac, div, All, CR, {}, {}),
 });
 
 }  // namespace

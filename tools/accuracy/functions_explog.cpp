@@ -1,16 +1,11 @@
-// Rows of the exponential and logarithm family, plain and strided. The
-// strided kernels are measured through a unary adapter that spreads the
-// inputs and results with an increment of 3.
-#include <orv/vtm.h>
-
+// References, domains, thresholds and row edges of the exponential and
+// logarithm family.
 #include <vector>
 
 #include "harness.h"
 
 namespace accuracy {
 namespace {
-
-constexpr double kOneUlp = 1.0;
 
 void exp_(mpfr_t r, mpfr_t, const mpfr_t a, const mpfr_t) { mpfr_exp(r, a, MPFR_RNDN); }
 void exp2_(mpfr_t r, mpfr_t, const mpfr_t a, const mpfr_t) { mpfr_exp2(r, a, MPFR_RNDN); }
@@ -28,31 +23,6 @@ void logb_(mpfr_t r, mpfr_t, const mpfr_t a, const mpfr_t) {
     mpfr_set_si(r, mpfr_get_exp(a) - 1, MPFR_RNDN);
 }
 
-// A unary kernel shape over the strided table of a function.
-template <typename T, auto* kTab, int kSlot>
-void strided_adapter(int n, const T* a, T* r) {
-    constexpr int inc = 3;
-    std::vector<T> xs(static_cast<size_t>(n) * inc + 1), rs(static_cast<size_t>(n) * inc + 1);
-    for (int i = 0; i < n; ++i) xs[static_cast<size_t>(i) * inc] = a[i];
-    (*kTab)[kSlot](n, xs.data(), inc, rs.data(), inc);
-    for (int i = 0; i < n; ++i) r[i] = rs[static_cast<size_t>(i) * inc];
-}
-
-#define ADAPT(T, TY, FN)                                                                       \
-    void (*const kAdapt_##T##FN##I[3])(int, const TY*, TY*) = {                                 \
-        strided_adapter<TY, &orv_vtm_kernel_##T##FN##I_ttab, 0>,                                \
-        strided_adapter<TY, &orv_vtm_kernel_##T##FN##I_ttab, 1>,                                \
-        strided_adapter<TY, &orv_vtm_kernel_##T##FN##I_ttab, 2>};
-#define ADAPT2(FN) ADAPT(s, float, FN) ADAPT(d, double, FN)
-ADAPT2(Exp) ADAPT2(Exp2) ADAPT2(Exp10) ADAPT2(Expm1) ADAPT2(Ln) ADAPT2(Log2) ADAPT2(Log10)
-ADAPT2(Log1p) ADAPT2(Logb)
-
-#define ROW(T, FN, REF, DOM, B, TH)                                                            \
-    Function{#T #FN, *#T, Shape::Unary, (const void*)orv_vtm_kernel_##T##FN##_ttab, REF,        \
-             Domain::DOM, {B, B, B}, TH},                                                       \
-        Function{#T #FN "I", *#T, Shape::Unary, (const void*)kAdapt_##T##FN##I, REF,           \
-                 Domain::DOM, {B, B, B}, TH}
-
 // The bounds of the fast paths and callouts, where the path changes.
 const std::vector<double> kExpS = {87.33654, -87.33654, 88.72283, -103.97208, 0x1p-53};
 const std::vector<double> kExpD = {708.3964185322641, -708.3964185322641, 709.782712893384,
@@ -63,21 +33,52 @@ const std::vector<double> kExp10S = {37.9, -37.929783, 38.53184, -45.1545};
 const std::vector<double> kExp10D = {307.0, -307.6526555685887, 308.2547155599167,
                                      -323.60724533877976};
 const std::vector<double> kExpm1 = {0x1p-57, 0x1p-5, 38.816242111356935, 88.72283,
-                                    709.782712893384};
+                                    709.782712893384, -38.816242111356935};
 const std::vector<double> kLog = {1.0, 0x1p-126, 0x1p-1022, 0.6855, 1.371};
-const std::vector<double> kLog1p = {-1.0, 0x1p-57, 0x1p-13, 1.0};
+const std::vector<double> kLog1p = {-1.0, 0x1p-57, 0x1p-13, 0x1.24p-4, 1.0};
 const std::vector<double> kNone = {};
 
-const Register reg({
-    ROW(s, Exp, exp_, All, kOneUlp, kExpS),       ROW(d, Exp, exp_, All, kOneUlp, kExpD),
-    ROW(s, Exp2, exp2_, All, kOneUlp, kExp2S),    ROW(d, Exp2, exp2_, All, kOneUlp, kExp2D),
-    ROW(s, Exp10, exp10_, All, kOneUlp, kExp10S), ROW(d, Exp10, exp10_, All, kOneUlp, kExp10D),
-    ROW(s, Expm1, expm1_, All, kOneUlp, kExpm1),  ROW(d, Expm1, expm1_, All, kOneUlp, kExpm1),
-    ROW(s, Ln, ln_, Positive, kOneUlp, kLog),     ROW(d, Ln, ln_, Positive, kOneUlp, kLog),
-    ROW(s, Log2, log2_, Positive, kOneUlp, kLog), ROW(d, Log2, log2_, Positive, kOneUlp, kLog),
-    ROW(s, Log10, log10_, Positive, kOneUlp, kLog), ROW(d, Log10, log10_, Positive, kOneUlp, kLog),
-    ROW(s, Log1p, log1p_, All, kOneUlp, kLog1p),  ROW(d, Log1p, log1p_, All, kOneUlp, kLog1p),
-    ROW(s, Logb, logb_, All, kOneUlp, kNone),     ROW(d, Logb, logb_, All, kOneUlp, kNone),
+// Row edges of the reductions: the exponentials round x / step to an
+// integer (128 rows in single, 64 in double, two periods either side of 0);
+// the double logarithms pick one of 128 rows by the top mantissa bits; the
+// single Ln, Log2 and Log10 reduce the mantissa to [2/3, 4/3) without a
+// table; Logb changes at the powers of two.
+const double kLn2 = 0.6931471805599453, kLog10_2 = 0.30102999566398120;
+const std::vector<double> kExpRowsS = periodic_edges(kLn2 / 128, 256);
+const std::vector<double> kExpRowsD = periodic_edges(kLn2 / 64, 128);
+const std::vector<double> kExp2RowsS = periodic_edges(1.0 / 128, 256);
+const std::vector<double> kExp2RowsD = periodic_edges(1.0 / 64, 128);
+const std::vector<double> kExp10RowsS = periodic_edges(kLog10_2 / 128, 256);
+const std::vector<double> kExp10RowsD = periodic_edges(kLog10_2 / 64, 128);
+const std::vector<double> kLogRowsS = {2.0 / 3, 4.0 / 3, 8.0 / 3, 0x1p-100 * 4 / 3};
+const std::vector<double> kLogRowsD = log_row_edges();
+const std::vector<double> kLog1pRows = log_row_edges(-1.0);
+const std::vector<double> kLogbRows = {0.5, 1.0, 2.0, 0x1p-126, 0x1p-1022, 0x1p100};
+// The edges of the double logarithms' row that holds 1: below them the
+// result is small, and the rounding of the reduced argument counts fully.
+const std::vector<double> kLogDeep = {1.0 - 0x1p-9, 1.0 + 0x1p-8};
+
+#define KNOWN(T, FN, REF, DOM, TH, ED, DP) Known{#T #FN, REF, Domain::DOM, TH, ED, DP}
+
+const Describe known({
+    KNOWN(s, Exp, exp_, All, kExpS, kExpRowsS, kNone),
+    KNOWN(d, Exp, exp_, All, kExpD, kExpRowsD, kNone),
+    KNOWN(s, Exp2, exp2_, All, kExp2S, kExp2RowsS, kNone),
+    KNOWN(d, Exp2, exp2_, All, kExp2D, kExp2RowsD, kNone),
+    KNOWN(s, Exp10, exp10_, All, kExp10S, kExp10RowsS, kNone),
+    KNOWN(d, Exp10, exp10_, All, kExp10D, kExp10RowsD, kNone),
+    KNOWN(s, Expm1, expm1_, All, kExpm1, kExpRowsD, kNone),
+    KNOWN(d, Expm1, expm1_, All, kExpm1, kExpRowsD, kNone),
+    KNOWN(s, Ln, ln_, Positive, kLog, kLogRowsS, kNone),
+    KNOWN(d, Ln, ln_, Positive, kLog, kLogRowsD, kLogDeep),
+    KNOWN(s, Log2, log2_, Positive, kLog, kLogRowsS, kNone),
+    KNOWN(d, Log2, log2_, Positive, kLog, kLogRowsD, kLogDeep),
+    KNOWN(s, Log10, log10_, Positive, kLog, kLogRowsS, kNone),
+    KNOWN(d, Log10, log10_, Positive, kLog, kLogRowsD, kLogDeep),
+    KNOWN(s, Log1p, log1p_, All, kLog1p, kLog1pRows, kNone),
+    KNOWN(d, Log1p, log1p_, All, kLog1p, kLog1pRows, kNone),
+    KNOWN(s, Logb, logb_, All, kNone, kLogbRows, kNone),
+    KNOWN(d, Logb, logb_, All, kNone, kLogbRows, kNone),
 });
 
 }  // namespace

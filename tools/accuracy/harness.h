@@ -1,7 +1,10 @@
-// Accuracy harness: each real vector function is described once by a row
-// (its kernel table, an MPFR reference, the input domain and the error
-// bound); the driver feeds every tier slot special and random inputs and
-// measures the error in ULP against the reference.
+// Accuracy harness. The rows come from the generated list of present
+// functions (vtm_rows.inc: table, shape, per-tier bounds); what this
+// directory adds by hand is, per type and base name, an MPFR reference, the
+// input domain and the points where the function's paths change. A present
+// function without that description fails the run. The driver feeds every
+// tier slot special, windowed and random inputs and measures the error in
+// ULP against the reference.
 #pragma once
 
 #include <mpfr.h>
@@ -32,9 +35,44 @@ struct Function {
     Reference ref;
     Domain domain;
     double bound[3];       // per slot LA, HA, EP
-    std::vector<double> thresholds;  // values whose neighbourhood is tried
+    std::vector<double> thresholds;  // range thresholds: tried with neighbours and a window
+    std::vector<double> edges = {};  // reduction-table row edges: a window each
+    std::vector<double> deep = {};   // edges where results cancel: a deeper window
+    bool strided = false;  // the I table, run with increments 3: specials and a tenth
+                           // of the random inputs, no windows (same kernels as plain)
 };
 
+// The hand-written part of a function's row, keyed by type and base name.
+struct Known {
+    std::string key;  // "sExp"
+    Reference ref;
+    Domain domain;
+    std::vector<double> thresholds = {};
+    std::vector<double> edges = {};
+    std::vector<double> deep = {};
+};
+std::vector<Known>& knowns();
+struct Describe {
+    explicit Describe(std::vector<Known> ks) {
+        for (auto& k : ks) knowns().push_back(std::move(k));
+    }
+};
+
+// Row edges of a periodic reduction n = round(x / step): (j + 1/2) step for
+// j in [-count, count).
+inline std::vector<double> periodic_edges(double step, int count) {
+    std::vector<double> v;
+    for (int j = -count; j < count; ++j) v.push_back((j + 0.5) * step);
+    return v;
+}
+
+// Row edges of the 128-row logarithm table: z from 0x1.5fp-1 in rows of
+// 2^45 units of the bits, shifted by 'shift' (x = z + shift), over two
+// binades of z.
+std::vector<double> log_row_edges(double shift = 0.0);
+
+// Rows measured beside the generated ones (a path that random inputs of the
+// function's domain would seldom reach).
 std::vector<Function>& registry();
 struct Register {
     explicit Register(std::vector<Function> fs) {

@@ -2,6 +2,9 @@
 // caller's rounding direction and report nothing; they run 8 elements a
 // round as four unaligned pairs, and the rest one at a time from the highest
 // index down. The strided kernels read the mode word like the blocked ones.
+// They bypass the block driver: its 16-lane blocks with filler lanes and its
+// mode read at entry would change this order of stores (which lets r alias
+// a or b) and the caller's rounding direction that these kernels keep.
 #include <emmintrin.h>
 
 #include "frame/fp_guard.h"

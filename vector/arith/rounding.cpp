@@ -116,7 +116,8 @@ void rint_strided(Fn* const* table, int n, const typename K::T* a, int inca, typ
     orv::vec::run<K>(orv::vec::Access<typename K::T, true>{a, a, r, inca, inca, incr}, n, "");
 }
 
-// Modf: integral part to r1, fraction to r2, one element a round.
+// Modf: integral part to r1, fraction to r2, one element a round. It
+// bypasses the block driver, which reads and writes one array of results.
 template <typename T>
 inline void modf_one(T x, T& r1, T& r2) {
     const Parts<T> p = parts(x);

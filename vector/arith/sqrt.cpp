@@ -12,6 +12,7 @@
 #include <limits>
 
 #include "vector/block_driver.h"
+#include "vector/common/dd.h"
 
 namespace {
 
@@ -37,23 +38,8 @@ inline __m128d positive_normal_outside(__m128d x) {
     return orv::vec::simd::outside(x, 0x00100000u, 0x7FE00000u);
 }
 
-// Dekker's exact product: a*b == hi + lo for operands without overflow.
-struct TwoProd {
-    double hi, lo;
-};
-inline void split(double a, double& h, double& l) {
-    const double c = 134217729.0 * a;
-    h = c - (c - a);
-    l = a - h;
-}
-inline TwoProd two_prod(double a, double b) {
-    double ah, al, bh, bl;
-    split(a, ah, al);
-    split(b, bh, bl);
-    const double p = a * b;
-    const double e = ((ah * bh - p) + ah * bl + al * bh) + al * bl;
-    return {p, e};
-}
+using orv::vec::dd::two_prod;
+using TwoProd = orv::vec::dd::Dd;
 
 // Sign of M*K^2 - 2^160, in 192-bit integer arithmetic.
 inline int compare_scaled_square(uint64_t M, uint64_t K) {
@@ -99,10 +85,7 @@ inline double inv_sqrt_normal(double x) {
 
 // inv_sqrt_normal on two lanes: the same steps with SSE2 integer and
 // double arithmetic.
-inline __m128d split_hi(__m128d a) {
-    const __m128d c = _mm_mul_pd(_mm_set1_pd(134217729.0), a);
-    return _mm_sub_pd(c, _mm_sub_pd(c, a));
-}
+using orv::vec::dd::split_hi;
 inline __m128d inv_sqrt_normal_v(__m128d x) {
     const __m128i b = _mm_castpd_si128(x);
     const __m128i e = _mm_srli_epi64(b, 52);

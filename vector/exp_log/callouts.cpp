@@ -79,13 +79,6 @@ inline int32_t narrow_exp(double y, int32_t status, float* r) {
     return status;
 }
 
-inline double two_sum(double a, double b, double* err) {
-    const double s = a + b;
-    const double bb = s - a;
-    *err = (a - (s - bb)) + (b - bb);
-    return s;
-}
-
 // The shared steps of Ln, Log2 and Log10 before the reduction: specials,
 // zero, negatives and denormals. Returns true with result and status when
 // the element is done; otherwise leaves the bits and exponent adjustment.
@@ -136,7 +129,7 @@ Dd ln_dd(uint64_t ix, int kadj) {
     const double a = zh * row[0] - 1.0;
     const double b = zl * row[0];
     double rerr;
-    const double r = two_sum(a, b, &rerr);
+    const double r = dd::two_sum(a, b, &rerr);
     const double q =
         r * r *
         (kLnP[0] +
@@ -144,19 +137,8 @@ Dd ln_dd(uint64_t ix, int kadj) {
     const double dk = k;
     const double s0 = dk * kLn2Hi + row[1];  // exact: both are multiples of 2^-43
     double err;
-    const double s = two_sum(s0, r, &err);
+    const double s = dd::two_sum(s0, r, &err);
     return {s, err + (rerr + ((dk * kLn2Lo + row[2]) + q))};
-}
-
-double mul_dd(Dd v, double c_hi, double c_lo) {
-    // Dekker's exact product of v.hi and c_hi, by Veltkamp splitting.
-    constexpr double kSplit = 134217729.0;  // 2^27 + 1
-    const double ph = v.hi * c_hi;
-    const double vs = v.hi * kSplit, cs = c_hi * kSplit;
-    const double vh = vs - (vs - v.hi), vl = v.hi - vh;
-    const double ch = cs - (cs - c_hi), cl = c_hi - ch;
-    const double pl = ((vh * ch - ph) + vh * cl + vl * ch) + vl * cl;
-    return ph + (pl + (v.hi * c_lo + v.lo * c_hi));
 }
 
 // ---- Exp family ----
@@ -294,7 +276,7 @@ int32_t expm1_d(const double* xp, double* r) {
     }
     const double s2 = pow2(q.n);
     double err;
-    const double s = two_sum(q.thi * s2, -1.0, &err);
+    const double s = dd::two_sum(q.thi * s2, -1.0, &err);
     *r = s + (err + q.p * s2);
     return kOk;
 }
@@ -322,7 +304,7 @@ inline int32_t log_base(double x, double* r, double inv_hi, double inv_lo) {
     uint64_t ix;
     int kadj;
     if (log_specials(x, r, &st, &ix, &kadj)) return st;
-    *r = mul_dd(ln_dd(ix, kadj), inv_hi, inv_lo);
+    *r = dd::mul_dd(ln_dd(ix, kadj), inv_hi, inv_lo);
     return kOk;
 }
 
@@ -367,7 +349,7 @@ int32_t log1p_d(const double* xp, double* r) {
         return kOk;
     }
     double e;
-    const double u = two_sum(1.0, x, &e);
+    const double u = dd::two_sum(1.0, x, &e);
     const Dd v = ln_dd(bits_of(u), 0);
     *r = v.hi + (v.lo + e / u);
     return kOk;
@@ -381,19 +363,20 @@ namespace {
 
 // The unbiased exponent field; zero is a domain error, infinity and NaN
 // give |x|, and a denormal is first scaled by 2^scale_exp into the normal
-// range. The product by 1 quiets a signalling NaN.
+// range. A NaN goes through an addition, which quiets a signalling one (a
+// product by 1 would be folded away by the compiler).
 template <typename T>
 inline int32_t logb_of(T x, T* r, T scale, int scale_exp) {
     constexpr int kMant = sizeof(T) == 4 ? 23 : 52;
     constexpr uint32_t kField = sizeof(T) == 4 ? 0xFF : 0x7FF;
-    x = x * T(1);
     if (x == T(0)) {
         *r = kNegInf<T>;
         return kDomain;
     }
     uint32_t e = static_cast<uint32_t>(bits_of(x) >> kMant) & kField;
     if (e == kField) {
-        *r = std::fabs(x);
+        const T a = std::fabs(x);
+        *r = a + a;
         return kOk;
     }
     int bias = static_cast<int>(kField >> 1);

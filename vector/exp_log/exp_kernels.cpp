@@ -5,55 +5,23 @@
 #include <emmintrin.h>
 
 #include "vector/block_driver.h"
+#include "vector/common/bits.h"
+#include "vector/common/gather.h"
 #include "vector/exp_log/explog_internal.h"
 #include "vector/exp_log/explog_tables.h"
 
 namespace orv::explog {
 namespace {
 
-inline __m128 splat(float v) { return _mm_set1_ps(v); }
-inline __m128d splat(double v) { return _mm_set1_pd(v); }
+namespace bits = orv::vec::bitops;
+namespace gather = orv::vec::gather;
 
-// Rows {hi, lo} of the single table for the four indices in the low 7 bits.
-inline void gather_f(__m128i t, __m128& hi, __m128& lo) {
-    alignas(16) int32_t j[4];
-    _mm_store_si128(reinterpret_cast<__m128i*>(j), _mm_and_si128(t, _mm_set1_epi32(127)));
-    const __m128 r0 = _mm_castpd_ps(_mm_load_sd(reinterpret_cast<const double*>(kExp128F[j[0]])));
-    const __m128 r1 = _mm_castpd_ps(_mm_load_sd(reinterpret_cast<const double*>(kExp128F[j[1]])));
-    const __m128 r2 = _mm_castpd_ps(_mm_load_sd(reinterpret_cast<const double*>(kExp128F[j[2]])));
-    const __m128 r3 = _mm_castpd_ps(_mm_load_sd(reinterpret_cast<const double*>(kExp128F[j[3]])));
-    const __m128 a01 = _mm_unpacklo_ps(r0, r1);  // h0 h1 l0 l1
-    const __m128 a23 = _mm_unpacklo_ps(r2, r3);  // h2 h3 l2 l3
-    hi = _mm_movelh_ps(a01, a23);
-    lo = _mm_movehl_ps(a23, a01);
-}
+using bits::splat;
 
 // 2^N from the shifter's sum, N in the bits above the 7 index bits.
 inline __m128 pow2_f(__m128i t) {
     const __m128i e = _mm_add_epi32(_mm_slli_epi32(t, 16), _mm_set1_epi32(0x3F800000));
     return _mm_castsi128_ps(_mm_and_si128(e, _mm_set1_epi32(0x7F800000)));
-}
-
-// Lanes whose |x| bits exceed the bound.
-inline int above_f(__m128 x, int32_t bound) {
-    const __m128i ax = _mm_and_si128(_mm_castps_si128(x), _mm_set1_epi32(0x7FFFFFFF));
-    return _mm_movemask_ps(_mm_castsi128_ps(_mm_cmpgt_epi32(ax, _mm_set1_epi32(bound))));
-}
-
-inline int above_d(__m128d x, int32_t bound_hi) {
-    const __m128i hw = _mm_and_si128(_mm_shuffle_epi32(_mm_castpd_si128(x), _MM_SHUFFLE(3, 3, 1, 1)),
-                                     _mm_set1_epi32(0x7FFFFFFF));
-    return _mm_movemask_pd(_mm_castsi128_pd(_mm_cmpgt_epi32(hw, _mm_set1_epi32(bound_hi))));
-}
-
-// Rows {hi, lo} of the 64-row table for the two indices in the low 6 bits.
-inline void gather_d(__m128i t, __m128d& hi, __m128d& lo) {
-    const int j0 = _mm_cvtsi128_si32(t) & 63;
-    const int j1 = _mm_cvtsi128_si32(_mm_unpackhi_epi64(t, t)) & 63;
-    const __m128d r0 = _mm_load_pd(kExp64D[j0]);
-    const __m128d r1 = _mm_load_pd(kExp64D[j1]);
-    hi = _mm_unpacklo_pd(r0, r1);
-    lo = _mm_unpackhi_pd(r0, r1);
 }
 
 // Adds N, from the bits of the shifter's sum above the 6 index bits, to
@@ -75,11 +43,11 @@ struct ExpS : KernelBase<float, exp_s> {
         const V r = n * splat(1.6577691e-06f) + (x - n * splat(0.00541687f));
         const __m128i ti = _mm_castps_si128(t);
         V hi, lo;
-        gather_f(ti, hi, lo);
+        gather::pairs(kExp128F, ti, 127, &hi, &lo);
         const V y = (r * r * splat(0.5f) + r) * hi + lo + hi;
         return y * pow2_f(ti);
     }
-    static int special_lanes(V x) { return above_f(x, 0x42AEAC4F); }  // |x| > 87.33654
+    static int special_lanes(V x) { return bits::above(x, 0x42AEAC4F); }  // |x| > 87.33654
 };
 
 struct Exp2S : KernelBase<float, exp2_s> {
@@ -89,12 +57,12 @@ struct Exp2S : KernelBase<float, exp2_s> {
         const V r = x - (t - splat(98304.0f));  // exact
         const __m128i ti = _mm_castps_si128(t);
         V hi, lo;
-        gather_f(ti, hi, lo);
+        gather::pairs(kExp128F, ti, 127, &hi, &lo);
         // 2^r - 1 = ln2 r + (ln2)^2/2 r^2; the next term is below 2^-28.
         const V p = r * r * splat(0.24022650718688965f) + r * splat(0.6931471824645996f);
         return (p * hi + lo + hi) * pow2_f(ti);
     }
-    static int special_lanes(V x) { return above_f(x, 0x42FC0000); }  // |x| > 126
+    static int special_lanes(V x) { return bits::above(x, 0x42FC0000); }  // |x| > 126
 };
 
 struct Exp10S : KernelBase<float, exp10_s> {
@@ -106,11 +74,11 @@ struct Exp10S : KernelBase<float, exp10_s> {
         const V r = (x - n * splat(0.002353668212890625f)) - n * splat(-1.8713717508944683e-06f);
         const __m128i ti = _mm_castps_si128(t);
         V hi, lo;
-        gather_f(ti, hi, lo);
+        gather::pairs(kExp128F, ti, 127, &hi, &lo);
         const V p = r * r * splat(2.650949001312256f) + r * splat(2.3025851249694824f);
         return (p * hi + lo + hi) * pow2_f(ti);
     }
-    static int special_lanes(V x) { return above_f(x, 0x4217999A); }  // |x| > 37.9
+    static int special_lanes(V x) { return bits::above(x, 0x4217999A); }  // |x| > 37.9
 };
 
 // ---- double ----
@@ -125,12 +93,12 @@ struct ExpD : KernelBase<double, exp_d> {
         const V r = (n * splat(kNegLn2by64Hi) + x) + n * splat(kNegLn2by64Lo);
         const __m128i ti = _mm_castpd_si128(t);
         V hi, lo;
-        gather_d(ti, hi, lo);
+        gather::pairs(kExp64D, ti, 63, &hi, &lo);
         const V p = (((r * splat(0.00833333416441411) + splat(0.04166672368662385)) * r +
                       splat(0.1666666666667797)) * r + splat(0.4999999999994775)) * r * r + r;
         return scale_d(p * hi + lo + hi, ti);
     }
-    static int special_lanes(V x) { return above_d(x, 0x4086232A); }  // |x| > 708.39
+    static int special_lanes(V x) { return bits::above(x, 0x4086232A); }  // |x| > 708.39
 };
 
 template <const double* kP>
@@ -146,10 +114,10 @@ struct Exp2D : KernelBase<double, exp2_d> {
         const V r = x - (t - splat(kShiftExp2D));  // exact
         const __m128i ti = _mm_castpd_si128(t);
         V hi, lo;
-        gather_d(ti, hi, lo);
+        gather::pairs(kExp64D, ti, 63, &hi, &lo);
         return scale_d(base_poly<kExp2P>(r) * hi + lo + hi, ti);
     }
-    static int special_lanes(V x) { return above_d(x, 0x408FEFFF); }  // |x| >= 1022
+    static int special_lanes(V x) { return bits::above(x, 0x408FEFFF); }  // |x| >= 1022
 };
 
 struct Exp10D : KernelBase<double, exp10_d> {
@@ -160,10 +128,10 @@ struct Exp10D : KernelBase<double, exp10_d> {
         const V r = (n * splat(kNegLog10_2by64Hi) + x) + n * splat(kNegLog10_2by64Lo);
         const __m128i ti = _mm_castpd_si128(t);
         V hi, lo;
-        gather_d(ti, hi, lo);
+        gather::pairs(kExp64D, ti, 63, &hi, &lo);
         return scale_d(base_poly<kExp10P>(r) * hi + lo + hi, ti);
     }
-    static int special_lanes(V x) { return above_d(x, 0x40733000); }  // |x| >= 307
+    static int special_lanes(V x) { return bits::above(x, 0x40733000); }  // |x| >= 307
 };
 
 }  // namespace

@@ -6,6 +6,9 @@
 #include <cstdint>
 #include <cstring>
 
+#include "vector/common/bits.h"
+#include "vector/common/dd.h"
+
 namespace orv::explog {
 
 // Status values of the callouts.
@@ -44,10 +47,10 @@ struct KernelBase {
     static int32_t callout(T x, T* r) { return Callout(&x, r); }
 };
 
-inline uint64_t bits_of(double x) { uint64_t b; std::memcpy(&b, &x, 8); return b; }
-inline uint32_t bits_of(float x) { uint32_t b; std::memcpy(&b, &x, 4); return b; }
-inline double double_of(uint64_t b) { double x; std::memcpy(&x, &b, 8); return x; }
-inline float float_of(uint32_t b) { float x; std::memcpy(&x, &b, 4); return x; }
+using orv::vec::bitops::bits_of;
+using orv::vec::bitops::double_of;
+namespace dd = orv::vec::dd;
+using Dd = dd::Dd;
 
 // Rounding shifters: adding them leaves round(v) in the low bits.
 inline constexpr double kShiftD = 6755399441055744.0;  // 1.5 * 2^52
@@ -91,15 +94,8 @@ inline constexpr double kLnP[7] = {-0.5,
 inline constexpr double kInvLn2Hi = 1.4426950408889634, kInvLn2Lo = 2.0355273740931033e-17;
 inline constexpr double kInvLn10Hi = 0.4342944819032518, kInvLn10Lo = 1.098319650216765e-17;
 
-// A value as an unevaluated sum hi + lo.
-struct Dd {
-    double hi, lo;
-};
-
 // Natural logarithm of a positive normal double given by its bits, plus
 // kadj in the exponent, as hi + lo with |lo| below an ulp of hi.
 Dd ln_dd(uint64_t ix, int kadj);
-// hi + lo times c_hi + c_lo, rounded once at the end.
-double mul_dd(Dd v, double c_hi, double c_lo);
 
 }  // namespace orv::explog

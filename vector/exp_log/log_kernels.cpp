@@ -9,14 +9,18 @@
 #include <emmintrin.h>
 
 #include "vector/block_driver.h"
+#include "vector/common/bits.h"
+#include "vector/common/dd.h"
+#include "vector/common/poly.h"
 #include "vector/exp_log/explog_internal.h"
 #include "vector/exp_log/explog_tables.h"
 
 namespace orv::explog {
 namespace {
 
-inline __m128 splat(float v) { return _mm_set1_ps(v); }
-inline __m128d splat(double v) { return _mm_set1_pd(v); }
+namespace dd = orv::vec::dd;
+namespace poly = orv::vec::poly;
+using orv::vec::bitops::splat;
 
 // Lanes that are not positive normal finite floats: one signed test of
 // the bits plus 0x800000 catches zero, denormals, negatives, inf and NaN.
@@ -41,13 +45,9 @@ inline int log_special_d(__m128d x) {
 // ln(1 + r) - r = r^2 P(r) on |r| <= 2^-8 (1 + 2^-11): minimax of degree 5
 // from tools/fit_minimax.py, relative error 2^-63.
 inline __m128d log1p_tail(__m128d r) {
-    const __m128d p =
-        splat(-0.5) +
-        r * (splat(0.3333333333333334) +
-             r * (splat(-0.2499999999835968) +
-                  r * (splat(0.19999999996921994) +
-                       r * (splat(-0.16666953052489633) + r * splat(0.14286053699689033)))));
-    return r * r * p;
+    static constexpr double c[6] = {0.14286053699689033, -0.16666953052489633, 0.19999999996921994,
+                                    -0.2499999999835968, 0.3333333333333334, -0.5};
+    return r * r * poly::horner(r, c, splat);
 }
 
 // The reduction shared by the double logarithms, for two positive normal
@@ -83,42 +83,17 @@ inline LogReduced log_reduce(__m128d x) {
     return v;
 }
 
-// ln x rounded once. r = a + b is exact in the row that holds 1 (R = 1),
-// and elsewhere its rounding is small against |ln x| >= 2^-9; k ln2 + Lhi
-// and r are added exactly (Fast2Sum: the first is 0 or the larger).
-inline __m128d ln_fast(__m128d x) {
-    const LogReduced v = log_reduce(x);
-    const __m128d r = v.a + v.b;
-    const __m128d t1 = v.k * splat(kLn2Hi) + v.lhi;  // exact
-    const __m128d hi = t1 + r;
-    const __m128d err = (t1 - hi) + r;
-    return hi + (err + ((v.k * splat(kLn2Lo) + v.llo) + log1p_tail(r)));
-}
-
-// ln x as s + lo with |lo| small against s, for the products with 1/ln 2 and
-// 1/ln 10: the rounding of a + b is carried too, so that s + lo stays
-// normalised near x = 1.
+// ln x as s + lo with |lo| small against s. The rounding of r = a + b is
+// carried (two-sum): next to the row that holds 1, -ln R and r nearly
+// cancel, ln x is as small as r, and half an ulp of r is half an ulp of the
+// result. k ln2 + Lhi and r are added exactly as well.
 inline void ln_dd_v(__m128d x, __m128d& s, __m128d& lo) {
     const LogReduced v = log_reduce(x);
-    const __m128d r = v.a + v.b;
-    const __m128d rb = r - v.a;
-    const __m128d rerr = (v.a - (r - rb)) + (v.b - rb);
+    __m128d rerr, err;
+    const __m128d r = dd::two_sum(v.a, v.b, &rerr);
     const __m128d t1 = v.k * splat(kLn2Hi) + v.lhi;  // exact
-    s = t1 + r;
-    const __m128d err = (t1 - s) + r;
+    s = dd::fast_two_sum(t1, r, &err);
     lo = err + (rerr + ((v.k * splat(kLn2Lo) + v.llo) + log1p_tail(r)));
-}
-
-// (s + lo) (c_hi + c_lo) with Dekker's product of s and c_hi.
-inline __m128d mul_dd_v(__m128d s, __m128d lo, double c_hi, double c_lo) {
-    const __m128d split = splat(134217729.0);
-    const __m128d ph = s * splat(c_hi);
-    const __m128d ss = s * split;
-    const __m128d sh = ss - (ss - s), sl = s - sh;
-    const double cs = c_hi * 134217729.0;
-    const double ch = cs - (cs - c_hi), cl = c_hi - ch;
-    const __m128d pl = ((sh * splat(ch) - ph) + sh * splat(cl) + sl * splat(ch)) + sl * splat(cl);
-    return ph + (pl + (s * splat(c_lo) + lo * splat(c_hi)));
 }
 
 // ---- single ----
@@ -132,16 +107,10 @@ struct LnS : KernelBase<float, ln_s> {
         const V m = _mm_castsi128_ps(_mm_add_epi32(_mm_and_si128(u, _mm_set1_epi32(0x7FFFFF)),
                                                    _mm_set1_epi32(0x3F2AAAAB)));
         const V r = m - splat(1.0f);  // m in [2/3, 4/3)
-        V p = splat(-0.12891686f);
-        p = p * r + splat(0.13984437f);
-        p = p * r + splat(-0.12184261f);
-        p = p * r + splat(0.1400587f);
-        p = p * r + splat(-0.16680488f);
-        p = p * r + splat(0.20010406f);
-        p = p * r + splat(-0.24999797f);
-        p = p * r + splat(0.33333215f);
-        p = p * r + splat(-0.5f);
-        const V q = r * r * p + r;
+        static constexpr float c[9] = {-0.12891686f, 0.13984437f, -0.12184261f,
+                                       0.1400587f,   -0.16680488f, 0.20010406f,
+                                       -0.24999797f, 0.33333215f,  -0.5f};
+        const V q = r * r * poly::horner(r, c, splat) + r;
         return k * splat(0.69314575f) + (k * splat(1.4286068e-06f) + q);
     }
     static int special_lanes(V x) { return log_special_f(x); }
@@ -155,16 +124,10 @@ template <int kBase, int32_t (*Callout)(const float*, float*)>
 struct LogBaseS : KernelBase<float, Callout> {
     using V = __m128;
     static __m128d half(__m128d k, __m128d r) {
-        __m128d p = splat(-0.1305411058644881);
-        p = p * r + splat(0.1375659840408164);
-        p = p * r + splat(-0.121485169278039);
-        p = p * r + splat(0.1405420672413101);
-        p = p * r + splat(-0.1668303148375649);
-        p = p * r + splat(0.2000732271864601);
-        p = p * r + splat(-0.24999728990411457);
-        p = p * r + splat(0.3333327139832989);
-        p = p * r + splat(-0.500000007432645);
-        const __m128d q = r * r * p + r;
+        static constexpr double c[9] = {-0.1305411058644881, 0.1375659840408164, -0.121485169278039,
+                                        0.1405420672413101,  -0.1668303148375649, 0.2000732271864601,
+                                        -0.24999728990411457, 0.3333327139832989, -0.500000007432645};
+        const __m128d q = r * r * poly::horner(r, c, splat) + r;
         if constexpr (kBase == 2) return k + q * splat(kInvLn2Hi);
         return k * splat(0.30102999566398120) + q * splat(kInvLn10Hi);
     }
@@ -202,7 +165,11 @@ struct LogbS : KernelBase<float, logb_s> {
 
 struct LnD : KernelBase<double, ln_d> {
     using V = __m128d;
-    static V fastv(V x) { return ln_fast(x); }
+    static V fastv(V x) {
+        V s, lo;
+        ln_dd_v(x, s, lo);
+        return s + lo;
+    }
     static int special_lanes(V x) { return log_special_d(x); }
 };
 
@@ -212,8 +179,8 @@ struct LogBaseD : KernelBase<double, Callout> {
     static V fastv(V x) {
         V s, lo;
         ln_dd_v(x, s, lo);
-        return kBase == 2 ? mul_dd_v(s, lo, kInvLn2Hi, kInvLn2Lo)
-                          : mul_dd_v(s, lo, kInvLn10Hi, kInvLn10Lo);
+        return kBase == 2 ? dd::mul_dd(s, lo, kInvLn2Hi, kInvLn2Lo)
+                          : dd::mul_dd(s, lo, kInvLn10Hi, kInvLn10Lo);
     }
     static int special_lanes(V x) { return log_special_d(x); }
 };

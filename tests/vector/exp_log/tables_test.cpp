@@ -32,9 +32,6 @@ TEST(ExpLogTables, SingleExponentialRows) {
         EXPECT_EQ(kExp128F[j][1], lo) << j;
     }
     mpfr_clear(v);
-    // The second row, as a known answer.
-    EXPECT_EQ(kExp128F[1][0], 1.0054298639297485f);
-    EXPECT_EQ(kExp128F[1][1], 3.7183053080980244e-08f);
 }
 
 TEST(ExpLogTables, DoubleExponentialRows) {
