@@ -8,9 +8,6 @@
 
 #include <algorithm>
 
-#ifndef DF_BAD_ARRAY
-#define DF_BAD_ARRAY (-1038)
-#endif
 
 namespace orv::df {
 

@@ -129,7 +129,8 @@ typedef struct DFTask {
 #define DF_BAD_FLAG23 (-1036)         /* parameter 23 not 0 or 1 */
 #define DF_NULL_OUTPUT (-1037)        /* query output pointer null */
 #define DF_SOLVER_FAILED (-1500)      /* tridiagonal routine reported a non-zero info */
-#define DF_BAD_PRECISION (-1038)      /* constructor of the other precision than the task's */
+#define DF_BAD_PRECISION (-1038)      /* entry of the other precision than the task's */
+#define DF_BAD_ARRAY (-1039)          /* null array about to be used, or a result count that overflows */
 
 /* Task life. */
 ORV_DF_API int orv_df_kernel_dNewTask1D(DFTask** task, int64_t nx, const double* x, int64_t xhint,

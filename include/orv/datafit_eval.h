@@ -31,10 +31,6 @@ extern "C" {
 #define DF_R_FUNCTION_ORDER_SITE 0x200 /* f*nd*nsite + d*nsite + i */
 /* Result layouts of integration: 0x10 and 0x80 give f*nlim + i, 0 and 0x20 i*ny + f. */
 #define DF_BAD_INTEGRATION_RHINT (-1034)
-/* A d kernel called on an s task or the reverse. */
-#ifndef DF_BAD_PRECISION
-#define DF_BAD_PRECISION (-1003)
-#endif
 
 /* Search call-back: fills cells (int32 elements in the 32-bit forms, int64
  * otherwise) and one flag a site; a zero flag makes the kernel correct the

@@ -13,6 +13,7 @@
 
 #include <orv/rng_twister.h>
 
+#include "frame/fault_injection.h"
 #include "rng/stream.h"
 
 namespace orv::rng {
@@ -186,9 +187,11 @@ TEST_P(TwisterTest, JumpWithoutMemory) {
     Stream a(g.id, g.key), b(g.id, g.key);
     a.discard(10);
     b.discard(10);
-    orv::rng::faults().allocation_countdown = 1;
-    EXPECT_EQ(__vstSkipAheadStream(a.s, 5000000), ORV_RNG_ERROR_MEM_FAILURE);
-    orv::rng::faults().allocation_countdown = 0;
+    {
+        orv::fault::DisarmOnExit disarm;
+        orv::fault::arm(orv::fault::kRngAllocation, 0);
+        EXPECT_EQ(__vstSkipAheadStream(a.s, 5000000), ORV_RNG_ERROR_MEM_FAILURE);
+    }
     b.discard(614);
     EXPECT_EQ(a.words(5), b.words(5));
 }
