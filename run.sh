@@ -14,7 +14,7 @@ cd "$(dirname "$0")"
 JOBS=$(nproc)
 
 PACKAGES=(cmake ninja-build g++ make python3 pkg-config libgtest-dev libgmock-dev libbenchmark-dev
-          libopenblas-dev liblapack-dev libmpfr-dev libgmp-dev libsleef-dev libgsl-dev)
+          libopenblas-dev liblapack-dev libmpfr-dev libgmp-dev libsleef-dev libgsl-dev librandom123-dev)
 
 install_missing() {
     local missing=()
@@ -82,15 +82,18 @@ test)
     check_installed
     ;;
 bench)
+    PACKAGES+=(python3-numpy python3-scipy)  # the numpy and scipy peers
     install_missing
     configure_build build-bench -DORV_BUILD_TESTS=OFF -DORV_BUILD_BENCH=ON -DORV_BUILD_EXAMPLES=OFF
     mkdir -p bench/results
     for b in build-bench/bench/bench_*; do
         "$b" --benchmark_out="bench/results/$(basename "$b").json" --benchmark_out_format=json
     done
-    # scipy's side of the data-fitting evaluation benchmark, in the same job.
-    /usr/bin/python3 bench/bench_datafit_eval.py > bench/results/bench_datafit_eval_scipy.txt \
-        || echo "scipy timings skipped (numpy/scipy missing)"
+    # The numpy and scipy peers, in the same job.
+    /usr/bin/python3 bench/bench_datafit_eval.py > bench/results/bench_datafit_eval_scipy.txt
+    OPENBLAS_NUM_THREADS=1 /usr/bin/python3 bench/numpy_stats.py bench/results/numpy_stats.json
+    /usr/bin/python3 bench/bench_twister.py build-bench/bench/bench_twister > bench/results/bench_twister_numpy.md
+    /usr/bin/python3 bench/bench_qrng_peers.py build-bench/bench/bench_qrng > bench/results/bench_qrng_peers.md
     ;;
 accuracy-full)
     install_missing
