@@ -223,8 +223,8 @@ std::vector<KindCase> kind_cases() {
 INSTANTIATE_TEST_SUITE_P(Kinds, Evaluate, testing::ValuesIn(kind_cases()));
 
 // Sites by their ends, sorted sites, cells returned to the caller and given
-// by the caller, ndorder 0, rhint 0 and 0x80, a generic order-6 polynomial.
-TEST(Interpolate, SiteHintsCellsAndGenericOrder) {
+// by the caller, ndorder 0, rhint 0 and 0x80.
+TEST(Interpolate, SiteHintsAndCells) {
     Spline s;
     build(s, {Kind::Natural, 0, 1}, 40, 1);
     const double ends[2] = {s.xs[0] - 0.5, s.xs.back() + 0.5};
@@ -251,37 +251,6 @@ TEST(Interpolate, SiteHintsCellsAndGenericOrder) {
         ASSERT_EQ(r1[i], r2[i]);
         ASSERT_EQ(r1[i], r3[i]);
     }
-    // Order 6 with made-up coefficients: every derivative up to 5, and 6 is 0.
-    const double x[3] = {0.0, 1.0, 3.0};
-    std::vector<double> c(12);
-    for (int j = 0; j < 12; ++j) c[j] = 0.25 * (j + 1) * (j % 2 ? -1 : 1);
-    DFTask* t = nullptr;
-    ASSERT_EQ(orv_df_kernel_dNewTask1D(&t, 3, x, 1, 1, x, 0, 0), 0);
-    ASSERT_EQ(orv_df_kernel_dEditPPSpline1D(t, 6, 0, 0, nullptr, 0, nullptr, c.data(), 0x10), 0);
-    const int64_t ord[7] = {1, 1, 1, 1, 1, 1, 1};
-    const double gs[4] = {-0.5, 0.5, 1.0, 4.0};
-    double rr[28];
-    t->wide_ints = 1;
-    ASSERT_EQ(orv_df_kernel_dDFInterpolate1D(t, 0, 0, 4, gs, 0, 7, ord, nullptr, rr, 0, nullptr, nullptr,
-                                             nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
-                                             nullptr), 0);
-    for (int i = 0; i < 4; ++i)
-        for (int d = 0; d < 7; ++d) {
-            const int p = gs[i] < 1.0 ? 0 : 1;
-            EXPECT_NEAR(rr[i * 7 + d], dftest::poly(c.data() + 6 * p, 6, gs[i] - x[p], d), 1e-12) << i << d;
-        }
-    double ri;
-    const double la = -0.5, lb = 4.0;
-    ASSERT_EQ(orv_df_kernel_dDFIntegrate1D(t, 0, 1, &la, 0, &lb, 0, nullptr, nullptr, &ri, 0, nullptr,
-                                           nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
-                                           nullptr), 0);
-    LD want = 0;
-    for (int p = 0; p < 2; ++p) {
-        const LD a = p ? 0.0L : -0.5L, b = p ? 3.0L : 1.0L;  // local t of each piece
-        for (int j = 0; j < 6; ++j) want += c[6 * p + j] * (std::pow(b, j + 1) - std::pow(a, j + 1)) / (j + 1);
-    }
-    EXPECT_NEAR(ri, double(want), 1e-12);
-    orv_df_kernel_DeleteTask(&t);
 }
 
 // Step functions, look-up and their statuses, on both partition kinds.
