@@ -4,11 +4,11 @@
 
 using namespace orv::df;
 
-ORV_DF_EXPORT int orv_df_kernel_dDFBesselCubicSpline1D(DFTask* t, int64_t, int64_t,
+ORV_EXPORT int orv_df_kernel_dDFBesselCubicSpline1D(DFTask* t, int64_t, int64_t,
                                                      const DFThreadOps* ops) {
     return local_entry<double, Local::Bessel>(t, ops);
 }
-ORV_DF_EXPORT int orv_df_kernel_sDFBesselCubicSpline1D(DFTask* t, int64_t, int64_t,
+ORV_EXPORT int orv_df_kernel_sDFBesselCubicSpline1D(DFTask* t, int64_t, int64_t,
                                                      const DFThreadOps* ops) {
     return local_entry<float, Local::Bessel>(t, ops);
 }

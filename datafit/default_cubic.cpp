@@ -104,11 +104,11 @@ int default_entry(DFTask* t) {
 
 using namespace orv::df;
 
-ORV_DF_EXPORT int orv_df_kernel_dDFDefaultCubicSpline1D(DFTask* t, int64_t, int64_t,
+ORV_EXPORT int orv_df_kernel_dDFDefaultCubicSpline1D(DFTask* t, int64_t, int64_t,
                                                         const DFThreadOps*) {
     return default_entry<double>(t);
 }
-ORV_DF_EXPORT int orv_df_kernel_sDFDefaultCubicSpline1D(DFTask* t, int64_t, int64_t,
+ORV_EXPORT int orv_df_kernel_sDFDefaultCubicSpline1D(DFTask* t, int64_t, int64_t,
                                                         const DFThreadOps*) {
     return default_entry<float>(t);
 }

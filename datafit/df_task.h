@@ -11,7 +11,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#define ORV_DF_EXPORT extern "C" __attribute__((visibility("default")))
+#include "frame/export.h"
 
 static_assert(sizeof(DFTask) == 160, "DFTask is 160 bytes");
 static_assert(offsetof(DFTask, marker) == 4);
@@ -38,7 +38,6 @@ static_assert(offsetof(DFTask, lut_scale) == 152);
 
 namespace orv::df {
 
-constexpr size_t kAlign = 128;
 
 // Layout codes: rotate right by 4 bits, at most 8, and its bit set in 0x107
 // (accepts 0, 0x10, 0x20, 0x80 only).
@@ -149,7 +148,7 @@ inline T* coeff_of(const DFTask* t, int64_t k) {
 template <typename T>
 inline T* scratch(int64_t n) {
     if (n < 0 || n > PTRDIFF_MAX / static_cast<int64_t>(sizeof(T))) return nullptr;
-    return static_cast<T*>(orv_serv_allocate(static_cast<size_t>(n) * sizeof(T), kAlign));
+    return static_cast<T*>(orv_serv_allocate(static_cast<size_t>(n) * sizeof(T), orv::kAlignment));
 }
 
 // Product of non-negative counts, or -1 when it exceeds what one block of

@@ -242,47 +242,47 @@ int query_idx_ptr(DFTask* t, int64_t id, int64_t idx, const T** out) {
 
 using namespace orv::df;
 
-ORV_DF_EXPORT int orv_df_kernel_dEditPPSpline1D(DFTask* t, int64_t sorder, int64_t stype,
+ORV_EXPORT int orv_df_kernel_dEditPPSpline1D(DFTask* t, int64_t sorder, int64_t stype,
                                                 int64_t bc_type, const double* bc,
                                                 int64_t ic_type, const double* ic, double* scoeff,
                                                 int64_t scoeffhint) {
     return edit_pp_spline(t, sorder, stype, bc_type, bc, ic_type, ic, scoeff, scoeffhint);
 }
-ORV_DF_EXPORT int orv_df_kernel_sEditPPSpline1D(DFTask* t, int64_t sorder, int64_t stype,
+ORV_EXPORT int orv_df_kernel_sEditPPSpline1D(DFTask* t, int64_t sorder, int64_t stype,
                                                 int64_t bc_type, const float* bc, int64_t ic_type,
                                                 const float* ic, float* scoeff,
                                                 int64_t scoeffhint) {
     return edit_pp_spline(t, sorder, stype, bc_type, bc, ic_type, ic, scoeff, scoeffhint);
 }
-ORV_DF_EXPORT int orv_df_kernel_iEditVal(DFTask* t, int64_t id, int64_t value) {
+ORV_EXPORT int orv_df_kernel_iEditVal(DFTask* t, int64_t id, int64_t value) {
     return edit_val(t, id, value);
 }
-ORV_DF_EXPORT int orv_df_kernel_iQueryVal(DFTask* t, int64_t id, void* out) {
+ORV_EXPORT int orv_df_kernel_iQueryVal(DFTask* t, int64_t id, void* out) {
     return query_val(t, id, out);
 }
-ORV_DF_EXPORT int orv_df_kernel_dEditPtr(DFTask* t, int64_t id, const double* p) {
+ORV_EXPORT int orv_df_kernel_dEditPtr(DFTask* t, int64_t id, const double* p) {
     return edit_ptr(t, id, p);
 }
-ORV_DF_EXPORT int orv_df_kernel_sEditPtr(DFTask* t, int64_t id, const float* p) {
+ORV_EXPORT int orv_df_kernel_sEditPtr(DFTask* t, int64_t id, const float* p) {
     return edit_ptr(t, id, p);
 }
-ORV_DF_EXPORT int orv_df_kernel_dQueryPtr(DFTask* t, int64_t id, const double** out) {
+ORV_EXPORT int orv_df_kernel_dQueryPtr(DFTask* t, int64_t id, const double** out) {
     return query_ptr(t, id, out);
 }
-ORV_DF_EXPORT int orv_df_kernel_sQueryPtr(DFTask* t, int64_t id, const float** out) {
+ORV_EXPORT int orv_df_kernel_sQueryPtr(DFTask* t, int64_t id, const float** out) {
     return query_ptr(t, id, out);
 }
-ORV_DF_EXPORT int orv_df_kernel_dEditIdxPtr(DFTask* t, int64_t id, int64_t idx, const double* p) {
+ORV_EXPORT int orv_df_kernel_dEditIdxPtr(DFTask* t, int64_t id, int64_t idx, const double* p) {
     return edit_idx_ptr(t, id, idx, p);
 }
-ORV_DF_EXPORT int orv_df_kernel_sEditIdxPtr(DFTask* t, int64_t id, int64_t idx, const float* p) {
+ORV_EXPORT int orv_df_kernel_sEditIdxPtr(DFTask* t, int64_t id, int64_t idx, const float* p) {
     return edit_idx_ptr(t, id, idx, p);
 }
-ORV_DF_EXPORT int orv_df_kernel_dQueryIdxPtr(DFTask* t, int64_t id, int64_t idx,
+ORV_EXPORT int orv_df_kernel_dQueryIdxPtr(DFTask* t, int64_t id, int64_t idx,
                                              const double** out) {
     return query_idx_ptr(t, id, idx, out);
 }
-ORV_DF_EXPORT int orv_df_kernel_sQueryIdxPtr(DFTask* t, int64_t id, int64_t idx,
+ORV_EXPORT int orv_df_kernel_sQueryIdxPtr(DFTask* t, int64_t id, int64_t idx,
                                              const float** out) {
     return query_idx_ptr(t, id, idx, out);
 }

@@ -3,11 +3,11 @@
 
 using namespace orv::df;
 
-ORV_DF_EXPORT int orv_df_kernel_dDFHermiteCubicSpline1D(DFTask* t, int64_t, int64_t,
+ORV_EXPORT int orv_df_kernel_dDFHermiteCubicSpline1D(DFTask* t, int64_t, int64_t,
                                                      const DFThreadOps* ops) {
     return local_entry<double, Local::Hermite>(t, ops);
 }
-ORV_DF_EXPORT int orv_df_kernel_sDFHermiteCubicSpline1D(DFTask* t, int64_t, int64_t,
+ORV_EXPORT int orv_df_kernel_sDFHermiteCubicSpline1D(DFTask* t, int64_t, int64_t,
                                                      const DFThreadOps* ops) {
     return local_entry<float, Local::Hermite>(t, ops);
 }

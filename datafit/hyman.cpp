@@ -4,11 +4,11 @@
 
 using namespace orv::df;
 
-ORV_DF_EXPORT int orv_df_kernel_dDFHymanCubicSpline1D(DFTask* t, int64_t, int64_t,
+ORV_EXPORT int orv_df_kernel_dDFHymanCubicSpline1D(DFTask* t, int64_t, int64_t,
                                                      const DFThreadOps* ops) {
     return local_entry<double, Local::Hyman>(t, ops);
 }
-ORV_DF_EXPORT int orv_df_kernel_sDFHymanCubicSpline1D(DFTask* t, int64_t, int64_t,
+ORV_EXPORT int orv_df_kernel_sDFHymanCubicSpline1D(DFTask* t, int64_t, int64_t,
                                                      const DFThreadOps* ops) {
     return local_entry<float, Local::Hyman>(t, ops);
 }

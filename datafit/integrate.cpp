@@ -272,7 +272,7 @@ int integrate(DFTask* t, int64_t nlim, const T* llim, int64_t llimhint, const T*
 }  // namespace
 }  // namespace orv::df
 
-ORV_DF_EXPORT int orv_df_kernel_dDFIntegrate1D(
+ORV_EXPORT int orv_df_kernel_dDFIntegrate1D(
     DFTask* task, int64_t, int64_t nlim, const double* llim, int64_t llimhint, const double* rlim,
     int64_t rlimhint, const double* ldh, const double* rdh, double* r, int64_t rhint,
     DFdIntegrCallBack le, void* lep, DFdIntegrCallBack re, void* rep, DFdIntegrCallBack ie,
@@ -280,7 +280,7 @@ ORV_DF_EXPORT int orv_df_kernel_dDFIntegrate1D(
     return orv::df::integrate<double>(task, nlim, llim, llimhint, rlim, rlimhint, ldh, rdh, r, rhint,
                                       le, lep, re, rep, ie, iep, se, sep, ops);
 }
-ORV_DF_EXPORT int orv_df_kernel_sDFIntegrate1D(
+ORV_EXPORT int orv_df_kernel_sDFIntegrate1D(
     DFTask* task, int64_t, int64_t nlim, const float* llim, int64_t llimhint, const float* rlim,
     int64_t rlimhint, const float* ldh, const float* rdh, float* r, int64_t rhint,
     DFsIntegrCallBack le, void* lep, DFsIntegrCallBack re, void* rep, DFsIntegrCallBack ie,

@@ -368,7 +368,7 @@ int interpolate(DFTask* t, int64_t type, int64_t nsite, const T* site, int64_t s
 }  // namespace
 }  // namespace orv::df
 
-ORV_DF_EXPORT int orv_df_kernel_dDFInterpolate1D(
+ORV_EXPORT int orv_df_kernel_dDFInterpolate1D(
     DFTask* task, int64_t type, int64_t, int64_t nsite, const double* site, int64_t sitehint,
     int64_t ndorder, const void* dorder, const double* datahint, double* r, int64_t rhint,
     void* cell, DFdInterpCallBack le, void* lep, DFdInterpCallBack re, void* rep,
@@ -376,7 +376,7 @@ ORV_DF_EXPORT int orv_df_kernel_dDFInterpolate1D(
     return orv::df::interpolate<double>(task, type, nsite, site, sitehint, ndorder, dorder, datahint,
                                         r, rhint, cell, le, lep, re, rep, ie, iep, se, sep, ops);
 }
-ORV_DF_EXPORT int orv_df_kernel_sDFInterpolate1D(
+ORV_EXPORT int orv_df_kernel_sDFInterpolate1D(
     DFTask* task, int64_t type, int64_t, int64_t nsite, const float* site, int64_t sitehint,
     int64_t ndorder, const void* dorder, const float* datahint, float* r, int64_t rhint,
     void* cell, DFsInterpCallBack le, void* lep, DFsInterpCallBack re, void* rep,

@@ -45,11 +45,11 @@ int linear_entry(DFTask* t, int64_t method) {
 
 using namespace orv::df;
 
-ORV_DF_EXPORT int orv_df_kernel_dDFLinearSpline1D(DFTask* t, int64_t, int64_t method,
+ORV_EXPORT int orv_df_kernel_dDFLinearSpline1D(DFTask* t, int64_t, int64_t method,
                                                   const DFThreadOps*) {
     return linear_entry<double>(t, method);
 }
-ORV_DF_EXPORT int orv_df_kernel_sDFLinearSpline1D(DFTask* t, int64_t, int64_t method,
+ORV_EXPORT int orv_df_kernel_sDFLinearSpline1D(DFTask* t, int64_t, int64_t method,
                                                   const DFThreadOps*) {
     return linear_entry<float>(t, method);
 }

@@ -256,11 +256,11 @@ int natural_entry(DFTask* t, int64_t method) {
 
 using namespace orv::df;
 
-ORV_DF_EXPORT int orv_df_kernel_dDFNaturalCubicSpline1D(DFTask* t, int64_t, int64_t method,
+ORV_EXPORT int orv_df_kernel_dDFNaturalCubicSpline1D(DFTask* t, int64_t, int64_t method,
                                                         const DFThreadOps*) {
     return natural_entry<double>(t, method);
 }
-ORV_DF_EXPORT int orv_df_kernel_sDFNaturalCubicSpline1D(DFTask* t, int64_t, int64_t method,
+ORV_EXPORT int orv_df_kernel_sDFNaturalCubicSpline1D(DFTask* t, int64_t, int64_t method,
                                                         const DFThreadOps*) {
     return natural_entry<float>(t, method);
 }

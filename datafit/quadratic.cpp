@@ -212,11 +212,11 @@ int quadratic_entry(DFTask* t) {
 
 using namespace orv::df;
 
-ORV_DF_EXPORT int orv_df_kernel_dDFQuadraticSpline1D(DFTask* t, int64_t, int64_t,
+ORV_EXPORT int orv_df_kernel_dDFQuadraticSpline1D(DFTask* t, int64_t, int64_t,
                                                      const DFThreadOps*) {
     return quadratic_entry<double>(t);
 }
-ORV_DF_EXPORT int orv_df_kernel_sDFQuadraticSpline1D(DFTask* t, int64_t, int64_t,
+ORV_EXPORT int orv_df_kernel_sDFQuadraticSpline1D(DFTask* t, int64_t, int64_t,
                                                      const DFThreadOps*) {
     return quadratic_entry<float>(t);
 }

@@ -400,22 +400,22 @@ struct Forms {
 using orv::df::Forms;
 
 #define ORV_DF_PLAIN_FORMS(t, T, name, kind)                                                       \
-    ORV_DF_EXPORT int orv_df_kernel_##t##DF##name##Search1D32(                                     \
+    ORV_EXPORT int orv_df_kernel_##t##DF##name##Search1D32(                                     \
         int64_t nx, const T* x, int64_t n, const T* s, int64_t* h, T sc, const T* d, int64_t ls,   \
         const int64_t* l, int32_t* c) {                                                            \
         return Forms<T, kind>::f32(nx, x, n, s, h, sc, d, ls, l, c);                               \
     }                                                                                              \
-    ORV_DF_EXPORT int orv_df_kernel_##t##DF##name##Search1D64(                                     \
+    ORV_EXPORT int orv_df_kernel_##t##DF##name##Search1D64(                                     \
         int64_t nx, const T* x, int64_t n, const T* s, int64_t* h, T sc, const T* d, int64_t ls,   \
         const int64_t* l, int64_t* c) {                                                            \
         return Forms<T, kind>::f64(nx, x, n, s, h, sc, d, ls, l, c);                               \
     }                                                                                              \
-    ORV_DF_EXPORT int orv_df_kernel_##t##DF##name##Search1D64Pack(                                 \
+    ORV_EXPORT int orv_df_kernel_##t##DF##name##Search1D64Pack(                                 \
         int64_t nx, const T* x, int64_t n, const T* s, int64_t* h, T sc, const T* d, int64_t ls,   \
         const int64_t* l, int64_t* c) {                                                            \
         return Forms<T, kind>::pack(nx, x, n, s, h, sc, d, ls, l, c);                              \
     }                                                                                              \
-    ORV_DF_EXPORT int orv_df_kernel_##t##DF##name##Search1D(                                       \
+    ORV_EXPORT int orv_df_kernel_##t##DF##name##Search1D(                                       \
         int64_t nx, const T* x, int64_t n, const T* s, int64_t* h, T sc, const T* d, int64_t ls,   \
         const int64_t* l, void* c, int64_t flags) {                                                \
         return Forms<T, kind>::any(nx, x, n, s, h, sc, d, ls, l, c, flags);                        \
@@ -423,22 +423,22 @@ using orv::df::Forms;
 
 // The user-defined 64 and 64Pack forms are one entry point.
 #define ORV_DF_USER_FORMS(t, T, name, kind)                                                        \
-    ORV_DF_EXPORT int orv_df_kernel_##t##DF##name##Search1D32(                                     \
+    ORV_EXPORT int orv_df_kernel_##t##DF##name##Search1D32(                                     \
         int64_t nx, const T* x, int64_t n, const T* s, int64_t* h, T sc, const T* d, int64_t ls,   \
         const int64_t* l, int32_t* c, DF##t##SearchCallBack cb, void* p, void* w, int32_t* f) {    \
         return Forms<T, kind>::f32(nx, x, n, s, h, sc, d, ls, l, c, cb, p, w, f);                  \
     }                                                                                              \
-    ORV_DF_EXPORT int orv_df_kernel_##t##DF##name##Search1D64(                                     \
+    ORV_EXPORT int orv_df_kernel_##t##DF##name##Search1D64(                                     \
         int64_t nx, const T* x, int64_t n, const T* s, int64_t* h, T sc, const T* d, int64_t ls,   \
         const int64_t* l, int64_t* c, DF##t##SearchCallBack cb, void* p, void* w, int32_t* f) {    \
         return Forms<T, kind>::f64(nx, x, n, s, h, sc, d, ls, l, c, cb, p, w, f);                  \
     }                                                                                              \
-    ORV_DF_EXPORT int orv_df_kernel_##t##DF##name##Search1D64Pack(                                 \
+    ORV_EXPORT int orv_df_kernel_##t##DF##name##Search1D64Pack(                                 \
         int64_t nx, const T* x, int64_t n, const T* s, int64_t* h, T sc, const T* d, int64_t ls,   \
         const int64_t* l, int64_t* c, DF##t##SearchCallBack cb, void* p, void* w, int32_t* f) {    \
         return Forms<T, kind>::f64(nx, x, n, s, h, sc, d, ls, l, c, cb, p, w, f);                  \
     }                                                                                              \
-    ORV_DF_EXPORT int orv_df_kernel_##t##DF##name##Search1D(                                       \
+    ORV_EXPORT int orv_df_kernel_##t##DF##name##Search1D(                                       \
         int64_t nx, const T* x, int64_t n, const T* s, int64_t* h, T sc, const T* d, int64_t ls,   \
         const int64_t* l, void* c, int64_t flags, DF##t##SearchCallBack cb, void* p, void* w,      \
         int32_t* f) {                                                                              \
@@ -456,14 +456,14 @@ using orv::df::Forms;
 ORV_DF_ALL_FORMS(d, double)
 ORV_DF_ALL_FORMS(s, float)
 
-ORV_DF_EXPORT int orv_df_kernel_dDFSearch1D(DFTask* task, int64_t, int64_t nsite, const double* site,
+ORV_EXPORT int orv_df_kernel_dDFSearch1D(DFTask* task, int64_t, int64_t nsite, const double* site,
                                             int64_t sitehint, const double* datahint, void* cell,
                                             DFdSearchCallBack cb, void* params,
                                             const DFThreadOps* ops) {
     if (task != nullptr && task->is_double != 1) return DF_BAD_PRECISION;
     return orv::df::search_entry<double>(task, nsite, site, sitehint, datahint, cell, cb, params, ops);
 }
-ORV_DF_EXPORT int orv_df_kernel_sDFSearch1D(DFTask* task, int64_t, int64_t nsite, const float* site,
+ORV_EXPORT int orv_df_kernel_sDFSearch1D(DFTask* task, int64_t, int64_t nsite, const float* site,
                                             int64_t sitehint, const float* datahint, void* cell,
                                             DFsSearchCallBack cb, void* params,
                                             const DFThreadOps* ops) {

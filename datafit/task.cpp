@@ -11,7 +11,7 @@ void** table_new(int64_t slots) {
     if (slots < 1) slots = 1;
     if (slots >= PTRDIFF_MAX / static_cast<int64_t>(sizeof(void*))) return nullptr;
     auto* block = static_cast<int64_t*>(
-        orv_serv_allocate(static_cast<size_t>(slots + 1) * sizeof(void*), kAlign));
+        orv_serv_allocate(static_cast<size_t>(slots + 1) * sizeof(void*), orv::kAlignment));
     if (block == nullptr) return nullptr;
     std::memset(block, 0, static_cast<size_t>(slots + 1) * sizeof(void*));
     block[0] = slots;
@@ -128,7 +128,7 @@ int build_lut_t(DFTask* t) {
     if (size < 16) size = 16;
     if (size > 1024) size = 1024;
     auto* lut = static_cast<int64_t*>(
-        orv_serv_allocate(static_cast<size_t>(size) * 16 + 32, kAlign));
+        orv_serv_allocate(static_cast<size_t>(size) * 16 + 32, orv::kAlignment));
     if (lut == nullptr) return DF_NO_MEMORY;
     for (int64_t j = 0; j < 2 * (size + 2); ++j) lut[j] = -1;
     const T scale = T(size) / (x[nx - 1] - x[0]);
@@ -171,7 +171,7 @@ int new_task(DFTask** task, int64_t nx, const T* x, int64_t xhint, int64_t ny, c
     if (!layout_legal(yhint)) return DF_BAD_YHINT;
     if (ny < 0) return DF_BAD_NY;
     if (sizes_fit(sizeof(T), nx, ny, 0) != DF_OK) return DF_NO_MEMORY;
-    auto* t = static_cast<DFTask*>(orv_serv_allocate(sizeof(DFTask), kAlign));
+    auto* t = static_cast<DFTask*>(orv_serv_allocate(sizeof(DFTask), orv::kAlignment));
     if (t == nullptr) return DF_NO_MEMORY;
     std::memset(static_cast<void*>(t), 0, sizeof(DFTask));
     t->nx = nx;
@@ -215,19 +215,19 @@ int build_lut(DFTask* t) { return t->is_double ? build_lut_t<double>(t) : build_
 
 using namespace orv::df;
 
-ORV_DF_EXPORT int orv_df_kernel_dNewTask1D(DFTask** task, int64_t nx, const double* x,
+ORV_EXPORT int orv_df_kernel_dNewTask1D(DFTask** task, int64_t nx, const double* x,
                                            int64_t xhint, int64_t ny, const double* y,
                                            int64_t yhint, int32_t wide_ints) {
     return new_task(task, nx, x, xhint, ny, y, yhint, wide_ints);
 }
 
-ORV_DF_EXPORT int orv_df_kernel_sNewTask1D(DFTask** task, int64_t nx, const float* x,
+ORV_EXPORT int orv_df_kernel_sNewTask1D(DFTask** task, int64_t nx, const float* x,
                                            int64_t xhint, int64_t ny, const float* y,
                                            int64_t yhint, int32_t wide_ints) {
     return new_task(task, nx, x, xhint, ny, y, yhint, wide_ints);
 }
 
-ORV_DF_EXPORT int orv_df_kernel_DeleteTask(DFTask** task) {
+ORV_EXPORT int orv_df_kernel_DeleteTask(DFTask** task) {
     if (task == nullptr || *task == nullptr) return DF_NULL_TASK;
     DFTask* t = *task;
     table_free(const_cast<void**>(t->y));

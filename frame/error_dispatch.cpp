@@ -1,4 +1,5 @@
 #include "frame/error_dispatch.h"
+#include "frame/export.h"
 
 #include <cerrno>
 #include <cstring>
@@ -230,7 +231,6 @@ void error_z_strided(int32_t s, int32_t i, const OrvComplex16* a, int32_t inca,
 }  // namespace orv::frame
 
 using orv::frame::thread_record;
-#define ORV_EXPORT extern "C" __attribute__((visibility("default")))
 
 ORV_EXPORT int32_t orv_vtm_kernel_GetErrStatus(void) { return thread_record()->errStatus; }
 ORV_EXPORT int32_t _vtmGetErrStatus(void) __attribute__((alias("orv_vtm_kernel_GetErrStatus")));

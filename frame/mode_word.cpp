@@ -1,4 +1,5 @@
 #include "frame/mode_word.h"
+#include "frame/export.h"
 
 #include <cstring>
 #include <string>
@@ -127,7 +128,6 @@ uint32_t merge_mode(uint32_t current, uint32_t update) {
 using orv::frame::current_mode;
 using orv::frame::thread_record;
 
-#define ORV_EXPORT extern "C" __attribute__((visibility("default")))
 
 ORV_EXPORT uint32_t orv_vtm_kernel_GetMode(void) { return current_mode(); }
 ORV_EXPORT uint32_t _vtmGetMode(void) __attribute__((alias("orv_vtm_kernel_GetMode")));

@@ -130,12 +130,12 @@ int32_t float_fill(void* stream, int32_t n, float* r, float a, float b) {
 
 }  // namespace orv::rng::abstract
 
-ORV_RNG_EXPORT int32_t __vstiNewAbstractStream(void** out, int32_t n, uint32_t* buffer, OrvIAbstractRefill refill) {
+ORV_EXPORT int32_t __vstiNewAbstractStream(void** out, int32_t n, uint32_t* buffer, OrvIAbstractRefill refill) {
     IState* st = nullptr;
     return make(out, ORV_BRNG_IABSTRACT, n, buffer, refill, &st);
 }
 
-ORV_RNG_EXPORT int32_t __vstdNewAbstractStream(void** out, int32_t n, double* buffer, double c, double d,
+ORV_EXPORT int32_t __vstdNewAbstractStream(void** out, int32_t n, double* buffer, double c, double d,
                                                OrvDAbstractRefill refill) {
     if (!(c < d) || d - c > 1.7e308) return ORV_RNG_ERROR_BAD_ARGUMENT;
     DState* st = nullptr;
@@ -144,7 +144,7 @@ ORV_RNG_EXPORT int32_t __vstdNewAbstractStream(void** out, int32_t n, double* bu
     return status;
 }
 
-ORV_RNG_EXPORT int32_t __vstsNewAbstractStream(void** out, int32_t n, float* buffer, float c, float d,
+ORV_EXPORT int32_t __vstsNewAbstractStream(void** out, int32_t n, float* buffer, float c, float d,
                                                OrvSAbstractRefill refill) {
     if (!(c < d) || !(d - c < 3.4e38f)) return ORV_RNG_ERROR_BAD_ARGUMENT;
     SState* st = nullptr;

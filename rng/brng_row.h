@@ -6,7 +6,7 @@
 
 #include <orv/rng.h>
 
-#define ORV_RNG_EXPORT extern "C" __attribute__((visibility("default")))
+#include "frame/export.h"
 
 namespace orv::rng {
 

@@ -89,7 +89,7 @@ int32_t glob_table_count() {
 }
 }  // namespace orv::rng
 
-ORV_RNG_EXPORT int32_t __vstAddChunk(void* stream, int32_t type, const OrvChunkId* id, void* data,
+ORV_EXPORT int32_t __vstAddChunk(void* stream, int32_t type, const OrvChunkId* id, void* data,
                                      int32_t size) {
     auto* node = static_cast<ChunkNode*>(orv::rng::allocate_block(sizeof(ChunkNode)));
     if (node == nullptr) return ORV_RNG_ERROR_MEM_FAILURE;
@@ -133,19 +133,19 @@ ORV_RNG_EXPORT int32_t __vstAddChunk(void* stream, int32_t type, const OrvChunkI
     return 0;
 }
 
-ORV_RNG_EXPORT void* __vstSearchChunk(const void* stream, int32_t type) {
+ORV_EXPORT void* __vstSearchChunk(const void* stream, int32_t type) {
     for (ChunkNode* n = header(stream)->chunks; n != nullptr; n = n->next)
         if (n->type == type) return n->data;
     return nullptr;
 }
 
-ORV_RNG_EXPORT int32_t __vstGetNumChunks(const void* stream) {
+ORV_EXPORT int32_t __vstGetNumChunks(const void* stream) {
     int32_t count = 0;
     for (ChunkNode* n = header(stream)->chunks; n != nullptr; n = n->next) ++count;
     return count;
 }
 
-ORV_RNG_EXPORT int32_t __vstDeleteChunks(void* stream) {
+ORV_EXPORT int32_t __vstDeleteChunks(void* stream) {
     ChunkNode* n = header(stream)->chunks;
     while (n != nullptr) {
         ChunkNode* next = n->next;
@@ -157,7 +157,7 @@ ORV_RNG_EXPORT int32_t __vstDeleteChunks(void* stream) {
 }
 
 // Drops the chunks of one type; the others stay in their order.
-ORV_RNG_EXPORT int32_t __vstDeleteChunksById(void* stream, int32_t type) {
+ORV_EXPORT int32_t __vstDeleteChunksById(void* stream, int32_t type) {
     ChunkNode** link = &header(stream)->chunks;
     while (*link != nullptr) {
         ChunkNode* n = *link;
@@ -173,7 +173,7 @@ ORV_RNG_EXPORT int32_t __vstDeleteChunksById(void* stream, int32_t type) {
 
 // Each source chunk is pushed at the head of dst, so the copy's list is in
 // reverse order. Shared blocks are reused; private ones are copied.
-ORV_RNG_EXPORT int32_t __vstCopyChunks(void* dst, const void* src) {
+ORV_EXPORT int32_t __vstCopyChunks(void* dst, const void* src) {
     for (const ChunkNode* n = header(src)->chunks; n != nullptr; n = n->next) {
         OrvGlobRODataEntry* entry = nullptr;
         void* block = nullptr;
@@ -199,7 +199,7 @@ ORV_RNG_EXPORT int32_t __vstCopyChunks(void* dst, const void* src) {
     return 0;
 }
 
-ORV_RNG_EXPORT int32_t __vstFindGlobRODataTableEntry(OrvGlobRODataEntry** out, const OrvChunkId* id) {
+ORV_EXPORT int32_t __vstFindGlobRODataTableEntry(OrvGlobRODataEntry** out, const OrvChunkId* id) {
     if (id == nullptr || is_zero(*id)) return ORV_RNG_ERROR_NO_TABLE_ENTRY;
     lock_table();
     OrvGlobRODataEntry* e = search_locked(*id);
@@ -209,7 +209,7 @@ ORV_RNG_EXPORT int32_t __vstFindGlobRODataTableEntry(OrvGlobRODataEntry** out, c
     return 0;
 }
 
-ORV_RNG_EXPORT int32_t __vstCreateGlobRODataTableEntry(OrvGlobRODataEntry** out,
+ORV_EXPORT int32_t __vstCreateGlobRODataTableEntry(OrvGlobRODataEntry** out,
                                                        const OrvChunkId* id, void* data) {
     lock_table();
     if (g_table.count >= kGlobTableEntries) {
@@ -224,7 +224,7 @@ ORV_RNG_EXPORT int32_t __vstCreateGlobRODataTableEntry(OrvGlobRODataEntry** out,
     return 0;
 }
 
-ORV_RNG_EXPORT int32_t __vstRegisterGlobRODataReference(void** out, const OrvChunkId* id) {
+ORV_EXPORT int32_t __vstRegisterGlobRODataReference(void** out, const OrvChunkId* id) {
     if (id == nullptr || is_zero(*id)) return ORV_RNG_ERROR_NO_TABLE_ENTRY;
     lock_table();
     OrvGlobRODataEntry* e = search_locked(*id);
@@ -237,7 +237,7 @@ ORV_RNG_EXPORT int32_t __vstRegisterGlobRODataReference(void** out, const OrvChu
     return e != nullptr ? 0 : ORV_RNG_ERROR_NO_TABLE_ENTRY;
 }
 
-ORV_RNG_EXPORT int32_t __vstUnregisterGlobRODataReference(const OrvChunkId* id) {
+ORV_EXPORT int32_t __vstUnregisterGlobRODataReference(const OrvChunkId* id) {
     if (id == nullptr || is_zero(*id)) return ORV_RNG_ERROR_NO_TABLE_ENTRY;
     lock_table();
     const bool found = search_locked(*id) != nullptr;
@@ -248,7 +248,7 @@ ORV_RNG_EXPORT int32_t __vstUnregisterGlobRODataReference(const OrvChunkId* id) 
 
 // The second word is the caller's; while the id is in use, the first word
 // takes the processor's time-stamp counter, so the loop ends with a free id.
-ORV_RNG_EXPORT int32_t __vstGenerateNewGlobalRODataTableEntryId(OrvChunkId* id, uint64_t second) {
+ORV_EXPORT int32_t __vstGenerateNewGlobalRODataTableEntryId(OrvChunkId* id, uint64_t second) {
     id->word[1] = second;
     OrvGlobRODataEntry* entry = nullptr;
     while (__vstFindGlobRODataTableEntry(&entry, id) == 0) id->word[0] = __rdtsc();

@@ -195,7 +195,7 @@ struct Scratch {
 
 }  // namespace
 
-ORV_RNG_EXPORT int32_t __vstPolyRem(uint64_t e, int32_t degree, int32_t terms, const uint32_t* exponents,
+ORV_EXPORT int32_t __vstPolyRem(uint64_t e, int32_t degree, int32_t terms, const uint32_t* exponents,
                                     int32_t words, uint32_t* rem) {
     if (!usable(words, degree, terms, exponents)) return ORV_RNG_ERROR_MEM_FAILURE;
     std::memset(rem, 0, sizeof(uint64_t) * static_cast<size_t>(words));
@@ -247,7 +247,7 @@ int32_t start_jump(void* state, OrvJumpPrepareFn prepare, uint64_t* nskip, int32
 
 }  // namespace
 
-ORV_RNG_EXPORT int32_t __vst_SkipAheadHorner(void* state, OrvJumpZeroFn zero, OrvJumpAddFn add,
+ORV_EXPORT int32_t __vst_SkipAheadHorner(void* state, OrvJumpZeroFn zero, OrvJumpAddFn add,
                                              OrvJumpCopyFn copy, OrvJumpStepFn step, OrvJumpFinishFn finish,
                                              OrvJumpPrepareFn prepare, uint64_t nskip, int32_t words,
                                              int32_t degree, int32_t stateBytes, int32_t terms,
@@ -275,7 +275,7 @@ ORV_RNG_EXPORT int32_t __vst_SkipAheadHorner(void* state, OrvJumpZeroFn zero, Or
     return 0;
 }
 
-ORV_RNG_EXPORT int32_t __vst_SkipAheadSWin(void* state, OrvJumpZeroFn zero, OrvJumpAddFn add,
+ORV_EXPORT int32_t __vst_SkipAheadSWin(void* state, OrvJumpZeroFn zero, OrvJumpAddFn add,
                                            OrvJumpCopyFn copy, OrvJumpStepFn step, OrvJumpFinishFn finish,
                                            OrvJumpPrepareFn prepare, uint64_t nskip, int32_t words,
                                            int32_t degree, int32_t stateBytes, int32_t terms,

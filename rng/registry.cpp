@@ -106,7 +106,7 @@ const BrngRow* find_row(uint32_t id, uint32_t* sub) {
 
 }  // namespace orv::rng
 
-ORV_RNG_EXPORT const BrngRow* __vstGetBrngBaseOffset(uint32_t id, uint32_t* row, uint32_t* sub) {
+ORV_EXPORT const BrngRow* __vstGetBrngBaseOffset(uint32_t id, uint32_t* row, uint32_t* sub) {
     if (static_cast<int32_t>(id) >= 0x100000) {
         *row = ((id >> 20) & 0xFFF) - 1;
         *sub = id & 0xFFFFF;
@@ -124,7 +124,7 @@ ORV_RNG_EXPORT const BrngRow* __vstGetBrngBaseOffset(uint32_t id, uint32_t* row,
 
 // Rows are compared as unsigned, so that a negative generator number (which
 // maps to a row above 2^31) is refused instead of indexing before the table.
-ORV_RNG_EXPORT int32_t __vstIsBrngValid(const BrngRow* table, int32_t row, int32_t sub) {
+ORV_EXPORT int32_t __vstIsBrngValid(const BrngRow* table, int32_t row, int32_t sub) {
     if (table == __RegBrngs)
         return static_cast<uint32_t>(row) < ORV_BRNG_FIRST_LIVE_ROWS ? 0 : ORV_RNG_ERROR_INVALID_BRNG;
     const int32_t used = orv::rng::registered_rows();
@@ -134,7 +134,7 @@ ORV_RNG_EXPORT int32_t __vstIsBrngValid(const BrngRow* table, int32_t row, int32
     return 0;
 }
 
-ORV_RNG_EXPORT int32_t __vstGetBrngProperties(int32_t id, BrngRow* out) {
+ORV_EXPORT int32_t __vstGetBrngProperties(int32_t id, BrngRow* out) {
     uint32_t row = 0, sub = 0;
     const BrngRow* table = __vstGetBrngBaseOffset(static_cast<uint32_t>(id), &row, &sub);
     if (table == __RegBrngs) {
@@ -147,11 +147,11 @@ ORV_RNG_EXPORT int32_t __vstGetBrngProperties(int32_t id, BrngRow* out) {
     return 0;
 }
 
-ORV_RNG_EXPORT int32_t __vstGetNumRegBrngs(void) { return orv::rng::registered_rows(); }
+ORV_EXPORT int32_t __vstGetNumRegBrngs(void) { return orv::rng::registered_rows(); }
 
 // Appends a row to the second table. Not safe against concurrent callers.
 // A full table (512 rows) refuses further rows instead of writing past it.
-ORV_RNG_EXPORT int32_t __vstRegisterBrng(const BrngRow* row) {
+ORV_EXPORT int32_t __vstRegisterBrng(const BrngRow* row) {
     if (row->streamBytes < 0) return ORV_RNG_ERROR_BRNG_TABLE_FULL_SIZE;
     if (row->wordBytes != 4 && row->wordBytes != 8 && row->wordBytes != 16)
         return ORV_RNG_ERROR_BAD_WORD_SIZE;
@@ -169,7 +169,7 @@ ORV_RNG_EXPORT int32_t __vstRegisterBrng(const BrngRow* row) {
     return count << 20;
 }
 
-ORV_RNG_EXPORT uint32_t __vstGetStreamStateBrng(const void* stream) {
+ORV_EXPORT uint32_t __vstGetStreamStateBrng(const void* stream) {
     return orv::rng::header(stream)->brngId;
 }
 
@@ -181,6 +181,6 @@ uint32_t cpuid1_ecx() {
 }
 }  // namespace
 
-ORV_RNG_EXPORT int32_t __vstCPUisAES(void) { return (cpuid1_ecx() >> 25) & 1; }
-ORV_RNG_EXPORT int32_t __vstCPUisRDRAND(void) { return (cpuid1_ecx() >> 30) & 1; }
-ORV_RNG_EXPORT int32_t __vstCPUisVAES(void) { return orv_serv_cpuisicx(); }
+ORV_EXPORT int32_t __vstCPUisAES(void) { return (cpuid1_ecx() >> 25) & 1; }
+ORV_EXPORT int32_t __vstCPUisRDRAND(void) { return (cpuid1_ecx() >> 30) & 1; }
+ORV_EXPORT int32_t __vstCPUisVAES(void) { return orv_serv_cpuisicx(); }

@@ -20,7 +20,7 @@ namespace orv::rng {
 
 void* allocate_block(std::size_t bytes) {
     if (fault::hit(fault::kRngAllocation)) return nullptr;
-    return orv_serv_allocate(bytes, kStreamAlignment);
+    return orv_serv_allocate(bytes, orv::kAlignment);
 }
 
 }  // namespace orv::rng
@@ -52,7 +52,7 @@ int32_t call_init(void* s, int32_t method, int32_t count, const void* params) {
 
 }  // namespace
 
-ORV_RNG_EXPORT int32_t __vstAllocateStream(void** out, const BrngRow* table, int32_t id, int32_t row,
+ORV_EXPORT int32_t __vstAllocateStream(void** out, const BrngRow* table, int32_t id, int32_t row,
                                            int32_t sub) {
     const int32_t bytes = table[row].streamBytes;
     void* s = bytes >= static_cast<int32_t>(kStateOffset) ? allocate(static_cast<size_t>(bytes)) : nullptr;
@@ -67,7 +67,7 @@ ORV_RNG_EXPORT int32_t __vstAllocateStream(void** out, const BrngRow* table, int
 
 // Rows without functions (generators not in this library, and the empty
 // rows 279 and 280) are refused with -1000 instead of calling a null pointer.
-ORV_RNG_EXPORT int32_t __vstNewStreamEx(void** out, int32_t id, int32_t count, const uint32_t* params) {
+ORV_EXPORT int32_t __vstNewStreamEx(void** out, int32_t id, int32_t count, const uint32_t* params) {
     if (id == ORV_BRNG_IABSTRACT || id == ORV_BRNG_DABSTRACT || id == ORV_BRNG_SABSTRACT)
         return ORV_RNG_ERROR_INVALID_BRNG;
     uint32_t row = 0, sub = 0;
@@ -82,7 +82,7 @@ ORV_RNG_EXPORT int32_t __vstNewStreamEx(void** out, int32_t id, int32_t count, c
     return table[row].initStream(ORV_RNG_METHOD_SEED, *out, params != nullptr ? count : 0, params);
 }
 
-ORV_RNG_EXPORT int32_t __vstCopyStream(void** out, const void* src) {
+ORV_EXPORT int32_t __vstCopyStream(void** out, const void* src) {
     const BrngRow* row = row_of(src);
     if (row == nullptr) return ORV_RNG_ERROR_INVALID_BRNG;
     void* s = allocate(static_cast<size_t>(row->streamBytes));
@@ -96,7 +96,7 @@ ORV_RNG_EXPORT int32_t __vstCopyStream(void** out, const void* src) {
 // Copies seedCount words of the source's generator, bounded by the state
 // sizes of both streams (a WH seed of 4 sixteen-byte words is the whole
 // 32-byte state, multipliers included).
-ORV_RNG_EXPORT int32_t __vstCopyStreamState(void* dst, const void* src) {
+ORV_EXPORT int32_t __vstCopyStreamState(void* dst, const void* src) {
     if (dst == src) return 0;
     const BrngRow* srow = row_of(src);
     const BrngRow* drow = row_of(dst);
@@ -111,7 +111,7 @@ ORV_RNG_EXPORT int32_t __vstCopyStreamState(void* dst, const void* src) {
     return __vstCopyChunks(dst, src);
 }
 
-ORV_RNG_EXPORT int32_t __vstDeleteStream(void** stream) {
+ORV_EXPORT int32_t __vstDeleteStream(void** stream) {
     if (stream == nullptr || *stream == nullptr) return 0;  // nothing to release
     __vstDeleteChunks(*stream);
     orv_serv_deallocate(*stream);
@@ -119,16 +119,16 @@ ORV_RNG_EXPORT int32_t __vstDeleteStream(void** stream) {
     return 0;
 }
 
-ORV_RNG_EXPORT int32_t __vstLeapfrogStream(void* stream, int32_t k, int32_t nstreams) {
+ORV_EXPORT int32_t __vstLeapfrogStream(void* stream, int32_t k, int32_t nstreams) {
     if (nstreams < 0) return ORV_RNG_ERROR_LEAPFROG_NSTREAMS;
     return call_init(stream, ORV_RNG_METHOD_LEAPFROG, nstreams, &k);
 }
 
-ORV_RNG_EXPORT int32_t __vstSkipAheadStream(void* stream, int64_t nskip) {
+ORV_EXPORT int32_t __vstSkipAheadStream(void* stream, int64_t nskip) {
     return call_init(stream, ORV_RNG_METHOD_SKIP, 2, &nskip);
 }
 
-ORV_RNG_EXPORT int32_t __vstSkipAheadStreamEx(void* stream, int32_t n, const uint64_t* nskip) {
+ORV_EXPORT int32_t __vstSkipAheadStreamEx(void* stream, int32_t n, const uint64_t* nskip) {
     return call_init(stream, ORV_RNG_METHOD_SKIP_EX, n, nskip);
 }
 
@@ -156,7 +156,7 @@ bool image_fits(const void* stream) {
 }  // namespace
 
 // Saturates at 2^32 - 1 for an image that can't be saved.
-ORV_RNG_EXPORT uint32_t __vstGetStreamSize(const void* stream) {
+ORV_EXPORT uint32_t __vstGetStreamSize(const void* stream) {
     const uint64_t size = image_size(stream);
     return size > 0xFFFFFFFFu ? 0xFFFFFFFFu : static_cast<uint32_t>(size);
 }
@@ -341,7 +341,7 @@ const char* file_name(const char* name, int32_t length, char** copy) {
 
 }  // namespace
 
-ORV_RNG_EXPORT int32_t __vstSaveStreamF(void* stream, const char* name, int32_t nameLength) {
+ORV_EXPORT int32_t __vstSaveStreamF(void* stream, const char* name, int32_t nameLength) {
     if (name == nullptr) return ORV_RNG_ERROR_FILE_OPEN;
     if (!image_fits(stream)) return ORV_RNG_ERROR_FILE_WRITE;  // before the file is touched
     char* copy = nullptr;
@@ -363,7 +363,7 @@ ORV_RNG_EXPORT int32_t __vstSaveStreamF(void* stream, const char* name, int32_t 
     return status;
 }
 
-ORV_RNG_EXPORT int32_t __vstSaveStreamM(void* stream, char* memory) {
+ORV_EXPORT int32_t __vstSaveStreamM(void* stream, char* memory) {
     if (!image_fits(stream)) return ORV_RNG_ERROR_BAD_MEM_FORMAT;
     Io io;
     io.out = memory;
@@ -372,7 +372,7 @@ ORV_RNG_EXPORT int32_t __vstSaveStreamM(void* stream, char* memory) {
 }
 
 // *out is null on every failure, also when the name can't be copied.
-ORV_RNG_EXPORT int32_t __vstLoadStreamF(void** out, const char* name, int32_t nameLength) {
+ORV_EXPORT int32_t __vstLoadStreamF(void** out, const char* name, int32_t nameLength) {
     *out = nullptr;
     if (name == nullptr) return ORV_RNG_ERROR_FILE_OPEN;
     char* copy = nullptr;
@@ -423,6 +423,6 @@ int32_t load_stream_image(void** out, const char* memory, size_t limit) {
 }  // namespace orv::rng
 
 // The image is trusted to be as long as its header and chunk sizes say.
-ORV_RNG_EXPORT int32_t __vstLoadStreamM(void** out, const char* memory) {
+ORV_EXPORT int32_t __vstLoadStreamM(void** out, const char* memory) {
     return load_stream_image(out, memory, std::numeric_limits<size_t>::max());
 }

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "frame/export.h"
 #include "rng/chunks.h"
 
 namespace orv::rng {
@@ -16,7 +17,6 @@ struct StreamHeader {
 static_assert(sizeof(StreamHeader) == 16, "state starts at offset 16");
 
 inline constexpr std::size_t kStateOffset = 16;
-inline constexpr std::size_t kStreamAlignment = 128;
 
 inline StreamHeader* header(void* s) { return static_cast<StreamHeader*>(s); }
 inline const StreamHeader* header(const void* s) { return static_cast<const StreamHeader*>(s); }

@@ -799,7 +799,7 @@ int32_t basic(SsTask* task, uint64_t estimates, uint64_t method_word,
     // Keep the mean that centred this call's matrix.
     if (!derived_path && method == Method::GivenMean) {
         if (!task->carried_mean) {
-            task->carried_mean = orv_serv_allocate(sizeof(T) * static_cast<std::size_t>(p), kAlign);
+            task->carried_mean = orv_serv_allocate(sizeof(T) * static_cast<std::size_t>(p), orv::kAlignment);
             if (!task->carried_mean) return SS_ERR_NO_MEMORY;
         }
         std::memcpy(task->carried_mean, work[0], sizeof(T) * p);
@@ -809,12 +809,12 @@ int32_t basic(SsTask* task, uint64_t estimates, uint64_t method_word,
 
 }  // namespace
 
-ORV_SS_EXPORT int32_t _vstdSSBasic(SsTask* task, uint64_t estimates, uint64_t method,
+ORV_EXPORT int32_t _vstdSSBasic(SsTask* task, uint64_t estimates, uint64_t method,
                                    const SsThreadingTable* threading) {
     return basic<double>(task, estimates, method, threading);
 }
 
-ORV_SS_EXPORT int32_t _vstsSSBasic(SsTask* task, uint64_t estimates, uint64_t method,
+ORV_EXPORT int32_t _vstsSSBasic(SsTask* task, uint64_t estimates, uint64_t method,
                                    const SsThreadingTable* threading) {
     return basic<float>(task, estimates, method, threading);
 }

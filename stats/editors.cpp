@@ -53,7 +53,7 @@ int32_t new_task(SsTask** handle, const void* p, const void* n, const void* stor
             return SS_ERR_STORAGE_VALUE;
         }
     }
-    auto* task = static_cast<SsTask*>(orv_serv_allocate(sizeof(SsTask), kAlign));
+    auto* task = static_cast<SsTask*>(orv_serv_allocate(sizeof(SsTask), orv::kAlignment));
     *handle = task;
     if (!task) return SS_ERR_NO_MEMORY;
     std::memset(static_cast<void*>(task), 0, sizeof(SsTask));
@@ -76,31 +76,31 @@ inline void keep_or_set(void*& field, const void* value) {
 
 }  // namespace
 
-ORV_SS_EXPORT int32_t __vstdSSNewTask(SsTask** handle, const void* p, const void* n,
+ORV_EXPORT int32_t __vstdSSNewTask(SsTask** handle, const void* p, const void* n,
                                       const void* storage, const void* x, const void* weights,
                                       const void* indices, int32_t int_is_64) {
     return new_task(handle, p, n, storage, x, weights, indices, int_is_64, 1);
 }
 
-ORV_SS_EXPORT int32_t __vstsSSNewTask(SsTask** handle, const void* p, const void* n,
+ORV_EXPORT int32_t __vstsSSNewTask(SsTask** handle, const void* p, const void* n,
                                       const void* storage, const void* x, const void* weights,
                                       const void* indices, int32_t int_is_64) {
     return new_task(handle, p, n, storage, x, weights, indices, int_is_64, 0);
 }
 
-ORV_SS_EXPORT int32_t __vstiSSEditTask(SsTask* task, int32_t parameter, const void* value) {
+ORV_EXPORT int32_t __vstiSSEditTask(SsTask* task, int32_t parameter, const void* value) {
     return edit(task, parameter, value, INT);
 }
 
-ORV_SS_EXPORT int32_t __vstdSSEditTask(SsTask* task, int32_t parameter, const void* value) {
+ORV_EXPORT int32_t __vstdSSEditTask(SsTask* task, int32_t parameter, const void* value) {
     return edit(task, parameter, value, REAL);
 }
 
-ORV_SS_EXPORT int32_t __vstsSSEditTask(SsTask* task, int32_t parameter, const void* value) {
+ORV_EXPORT int32_t __vstsSSEditTask(SsTask* task, int32_t parameter, const void* value) {
     return edit(task, parameter, value, REAL);
 }
 
-ORV_SS_EXPORT int32_t __vstSSDeleteTask(SsTask** handle) {
+ORV_EXPORT int32_t __vstSSDeleteTask(SsTask** handle) {
     if (!handle) return SS_ERR_NULL_TASK;
     SsTask* task = *handle;
     if (task) {
@@ -116,11 +116,11 @@ ORV_SS_EXPORT int32_t __vstSSDeleteTask(SsTask** handle) {
 // One body per grouped editor; the s name is an alias of the d name.
 #define V const void*
 #define GROUPED(name, params, body)                                   \
-    ORV_SS_EXPORT int32_t __vstd##name params {                       \
+    ORV_EXPORT int32_t __vstd##name params {                       \
         if (!task) return SS_ERR_NULL_TASK;                           \
         body return SS_OK;                                            \
     }                                                                 \
-    ORV_SS_EXPORT int32_t __vsts##name params __attribute__((alias("__vstd" #name)));
+    ORV_EXPORT int32_t __vsts##name params __attribute__((alias("__vstd" #name)));
 #define K(f) keep_or_set(task->f, f);
 
 GROUPED(SSEditMoments,

@@ -90,12 +90,12 @@ int32_t minmax(SsTask* task, uint64_t estimates, uint64_t method, const SsThread
 
 }  // namespace
 
-ORV_SS_EXPORT int32_t _vstdSSMinmax(SsTask* task, uint64_t estimates, uint64_t method,
+ORV_EXPORT int32_t _vstdSSMinmax(SsTask* task, uint64_t estimates, uint64_t method,
                                     const SsThreadingTable* threading) {
     return minmax<double>(task, estimates, method, threading);
 }
 
-ORV_SS_EXPORT int32_t _vstsSSMinmax(SsTask* task, uint64_t estimates, uint64_t method,
+ORV_EXPORT int32_t _vstsSSMinmax(SsTask* task, uint64_t estimates, uint64_t method,
                                     const SsThreadingTable* threading) {
     return minmax<float>(task, estimates, method, threading);
 }

@@ -156,32 +156,32 @@ int32_t quantiles(SsTask* task, uint64_t estimates, uint64_t method,
 
 }  // namespace
 
-ORV_SS_EXPORT int32_t _vstdSSQuantiles(SsTask* task, uint64_t estimates, uint64_t method,
+ORV_EXPORT int32_t _vstdSSQuantiles(SsTask* task, uint64_t estimates, uint64_t method,
                                        const SsThreadingTable* threading) {
     return quantiles<double>(task, estimates, method, threading);
 }
-ORV_SS_EXPORT int32_t _vstsSSQuantiles(SsTask* task, uint64_t estimates, uint64_t method,
+ORV_EXPORT int32_t _vstsSSQuantiles(SsTask* task, uint64_t estimates, uint64_t method,
                                        const SsThreadingTable* threading) {
     return quantiles<float>(task, estimates, method, threading);
 }
 
 // The sorting routines: nothing happens for n below 1 or a null array, and
 // a rank outside [0, n) selects nothing and gives NaN.
-ORV_SS_EXPORT void __vstdQSort(int64_t n, double* a) {
+ORV_EXPORT void __vstdQSort(int64_t n, double* a) {
     if (a && n > 1) quicksort(a, n);
 }
-ORV_SS_EXPORT void __vstsQSort(int64_t n, float* a) {
+ORV_EXPORT void __vstsQSort(int64_t n, float* a) {
     if (a && n > 1) quicksort(a, n);
 }
-ORV_SS_EXPORT void __vstdQSortStep(int64_t n, double* a, int64_t stride) {
+ORV_EXPORT void __vstdQSortStep(int64_t n, double* a, int64_t stride) {
     if (a && n > 1 && stride >= 1) quicksort(Strided<double>{a, stride}, n);
 }
-ORV_SS_EXPORT void __vstsQSortStep(int64_t n, float* a, int64_t stride) {
+ORV_EXPORT void __vstsQSortStep(int64_t n, float* a, int64_t stride) {
     if (a && n > 1 && stride >= 1) quicksort(Strided<float>{a, stride}, n);
 }
-ORV_SS_EXPORT double __vstdQSortSelect(int64_t n, double* a, int64_t k) {
+ORV_EXPORT double __vstdQSortSelect(int64_t n, double* a, int64_t k) {
     return a && k >= 0 && k < n ? select(a, n, k) : NAN;
 }
-ORV_SS_EXPORT float __vstsQSortSelect(int64_t n, float* a, int64_t k) {
+ORV_EXPORT float __vstsQSortSelect(int64_t n, float* a, int64_t k) {
     return a && k >= 0 && k < n ? select(a, n, k) : NAN;
 }

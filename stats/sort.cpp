@@ -153,11 +153,11 @@ int32_t sort(SsTask* task, uint64_t, uint64_t method, const SsThreadingTable* th
 
 }  // namespace
 
-ORV_SS_EXPORT int32_t _vstdSSSort(SsTask* task, uint64_t estimates, uint64_t method,
+ORV_EXPORT int32_t _vstdSSSort(SsTask* task, uint64_t estimates, uint64_t method,
                                   const SsThreadingTable* threading) {
     return sort<double>(task, estimates, method, threading);
 }
-ORV_SS_EXPORT int32_t _vstsSSSort(SsTask* task, uint64_t estimates, uint64_t method,
+ORV_EXPORT int32_t _vstsSSSort(SsTask* task, uint64_t estimates, uint64_t method,
                                   const SsThreadingTable* threading) {
     return sort<float>(task, estimates, method, threading);
 }

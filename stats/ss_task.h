@@ -11,14 +11,13 @@
 
 #include <sys/mman.h>
 
-#define ORV_SS_EXPORT extern "C" __attribute__((visibility("default")))
+#include "frame/export.h"
 
 // Table-based square root used by the finishing steps of the compute entries.
 extern "C" __attribute__((visibility("hidden"))) double __vstdSqrt(double x);
 
 namespace orv::ss {
 
-inline constexpr std::size_t kAlign = 128;
 inline constexpr uint8_t kTypeTag = 2;
 
 // An integer reached through the record: 32- or 64-bit by int_is_64.
@@ -79,7 +78,7 @@ public:
         reset();
         if (count == 0) count = 1;
         if (count > SIZE_MAX / sizeof(T)) return false;
-        ptr_ = static_cast<T*>(orv_serv_allocate(count * sizeof(T), kAlign));
+        ptr_ = static_cast<T*>(orv_serv_allocate(count * sizeof(T), orv::kAlignment));
         if (ptr_) advise_huge_pages(ptr_, count * sizeof(T));
         if (ptr_ && zero) std::memset(static_cast<void*>(ptr_), 0, count * sizeof(T));
         return ptr_ != nullptr;

@@ -54,7 +54,7 @@ void generate(State* st, int32_t n, Out&& out) {
 
 }  // namespace
 
-ORV_RNG_EXPORT int32_t __vstBRngMCG31M1InitStream(int32_t method, void* stream, int32_t count,
+ORV_EXPORT int32_t __vstBRngMCG31M1InitStream(int32_t method, void* stream, int32_t count,
                                                  const void* params) {
     State* st = state<State>(stream);
     switch (method) {
@@ -87,19 +87,19 @@ ORV_RNG_EXPORT int32_t __vstBRngMCG31M1InitStream(int32_t method, void* stream, 
     }
 }
 
-ORV_RNG_EXPORT int32_t __vstiBRngMCG31M1(void* stream, int32_t n, uint32_t* r) {
+ORV_EXPORT int32_t __vstiBRngMCG31M1(void* stream, int32_t n, uint32_t* r) {
     generate(state<State>(stream), n, [r](int32_t i, uint32_t v) { r[i] = v; });
     return 0;
 }
 
-ORV_RNG_EXPORT int32_t __vstdBRngMCG31M1(void* stream, int32_t n, double* r, double a, double b) {
+ORV_EXPORT int32_t __vstdBRngMCG31M1(void* stream, int32_t n, double* r, double a, double b) {
     const double scale = (b - a) * kScale;
     generate(state<State>(stream), n,
              [r, scale, a](int32_t i, uint32_t v) { r[i] = static_cast<double>(v) * scale + a; });
     return 0;
 }
 
-ORV_RNG_EXPORT int32_t __vstsBRngMCG31M1(void* stream, int32_t n, float* r, float a, float b) {
+ORV_EXPORT int32_t __vstsBRngMCG31M1(void* stream, int32_t n, float* r, float a, float b) {
     const double da = a;
     const double scale = (static_cast<double>(b) - da) * kScale;
     generate(state<State>(stream), n, [r, scale, da](int32_t i, uint32_t v) {

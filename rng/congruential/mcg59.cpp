@@ -49,7 +49,7 @@ void generate(State* st, int32_t n, Out&& out) {
 
 }  // namespace
 
-ORV_RNG_EXPORT int32_t __vstBRngMCG59InitStream(int32_t method, void* stream, int32_t count,
+ORV_EXPORT int32_t __vstBRngMCG59InitStream(int32_t method, void* stream, int32_t count,
                                                const void* params) {
     State* st = state<State>(stream);
     switch (method) {
@@ -83,14 +83,14 @@ ORV_RNG_EXPORT int32_t __vstBRngMCG59InitStream(int32_t method, void* stream, in
 }
 
 // Raw 59-bit values into 64-bit elements.
-ORV_RNG_EXPORT int32_t __vstiBRngMCG59(void* stream, int32_t n, uint32_t* r) {
+ORV_EXPORT int32_t __vstiBRngMCG59(void* stream, int32_t n, uint32_t* r) {
     unsigned char* out = reinterpret_cast<unsigned char*>(r);
     generate(state<State>(stream), n,
              [out](int32_t i, uint64_t v) { std::memcpy(out + 8 * static_cast<size_t>(i), &v, 8); });
     return 0;
 }
 
-ORV_RNG_EXPORT int32_t __vstdBRngMCG59(void* stream, int32_t n, double* r, double a, double b) {
+ORV_EXPORT int32_t __vstdBRngMCG59(void* stream, int32_t n, double* r, double a, double b) {
     const double scale = (b - a) * kTwoM59d;
     generate(state<State>(stream), n,
              [r, scale, a](int32_t i, uint64_t v) {
@@ -101,7 +101,7 @@ ORV_RNG_EXPORT int32_t __vstdBRngMCG59(void* stream, int32_t n, double* r, doubl
 }
 
 // Single precision throughout.
-ORV_RNG_EXPORT int32_t __vstsBRngMCG59(void* stream, int32_t n, float* r, float a, float b) {
+ORV_EXPORT int32_t __vstsBRngMCG59(void* stream, int32_t n, float* r, float a, float b) {
     const float scale = (b - a) * kTwoM59;
     generate(state<State>(stream), n,
              [r, scale, a](int32_t i, uint64_t v) {

@@ -33,7 +33,7 @@ Mat3 power_from_table(int32_t n, const uint64_t* e, const uint32_t* table, uint3
 using namespace orv::rng;
 
 // Right-to-left binary powering with 64-bit products.
-ORV_RNG_EXPORT uint32_t __vstiPowMod(uint32_t a, uint64_t e, uint32_t m) {
+ORV_EXPORT uint32_t __vstiPowMod(uint32_t a, uint64_t e, uint32_t m) {
     if (e == 0) return 1;
     if (m == 0) return 0;  // no residues modulo 0; defined instead of a division trap
     uint64_t r = 1 % m, b = a % m;
@@ -45,7 +45,7 @@ ORV_RNG_EXPORT uint32_t __vstiPowMod(uint32_t a, uint64_t e, uint32_t m) {
     return static_cast<uint32_t>(r);
 }
 
-ORV_RNG_EXPORT uint32_t __vstiPowMod2P31M1(uint32_t a, uint64_t e) {
+ORV_EXPORT uint32_t __vstiPowMod2P31M1(uint32_t a, uint64_t e) {
     uint32_t r = 1, b = reduce_m31(a);
     while (e != 0) {
         if (e & 1) r = reduce_m31(static_cast<uint64_t>(r) * b);
@@ -55,7 +55,7 @@ ORV_RNG_EXPORT uint32_t __vstiPowMod2P31M1(uint32_t a, uint64_t e) {
     return r;
 }
 
-ORV_RNG_EXPORT uint64_t __vstiPowMod2P59(uint64_t a, uint64_t e) {
+ORV_EXPORT uint64_t __vstiPowMod2P59(uint64_t a, uint64_t e) {
     uint64_t r = 1, b = a & kMask59;
     while (e != 0) {
         if (e & 1) r = (r * b) & kMask59;
@@ -65,12 +65,12 @@ ORV_RNG_EXPORT uint64_t __vstiPowMod2P59(uint64_t a, uint64_t e) {
     return r;
 }
 
-ORV_RNG_EXPORT int32_t __vstiVect3PowMod(uint32_t v[3], const uint32_t row[3], uint32_t m,
+ORV_EXPORT int32_t __vstiVect3PowMod(uint32_t v[3], const uint32_t row[3], uint32_t m,
                                          uint64_t e) {
     return __vstiVect3PowArrayMod(v, row, m, 1, &e);
 }
 
-ORV_RNG_EXPORT int32_t __vstiVect3PowArrayMod(uint32_t v[3], const uint32_t row[3], uint32_t m,
+ORV_EXPORT int32_t __vstiVect3PowArrayMod(uint32_t v[3], const uint32_t row[3], uint32_t m,
                                               int32_t n, const uint64_t* e) {
     if (m == 0) return 0;
     Mat3 p = mat3_identity();
@@ -90,13 +90,13 @@ ORV_RNG_EXPORT int32_t __vstiVect3PowArrayMod(uint32_t v[3], const uint32_t row[
     return 0;
 }
 
-ORV_RNG_EXPORT int32_t __vstiVect3PowArrayMod_M1(uint32_t v[3], int32_t n, const uint64_t* e,
+ORV_EXPORT int32_t __vstiVect3PowArrayMod_M1(uint32_t v[3], int32_t n, const uint64_t* e,
                                                  const uint32_t* table) {
     mat3_apply(power_from_table(n, e, table, kMrgM1), v, kMrgM1);
     return 0;
 }
 
-ORV_RNG_EXPORT int32_t __vstiVect3PowArrayMod_M2(uint32_t v[3], int32_t n, const uint64_t* e,
+ORV_EXPORT int32_t __vstiVect3PowArrayMod_M2(uint32_t v[3], int32_t n, const uint64_t* e,
                                                  const uint32_t* table) {
     mat3_apply(power_from_table(n, e, table, kMrgM2), v, kMrgM2);
     return 0;

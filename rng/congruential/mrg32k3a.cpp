@@ -167,7 +167,7 @@ void generate(State* st, int32_t n, Scalar&& scalar, Pair&& pair_out) {
 
 }  // namespace
 
-ORV_RNG_EXPORT int32_t __vstBRngMRG32K3AInitStream(int32_t method, void* stream, int32_t count,
+ORV_EXPORT int32_t __vstBRngMRG32K3AInitStream(int32_t method, void* stream, int32_t count,
                                                   const void* params) {
     State* st = state<State>(stream);
     switch (method) {
@@ -213,7 +213,7 @@ ORV_RNG_EXPORT int32_t __vstBRngMRG32K3AInitStream(int32_t method, void* stream,
     }
 }
 
-ORV_RNG_EXPORT int32_t __vstiBRngMRG32K3A(void* stream, int32_t n, uint32_t* r) {
+ORV_EXPORT int32_t __vstiBRngMRG32K3A(void* stream, int32_t n, uint32_t* r) {
     const __m128d half = _mm_set1_pd(2147483648.0);
     generate(
         state<State>(stream), n, [r](int32_t i, uint32_t z) { r[i] = z; },
@@ -226,7 +226,7 @@ ORV_RNG_EXPORT int32_t __vstiBRngMRG32K3A(void* stream, int32_t n, uint32_t* r) 
     return 0;
 }
 
-ORV_RNG_EXPORT int32_t __vstdBRngMRG32K3A(void* stream, int32_t n, double* r, double a,
+ORV_EXPORT int32_t __vstdBRngMRG32K3A(void* stream, int32_t n, double* r, double a,
                                           double b) {
     const double scale = (b - a) * kScale;
     const __m128d vs = _mm_set1_pd(scale), va = _mm_set1_pd(a);
@@ -241,7 +241,7 @@ ORV_RNG_EXPORT int32_t __vstdBRngMRG32K3A(void* stream, int32_t n, double* r, do
     return 0;
 }
 
-ORV_RNG_EXPORT int32_t __vstsBRngMRG32K3A(void* stream, int32_t n, float* r, float a, float b) {
+ORV_EXPORT int32_t __vstsBRngMRG32K3A(void* stream, int32_t n, float* r, float a, float b) {
     const double da = a;
     const double scale = (static_cast<double>(b) - da) * kScale;
     const __m128d vs = _mm_set1_pd(scale), va = _mm_set1_pd(da);

@@ -64,7 +64,7 @@ void generate_words(State* st, int32_t n, Ring<Slot> out) {
 
 }  // namespace
 
-ORV_RNG_EXPORT int32_t __vstBRngR250InitStream(int32_t method, void* stream, int32_t count,
+ORV_EXPORT int32_t __vstBRngR250InitStream(int32_t method, void* stream, int32_t count,
                                               const void* params) {
     State* st = state<State>(stream);
     switch (method) {
@@ -100,12 +100,12 @@ ORV_RNG_EXPORT int32_t __vstBRngR250InitStream(int32_t method, void* stream, int
     }
 }
 
-ORV_RNG_EXPORT int32_t __vstiBRngR250(void* stream, int32_t n, uint32_t* r) {
+ORV_EXPORT int32_t __vstiBRngR250(void* stream, int32_t n, uint32_t* r) {
     generate_words(state<State>(stream), n, Ring<uint32_t>{r});
     return 0;
 }
 
-ORV_RNG_EXPORT int32_t __vstdBRngR250(void* stream, int32_t n, double* r, double a, double b) {
+ORV_EXPORT int32_t __vstdBRngR250(void* stream, int32_t n, double* r, double a, double b) {
     generate_words(state<State>(stream), n, Ring<double>{r});
     const double scale = (b - a) * 0x1p-32;
     const Ring<double> ring{r};
@@ -113,7 +113,7 @@ ORV_RNG_EXPORT int32_t __vstdBRngR250(void* stream, int32_t n, double* r, double
     return 0;
 }
 
-ORV_RNG_EXPORT int32_t __vstsBRngR250(void* stream, int32_t n, float* r, float a, float b) {
+ORV_EXPORT int32_t __vstsBRngR250(void* stream, int32_t n, float* r, float a, float b) {
     generate_words(state<State>(stream), n, Ring<float>{r});
     const double da = a;
     const double scale = (static_cast<double>(b) - da) * 0x1p-32;

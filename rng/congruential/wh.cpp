@@ -180,7 +180,7 @@ void generate_interval(void* stream, int32_t n, One&& one, Two&& two) {
 
 }  // namespace
 
-ORV_RNG_EXPORT int32_t __vstBRngWHInitStream(int32_t method, void* stream, int32_t count,
+ORV_EXPORT int32_t __vstBRngWHInitStream(int32_t method, void* stream, int32_t count,
                                             const void* params) {
     State* st = state<State>(stream);
     if (method < 0 || method > 3) return ORV_RNG_ERROR_BAD_METHOD;
@@ -222,7 +222,7 @@ ORV_RNG_EXPORT int32_t __vstBRngWHInitStream(int32_t method, void* stream, int32
 }
 
 // Each output is the four parts of the state, so n outputs fill 4n words.
-ORV_RNG_EXPORT int32_t __vstiBRngWH(void* stream, int32_t n, uint32_t* r) {
+ORV_EXPORT int32_t __vstiBRngWH(void* stream, int32_t n, uint32_t* r) {
     auto one = [r](int32_t i, const Pair& x) {
         const __m128i w = _mm_unpacklo_epi64(_mm_cvttpd_epi32(x.lo), _mm_cvttpd_epi32(x.hi));
         _mm_storeu_si128(reinterpret_cast<__m128i*>(r + 4 * static_cast<size_t>(i)), w);
@@ -234,7 +234,7 @@ ORV_RNG_EXPORT int32_t __vstiBRngWH(void* stream, int32_t n, uint32_t* r) {
     return 0;
 }
 
-ORV_RNG_EXPORT int32_t __vstdBRngWH(void* stream, int32_t n, double* r, double a, double b) {
+ORV_EXPORT int32_t __vstdBRngWH(void* stream, int32_t n, double* r, double a, double b) {
     const double scale = b - a;
     const __m128d vs = _mm_set1_pd(scale), va = _mm_set1_pd(a);
     generate_interval(
@@ -243,7 +243,7 @@ ORV_RNG_EXPORT int32_t __vstdBRngWH(void* stream, int32_t n, double* r, double a
     return 0;
 }
 
-ORV_RNG_EXPORT int32_t __vstsBRngWH(void* stream, int32_t n, float* r, float a, float b) {
+ORV_EXPORT int32_t __vstsBRngWH(void* stream, int32_t n, float* r, float a, float b) {
     const double da = a;
     const double scale = static_cast<double>(b) - da;
     const __m128d vs = _mm_set1_pd(scale), va = _mm_set1_pd(da);

@@ -166,7 +166,7 @@ int32_t generate(void* stream, int32_t n, Store store, Out&& out) {
 
 }  // namespace
 
-ORV_RNG_EXPORT int32_t __vstBRngPHILOX4X32X10InitStream(int32_t method, void* stream, int32_t count,
+ORV_EXPORT int32_t __vstBRngPHILOX4X32X10InitStream(int32_t method, void* stream, int32_t count,
                                                        const void* params) {
     State* st = state<State>(stream);
     switch (method) {
@@ -195,17 +195,17 @@ ORV_RNG_EXPORT int32_t __vstBRngPHILOX4X32X10InitStream(int32_t method, void* st
     }
 }
 
-ORV_RNG_EXPORT int32_t __vstiBRngPHILOX4X32X10(void* stream, int32_t n, uint32_t* r) {
+ORV_EXPORT int32_t __vstiBRngPHILOX4X32X10(void* stream, int32_t n, uint32_t* r) {
     return generate(stream, n, WordStore{r}, [r](int32_t i, uint32_t w) { r[i] = w; });
 }
 
-ORV_RNG_EXPORT int32_t __vstdBRngPHILOX4X32X10(void* stream, int32_t n, double* r, double a, double b) {
+ORV_EXPORT int32_t __vstdBRngPHILOX4X32X10(void* stream, int32_t n, double* r, double a, double b) {
     const DoubleMap map(a, b);
     return generate(stream, n, DoubleStore{r, _mm_set1_pd(map.scale), _mm_set1_pd(map.mid)},
                     [r, map](int32_t i, uint32_t w) { r[i] = map(w); });
 }
 
-ORV_RNG_EXPORT int32_t __vstsBRngPHILOX4X32X10(void* stream, int32_t n, float* r, float a, float b) {
+ORV_EXPORT int32_t __vstsBRngPHILOX4X32X10(void* stream, int32_t n, float* r, float a, float b) {
     const FloatMap map(a, b);
     return generate(stream, n, FloatStore{r, _mm_set1_ps(map.scale), _mm_set1_ps(map.mid)},
                     [r, map](int32_t i, uint32_t w) { r[i] = map(w); });

@@ -59,7 +59,7 @@ int32_t generate32(void* stream, int32_t n, Out&& out) {
 
 }  // namespace
 
-ORV_RNG_EXPORT int32_t __vstBRngTRNGInitStream(int32_t method, void* stream, int32_t count,
+ORV_EXPORT int32_t __vstBRngTRNGInitStream(int32_t method, void* stream, int32_t count,
                                               const void* params) {
     State* st = state<State>(stream);
     switch (method) {
@@ -84,16 +84,16 @@ ORV_RNG_EXPORT int32_t __vstBRngTRNGInitStream(int32_t method, void* stream, int
     }
 }
 
-ORV_RNG_EXPORT int32_t __vstiBRngTRNG(void* stream, int32_t n, uint32_t* r) {
+ORV_EXPORT int32_t __vstiBRngTRNG(void* stream, int32_t n, uint32_t* r) {
     return generate32(stream, n, [r](int32_t i, uint32_t w) { r[i] = w; });
 }
 
-ORV_RNG_EXPORT int32_t __vstsBRngTRNG(void* stream, int32_t n, float* r, float a, float b) {
+ORV_EXPORT int32_t __vstsBRngTRNG(void* stream, int32_t n, float* r, float a, float b) {
     const float scale = (b - a) * 0x1p-32f;
     return generate32(stream, n, [r, scale, a](int32_t i, uint32_t w) { r[i] = static_cast<float>(w) * scale + a; });
 }
 
-ORV_RNG_EXPORT int32_t __vstdBRngTRNG(void* stream, int32_t n, double* r, double a, double b) {
+ORV_EXPORT int32_t __vstdBRngTRNG(void* stream, int32_t n, double* r, double a, double b) {
     if (!have_rdrand()) return ORV_RNG_ERROR_NO_RDRAND;
     const State* st = state<State>(stream);
     for (int32_t i = 0; i < n; ++i) {

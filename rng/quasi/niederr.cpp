@@ -135,7 +135,7 @@ int32_t seed(void* stream, int32_t count, const uint32_t* w) {
 
 }  // namespace
 
-ORV_RNG_EXPORT int32_t __vstBRngNiederrInitStream(int32_t method, void* stream, int32_t count,
+ORV_EXPORT int32_t __vstBRngNiederrInitStream(int32_t method, void* stream, int32_t count,
                                                  const void* params) {
     switch (method) {
         case ORV_RNG_METHOD_SEED:
@@ -151,14 +151,14 @@ ORV_RNG_EXPORT int32_t __vstBRngNiederrInitStream(int32_t method, void* stream, 
     }
 }
 
-ORV_RNG_EXPORT int32_t __vstiBRngNiederr(void* stream, int32_t n, uint32_t* r) {
+ORV_EXPORT int32_t __vstiBRngNiederr(void* stream, int32_t n, uint32_t* r) {
     return fill(view_of(stream), n, WordEmit{r});
 }
 
-ORV_RNG_EXPORT int32_t __vstdBRngNiederr(void* stream, int32_t n, double* r, double a, double b) {
+ORV_EXPORT int32_t __vstdBRngNiederr(void* stream, int32_t n, double* r, double a, double b) {
     return fill(view_of(stream), n, DoubleEmit(r, a, b));
 }
 
-ORV_RNG_EXPORT int32_t __vstsBRngNiederr(void* stream, int32_t n, float* r, float a, float b) {
+ORV_EXPORT int32_t __vstsBRngNiederr(void* stream, int32_t n, float* r, float a, float b) {
     return fill(view_of(stream), n, FloatEmit(r, a, b));
 }

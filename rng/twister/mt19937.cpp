@@ -188,7 +188,7 @@ const uint32_t* mt19937_polynomial(int32_t* terms) {
 
 }  // namespace orv::rng
 
-ORV_RNG_EXPORT int32_t __vstBRngMT19937InitStream(int32_t method, void* stream, int32_t count,
+ORV_EXPORT int32_t __vstBRngMT19937InitStream(int32_t method, void* stream, int32_t count,
                                                  const void* params) {
     switch (method) {
         case ORV_RNG_METHOD_SEED:
@@ -210,7 +210,7 @@ ORV_RNG_EXPORT int32_t __vstBRngMT19937InitStream(int32_t method, void* stream, 
     }
 }
 
-ORV_RNG_EXPORT int32_t __vstiBRngMT19937(void* stream, int32_t n, uint32_t* r) {
+ORV_EXPORT int32_t __vstiBRngMT19937(void* stream, int32_t n, uint32_t* r) {
     generate(st(stream), n, [r](int32_t i, uint32_t y) { r[i] = y; });
     return 0;
 }
@@ -221,14 +221,14 @@ inline double unsigned_to_double(uint32_t y) {
     return static_cast<double>(static_cast<int32_t>(y ^ 0x80000000u)) + 2147483648.0;
 }
 
-ORV_RNG_EXPORT int32_t __vstdBRngMT19937(void* stream, int32_t n, double* r, double a, double b) {
+ORV_EXPORT int32_t __vstdBRngMT19937(void* stream, int32_t n, double* r, double a, double b) {
     const double scale = (b - a) * 0x1p-32;
     generate(st(stream), n, [r, scale, a](int32_t i, uint32_t y) { r[i] = unsigned_to_double(y) * scale + a; });
     return 0;
 }
 
 // Computed in double, rounded once to single.
-ORV_RNG_EXPORT int32_t __vstsBRngMT19937(void* stream, int32_t n, float* r, float a, float b) {
+ORV_EXPORT int32_t __vstsBRngMT19937(void* stream, int32_t n, float* r, float a, float b) {
     const double da = a, scale = (static_cast<double>(b) - da) * 0x1p-32;
     generate(st(stream), n, [r, scale, da](int32_t i, uint32_t y) {
         r[i] = static_cast<float>(unsigned_to_double(y) * scale + da);

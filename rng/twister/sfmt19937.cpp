@@ -238,7 +238,7 @@ const uint32_t* sfmt19937_polynomial(int32_t* terms) {
 
 }  // namespace orv::rng
 
-ORV_RNG_EXPORT int32_t __vstBRngSFMT19937InitStream(int32_t method, void* stream, int32_t count,
+ORV_EXPORT int32_t __vstBRngSFMT19937InitStream(int32_t method, void* stream, int32_t count,
                                                    const void* params) {
     switch (method) {
         case ORV_RNG_METHOD_SEED:
@@ -258,7 +258,7 @@ ORV_RNG_EXPORT int32_t __vstBRngSFMT19937InitStream(int32_t method, void* stream
     }
 }
 
-ORV_RNG_EXPORT int32_t __vstiBRngSFMT19937(void* stream, int32_t n, uint32_t* r) {
+ORV_EXPORT int32_t __vstiBRngSFMT19937(void* stream, int32_t n, uint32_t* r) {
     State* s = st(stream);
     int32_t i = 0;
     while (i < n && s->sidePos < s->sideCount) r[i++] = s->side[s->sidePos++];
@@ -285,7 +285,7 @@ ORV_RNG_EXPORT int32_t __vstiBRngSFMT19937(void* stream, int32_t n, uint32_t* r)
 }
 
 // The word read as signed: the first word 0 maps to the middle of [a, b).
-ORV_RNG_EXPORT int32_t __vstdBRngSFMT19937(void* stream, int32_t n, double* r, double a, double b) {
+ORV_EXPORT int32_t __vstdBRngSFMT19937(void* stream, int32_t n, double* r, double a, double b) {
     const double scale = (b - a) * 0x1p-32, mid = (a + b) * 0.5;
     generate(st(stream), n, [r, scale, mid](int32_t i, uint32_t w) {
         r[i] = static_cast<double>(static_cast<int32_t>(w)) * scale + mid;
@@ -293,7 +293,7 @@ ORV_RNG_EXPORT int32_t __vstdBRngSFMT19937(void* stream, int32_t n, double* r, d
     return 0;
 }
 
-ORV_RNG_EXPORT int32_t __vstsBRngSFMT19937(void* stream, int32_t n, float* r, float a, float b) {
+ORV_EXPORT int32_t __vstsBRngSFMT19937(void* stream, int32_t n, float* r, float a, float b) {
     const float scale = (b - a) * 0x1p-32f, mid = (a + b) * 0.5f;
     generate(st(stream), n, [r, scale, mid](int32_t i, uint32_t w) {
         r[i] = static_cast<float>(static_cast<int32_t>(w)) * scale + mid;
