@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <thread>
 #include <vector>
@@ -60,19 +62,13 @@ std::string temp_path(const char* tag) {
 }
 
 std::vector<unsigned char> read_file(const std::string& path) {
-    std::vector<unsigned char> out;
-    FILE* f = std::fopen(path.c_str(), "rb");
-    if (f == nullptr) return out;
-    int c;
-    while ((c = std::fgetc(f)) != EOF) out.push_back(static_cast<unsigned char>(c));
-    std::fclose(f);
-    return out;
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
 void write_file(const std::string& path, const std::vector<unsigned char>& bytes) {
-    FILE* f = std::fopen(path.c_str(), "wb");
-    if (!bytes.empty()) std::fwrite(bytes.data(), bytes.size(), 1, f);
-    std::fclose(f);
+    std::ofstream(path, std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
 }
 
 class RoundTrip : public testing::TestWithParam<int32_t> {};
