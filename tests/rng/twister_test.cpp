@@ -260,10 +260,4 @@ TEST(Mt19937, SkipInsideTheBlockMovesOnlyThePosition) {
     EXPECT_EQ(pos, 610);
 }
 
-TEST(Mt2203, StaysWithoutFunctions) {
-    void* s = nullptr;
-    EXPECT_EQ(__vstNewStreamEx(&s, ORV_BRNG_MT2203, 0, nullptr), ORV_RNG_ERROR_INVALID_BRNG);
-    EXPECT_EQ(s, nullptr);
-}
-
 }  // namespace
