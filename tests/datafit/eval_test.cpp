@@ -28,6 +28,19 @@ void in_turn(int n, int, void* args, DFBodyFn body) {
 }
 const DFThreadOps kThree = {in_turn, nullptr, nullptr, nullptr, three};
 
+// The evaluation calls without call-backs, trailing arguments defaulted.
+int interp(DFTask* t, int64_t n, const double* site, int64_t shint, int64_t nord, const void* ord, double* r,
+           int64_t rhint, int64_t type = 0, void* cells = nullptr, const double* dh = nullptr,
+           const DFThreadOps* ops = nullptr) {
+    return orv_df_kernel_dDFInterpolate1D(t, type, 0, n, site, shint, nord, ord, dh, r, rhint, cells, nullptr,
+                                          nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, ops);
+}
+int integ(DFTask* t, int64_t n, const double* a, int64_t ah, const double* b, int64_t bh, double* r, int64_t rhint,
+          const DFThreadOps* ops = nullptr, const double* ldh = nullptr, const double* rdh = nullptr) {
+    return orv_df_kernel_dDFIntegrate1D(t, 0, n, a, ah, b, bh, ldh, rdh, r, rhint, nullptr, nullptr, nullptr,
+                                        nullptr, nullptr, nullptr, nullptr, nullptr, ops);
+}
+
 struct Spline {
     DFTask* t = nullptr;
     std::vector<double> xs, xarg, y, bc, ic, coeff, knots;
@@ -152,11 +165,8 @@ TEST_P(Evaluate, ValuesAndDerivativesInEveryLayoutAndOnTeams) {
             for (int which = 0; which < 2; ++which) {
                 const int64_t nd = which == 0 ? 4 : 2;
                 std::vector<double> r(n * s.ny * nd, NAN);
-                ASSERT_EQ(orv_df_kernel_dDFInterpolate1D(s.t, 0, 0, n, site.data(), 0, which ? 3 : 4,
-                                                         which ? (const void*)some : (const void*)all,
-                                                         nullptr, r.data(), rhint, nullptr, nullptr,
-                                                         nullptr, nullptr, nullptr, nullptr, nullptr,
-                                                         nullptr, nullptr, ops), 0);
+                ASSERT_EQ(interp(s.t, n, site.data(), 0, which ? 3 : 4, which ? (const void*)some : (const void*)all,
+                                 r.data(), rhint, 0, nullptr, nullptr, ops), 0);
                 for (int64_t f = 0; f < s.ny; ++f)
                     for (int64_t i = 0; i < n; ++i)
                         for (int64_t d = 0; d < nd; ++d) {
@@ -181,12 +191,8 @@ TEST_P(Evaluate, IntegralsWithExtrapolationSignsAndTeams) {
     for (const DFThreadOps* ops : {(const DFThreadOps*)nullptr, &kThree})
         for (int64_t rhint : {0x10, 0x20}) {
             std::vector<double> r(n * s.ny), rs(n * s.ny);
-            ASSERT_EQ(orv_df_kernel_dDFIntegrate1D(s.t, 0, n, a.data(), 0, b.data(), 0, nullptr, nullptr,
-                                                   r.data(), rhint, nullptr, nullptr, nullptr, nullptr,
-                                                   nullptr, nullptr, nullptr, nullptr, ops), 0);
-            ASSERT_EQ(orv_df_kernel_dDFIntegrate1D(s.t, 0, n, b.data(), 0, a.data(), 0, nullptr, nullptr,
-                                                   rs.data(), rhint, nullptr, nullptr, nullptr, nullptr,
-                                                   nullptr, nullptr, nullptr, nullptr, ops), 0);
+            ASSERT_EQ(integ(s.t, n, a.data(), 0, b.data(), 0, r.data(), rhint, ops), 0);
+            ASSERT_EQ(integ(s.t, n, b.data(), 0, a.data(), 0, rs.data(), rhint, ops), 0);
             for (int64_t f = 0; f < s.ny; ++f)
                 for (int64_t i = 0; i < n; ++i) {
                     const int64_t k = rhint == 0x10 ? f * n + i : i * s.ny + f;
@@ -201,9 +207,7 @@ TEST_P(Evaluate, IntegralsWithExtrapolationSignsAndTeams) {
     // Limits given by their ends.
     const double le[2] = {s.xs[0] - 0.5, s.xs.back()}, re[2] = {s.xs.back() + 0.5, s.xs[0]};
     std::vector<double> r(300 * s.ny);
-    ASSERT_EQ(orv_df_kernel_dDFIntegrate1D(s.t, 0, 300, le, DF_SITES_UNIFORM, re, DF_SITES_UNIFORM,
-                                           nullptr, nullptr, r.data(), 0x10, nullptr, nullptr, nullptr,
-                                           nullptr, nullptr, nullptr, nullptr, nullptr, nullptr), 0);
+    ASSERT_EQ(integ(s.t, 300, le, DF_SITES_UNIFORM, re, DF_SITES_UNIFORM, r.data(), 0x10), 0);
     for (int64_t i = 0; i < 300; ++i) {
         const double lo = le[0] + double(i) * ((le[1] - le[0]) / 299), hi = re[0] + double(i) * ((re[1] - re[0]) / 299);
         ASSERT_TRUE(close(r[i], oracle_integral(s, 0, lo, hi), 10 * (std::fabs(hi - lo) + 1)));
@@ -233,17 +237,9 @@ TEST(Interpolate, SiteHintsAndCells) {
     for (int64_t i = 0; i < n; ++i) site[i] = ends[0] + double(i) * ((ends[1] - ends[0]) / double(n - 1));
     std::vector<double> r1(n), r2(n), r3(n);
     std::vector<int32_t> cells(n, -1);
-    ASSERT_EQ(orv_df_kernel_dDFInterpolate1D(s.t, DF_INTERP_STORE_CELLS, 0, n, ends, DF_SITES_UNIFORM,
-                                             0, nullptr, nullptr, r1.data(), 0, cells.data(), nullptr,
-                                             nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
-                                             nullptr), 0);
-    ASSERT_EQ(orv_df_kernel_dDFInterpolate1D(s.t, 0, 0, n, site.data(), DF_SITES_SORTED, 0, nullptr,
-                                             nullptr, r2.data(), 0x80, nullptr, nullptr, nullptr, nullptr,
-                                             nullptr, nullptr, nullptr, nullptr, nullptr, nullptr), 0);
-    ASSERT_EQ(orv_df_kernel_dDFInterpolate1D(s.t, DF_INTERP_CELLS_GIVEN, 0, n, site.data(), 0, 0,
-                                             nullptr, nullptr, r3.data(), 0x10, cells.data(), nullptr,
-                                             nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
-                                             nullptr), 0);
+    ASSERT_EQ(interp(s.t, n, ends, DF_SITES_UNIFORM, 0, nullptr, r1.data(), 0, DF_INTERP_STORE_CELLS, cells.data()), 0);
+    ASSERT_EQ(interp(s.t, n, site.data(), DF_SITES_SORTED, 0, nullptr, r2.data(), 0x80), 0);
+    ASSERT_EQ(interp(s.t, n, site.data(), 0, 0, nullptr, r3.data(), 0x10, DF_INTERP_CELLS_GIVEN, cells.data()), 0);
     for (int64_t i = 0; i < n; ++i) {
         ASSERT_EQ(cells[i], std::upper_bound(s.xs.begin(), s.xs.end(), site[i]) - s.xs.begin() -
                                 (site[i] == s.xs.back()));
@@ -263,9 +259,7 @@ TEST(Interpolate, StepFunctionsAndLookUp) {
     double r[16];
     for (int64_t stype : {8, 7}) {
         ASSERT_EQ(orv_df_kernel_dEditPPSpline1D(t, 0, stype, 0, nullptr, 0, nullptr, nullptr, 0), 0);
-        ASSERT_EQ(orv_df_kernel_dDFInterpolate1D(t, 0, 0, 8, site, 0, 0, nullptr, nullptr, r, 0x100,
-                                                 nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
-                                                 nullptr, nullptr, nullptr, nullptr), 0);
+        ASSERT_EQ(interp(t, 8, site, 0, 0, nullptr, r, 0x100), 0);
         for (int i = 0; i < 8; ++i) {
             EXPECT_EQ(r[2 * i], (stype == 8 ? left : right)[i]) << stype << " " << site[i];
             EXPECT_EQ(r[2 * i + 1], (stype == 8 ? left : right)[i] / 10) << stype << " " << site[i];
@@ -273,18 +267,14 @@ TEST(Interpolate, StepFunctionsAndLookUp) {
         // Integral from -1 to 5: outside pieces take the end values.
         const double a = -1, b = 5;
         double q[2];
-        ASSERT_EQ(orv_df_kernel_dDFIntegrate1D(t, 0, 1, &a, 0, &b, 0, nullptr, nullptr, q, 0x10, nullptr,
-                                               nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
-                                               nullptr, nullptr), 0);
+        ASSERT_EQ(integ(t, 1, &a, 0, &b, 0, q, 0x10), 0);
         EXPECT_EQ(q[0], stype == 8 ? 10 + 20 + 2 * 30 + 40 + 40 : 10 + 10 + 2 * 20 + 30 + 40);
     }
     ASSERT_EQ(orv_df_kernel_dEditPPSpline1D(t, 0, 6, 0, nullptr, 0, nullptr, nullptr, 0), 0);
     const double good[4] = {0, 1, 3, 4};
     const int32_t two[2] = {1, 1}, slope[2] = {0, 1};
     auto call = [&](const double* s, int64_t n, int64_t nord, const int32_t* ord) {
-        return orv_df_kernel_dDFInterpolate1D(t, 0, 0, n, s, 0, nord, ord, nullptr, r, 0, nullptr,
-                                              nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
-                                              nullptr, nullptr, nullptr);
+        return interp(t, n, s, 0, nord, ord, r, 0);
     };
     ASSERT_EQ(call(good, 4, 0, nullptr), 0);
     for (int i = 0; i < 4; ++i) EXPECT_EQ(r[i], y[2 * i]);
@@ -294,9 +284,7 @@ TEST(Interpolate, StepFunctionsAndLookUp) {
     EXPECT_EQ(call(good, 4, 2, slope), DF_NO_VALUE_REQUESTED);
     EXPECT_EQ(call(site + 4, 1, 2, two), DF_NOT_A_BREAKPOINT);  // sites are checked first
     const double a = 0, b = 1;
-    EXPECT_EQ(orv_df_kernel_dDFIntegrate1D(t, 0, 1, &a, 0, &b, 0, nullptr, nullptr, r, 0, nullptr, nullptr,
-                                           nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr),
-              DF_BAD_STYPE);
+    EXPECT_EQ(integ(t, 1, &a, 0, &b, 0, r, 0), DF_BAD_STYPE);
     orv_df_kernel_DeleteTask(&t);
     // Uniform look-up within 2^-40.
     ASSERT_EQ(orv_df_kernel_dNewTask1D(&t, 4, xu, 4, 2, y, 0x20, 0), 0);
@@ -395,45 +383,41 @@ TEST(Statuses, InOrderAndNothingWritten) {
     build(s, {Kind::Hyman, 0, 1}, 12, 1);
     const double site[2] = {0.1, 0.2}, bad_hint[5] = {0, 2, 0, 0, 0}, peak[5] = {0, 1, 0, 0, 13};
     double r[4] = {7, 7, 7, 7};
-    auto interp = [&](DFTask* t, const double* dh, int64_t rhint) {
-        return orv_df_kernel_dDFInterpolate1D(t, 0, 0, 2, site, 0, 0, nullptr, dh, r, rhint, nullptr,
-                                              nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
-                                              nullptr, nullptr, nullptr);
+    auto ip = [&](DFTask* t, const double* dh, int64_t rhint) {
+        return interp(t, 2, site, 0, 0, nullptr, r, rhint, 0, nullptr, dh);
     };
-    auto integ = [&](DFTask* t, const double* ldh, const double* rdh, int64_t rhint) {
-        return orv_df_kernel_dDFIntegrate1D(t, 0, 2, site, 0, site, 0, ldh, rdh, r, rhint, nullptr,
-                                            nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
-                                            nullptr, nullptr);
+    auto ig = [&](DFTask* t, const double* ldh, const double* rdh, int64_t rhint) {
+        return integ(t, 2, site, 0, site, 0, r, rhint, nullptr, ldh, rdh);
     };
-    EXPECT_EQ(interp(nullptr, bad_hint, 3), DF_NULL_TASK);
-    EXPECT_EQ(integ(nullptr, bad_hint, bad_hint, 3), DF_NULL_TASK);
-    EXPECT_EQ(interp(s.t, bad_hint, 3), DF_BAD_DATAHINT);
-    EXPECT_EQ(interp(s.t, peak, 3), DF_BAD_DATAHINT);
-    EXPECT_EQ(interp(s.t, nullptr, 3), DF_BAD_RHINT);
-    EXPECT_EQ(integ(s.t, bad_hint, nullptr, 3), DF_BAD_DATAHINT);
-    EXPECT_EQ(integ(s.t, nullptr, bad_hint, 3), DF_BAD_DATAHINT);
-    EXPECT_EQ(integ(s.t, nullptr, nullptr, 0x100), DF_BAD_INTEGRATION_RHINT);
+    EXPECT_EQ(ip(nullptr, bad_hint, 3), DF_NULL_TASK);
+    EXPECT_EQ(ig(nullptr, bad_hint, bad_hint, 3), DF_NULL_TASK);
+    EXPECT_EQ(ip(s.t, bad_hint, 3), DF_BAD_DATAHINT);
+    EXPECT_EQ(ip(s.t, peak, 3), DF_BAD_DATAHINT);
+    EXPECT_EQ(ip(s.t, nullptr, 3), DF_BAD_RHINT);
+    EXPECT_EQ(ig(s.t, bad_hint, nullptr, 3), DF_BAD_DATAHINT);
+    EXPECT_EQ(ig(s.t, nullptr, bad_hint, 3), DF_BAD_DATAHINT);
+    EXPECT_EQ(ig(s.t, nullptr, nullptr, 0x100), DF_BAD_INTEGRATION_RHINT);
     s.t->sorder = 1;
-    EXPECT_EQ(interp(s.t, bad_hint, 3), DF_BAD_STYPE);
-    EXPECT_EQ(integ(s.t, bad_hint, bad_hint, 3), DF_BAD_STYPE);
+    EXPECT_EQ(ip(s.t, bad_hint, 3), DF_BAD_STYPE);
+    EXPECT_EQ(ig(s.t, bad_hint, bad_hint, 3), DF_BAD_STYPE);
     s.t->sorder = 0, s.t->stype = 3;  // no polynomial and no call-backs
-    EXPECT_EQ(interp(s.t, nullptr, 0), DF_BAD_STYPE);
-    EXPECT_EQ(integ(s.t, nullptr, nullptr, 0), DF_BAD_STYPE);
+    EXPECT_EQ(ip(s.t, nullptr, 0), DF_BAD_STYPE);
+    EXPECT_EQ(ig(s.t, nullptr, nullptr, 0), DF_BAD_STYPE);
     s.t->sorder = 4, s.t->stype = 1;
-    EXPECT_EQ(interp(s.t, nullptr, 0), DF_BAD_STYPE);
+    EXPECT_EQ(ip(s.t, nullptr, 0), DF_BAD_STYPE);
     s.t->stype = 0;
     void** coeff = s.t->scoeff;
     s.t->scoeff = nullptr;
-    EXPECT_EQ(interp(s.t, nullptr, 0), DF_NULL_SCOEFF);
-    EXPECT_EQ(integ(s.t, nullptr, nullptr, 0), DF_NULL_SCOEFF);
+    EXPECT_EQ(ip(s.t, nullptr, 0), DF_NULL_SCOEFF);
+    EXPECT_EQ(ig(s.t, nullptr, nullptr, 0), DF_NULL_SCOEFF);
     s.t->scoeff = coeff;
     s.t->is_double = 0;
-    EXPECT_EQ(interp(s.t, nullptr, 0), DF_BAD_PRECISION);
-    EXPECT_EQ(integ(s.t, nullptr, nullptr, 0), DF_BAD_PRECISION);
+    EXPECT_EQ(ip(s.t, nullptr, 0), DF_BAD_PRECISION);
+    EXPECT_EQ(ig(s.t, nullptr, nullptr, 0), DF_BAD_PRECISION);
     s.t->is_double = 1;
     for (double v : r) EXPECT_EQ(v, 7);
     const double peak_ok[5] = {0, 1, 0, 0, 12};
-    EXPECT_EQ(interp(s.t, peak_ok, 0), 0);
+    EXPECT_EQ(ip(s.t, peak_ok, 0), 0);
 }
 
 // Single precision runs the same steps: values against the double oracle of
@@ -495,16 +479,12 @@ TEST(PPolyReference, ValuesDerivativesAndIntegrals) {
         } else if (word == "site") {
             const int32_t all[4] = {1, 1, 1, 1};
             double r[4];
-            ASSERT_EQ(orv_df_kernel_dDFInterpolate1D(t, 0, 0, 1, v.data(), 0, 4, all, nullptr, r, 0, nullptr,
-                                                     nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
-                                                     nullptr, nullptr, nullptr), 0);
+            ASSERT_EQ(interp(t, 1, v.data(), 0, 4, all, r, 0), 0);
             for (int d = 0; d < 4; ++d)
                 EXPECT_NEAR(r[d], v[1 + d], 1e-12 * (1 + std::fabs(v[1 + d]))) << "order " << order << " site " << v[0] << " der " << d;
         } else if (word == "integral") {
             double r;
-            ASSERT_EQ(orv_df_kernel_dDFIntegrate1D(t, 0, 1, &v[0], 0, &v[1], 0, nullptr, nullptr, &r, 0, nullptr,
-                                                   nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
-                                                   nullptr), 0);
+            ASSERT_EQ(integ(t, 1, &v[0], 0, &v[1], 0, &r, 0), 0);
             EXPECT_NEAR(r, v[2], 1e-12 * (1 + std::fabs(v[2]))) << "order " << order << " " << v[0] << " " << v[1];
         }
     }

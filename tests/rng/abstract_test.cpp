@@ -120,7 +120,6 @@ TEST(Abstract, BadArgumentsAreRefusedAndNothingIsMade) {
     EXPECT_EQ(__vstsNewAbstractStream(&s, -1, sb, 0.0f, 1.0f, &unit_steps<float>), ORV_RNG_ERROR_BAD_ARGUMENT);
     EXPECT_EQ(__vstsNewAbstractStream(&s, 2, sb, 2.0f, 1.0f, &unit_steps<float>), ORV_RNG_ERROR_BAD_ARGUMENT);
     EXPECT_EQ(s, untouched);
-    EXPECT_EQ(__vstNewStreamEx(&s, ORV_BRNG_DABSTRACT, 0, nullptr), ORV_RNG_ERROR_INVALID_BRNG);
 }
 
 // An image loaded in this process works; one whose pointers do not belong to

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <thread>
 #include <vector>
@@ -60,19 +62,13 @@ std::string temp_path(const char* tag) {
 }
 
 std::vector<unsigned char> read_file(const std::string& path) {
-    std::vector<unsigned char> out;
-    FILE* f = std::fopen(path.c_str(), "rb");
-    if (f == nullptr) return out;
-    int c;
-    while ((c = std::fgetc(f)) != EOF) out.push_back(static_cast<unsigned char>(c));
-    std::fclose(f);
-    return out;
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
 void write_file(const std::string& path, const std::vector<unsigned char>& bytes) {
-    FILE* f = std::fopen(path.c_str(), "wb");
-    if (!bytes.empty()) std::fwrite(bytes.data(), bytes.size(), 1, f);
-    std::fclose(f);
+    std::ofstream(path, std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
 }
 
 class RoundTrip : public testing::TestWithParam<int32_t> {};
@@ -268,13 +264,6 @@ TEST(Operations, CopyStateLeapfrogAndDelete) {
     const auto all = words(a.s, 10);
     const auto strided = words(b.s, 5);
     for (int i = 0; i < 5; ++i) EXPECT_EQ(strided[i], all[2 * i]);
-    // WH: the whole 32-byte state moves, so the copy continues exactly.
-    Owned w1, w2;
-    ASSERT_EQ(__vstNewStreamEx(&w1.s, ORV_BRNG_WH + 3, 4, kSeed), 0);
-    ASSERT_EQ(__vstNewStreamEx(&w2.s, ORV_BRNG_WH + 3, 1, kSeed + 4), 0);
-    ASSERT_EQ(__vstCopyStreamState(w2.s, w1.s), 0);
-    EXPECT_EQ(words(w2.s, 10), words(w1.s, 10));
-    EXPECT_EQ(__vstLeapfrogStream(w1.s, 0, -1), ORV_RNG_ERROR_LEAPFROG_NSTREAMS);
     void* gone = a.s;
     EXPECT_EQ(__vstDeleteStream(&gone), 0);
     EXPECT_EQ(gone, nullptr);

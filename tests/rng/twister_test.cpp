@@ -32,14 +32,13 @@ struct Twister {
     std::vector<uint32_t> key;
     uint64_t below, above;  // counts on either side of the path threshold
     int32_t (*jump)(void*, uint64_t, bool);
-    bool signed_interval;
 };
 
 const Twister kTwisters[] = {
     {"MT19937", ORV_BRNG_MT19937, "kat_mt19937_key_123_234_345_456.txt", {0x123, 0x234, 0x345, 0x456},
-     0xFFFFF, 0x100000, orv::rng::mt19937_jump, false},
+     0xFFFFF, 0x100000, orv::rng::mt19937_jump},
     {"SFMT19937", ORV_BRNG_SFMT19937, "kat_sfmt19937_key_1234_5678_9abc_def0.txt",
-     {0x1234, 0x5678, 0x9abc, 0xdef0}, 19967, 19968, orv::rng::sfmt19937_jump, true},
+     {0x1234, 0x5678, 0x9abc, 0xdef0}, 19967, 19968, orv::rng::sfmt19937_jump},
 };
 
 struct Stream {
@@ -60,11 +59,6 @@ struct Stream {
             words(k);
             n -= static_cast<uint64_t>(k);
         }
-    }
-    Stream copy() const {
-        void* c = nullptr;
-        EXPECT_EQ(__vstCopyStream(&c, s), 0);
-        return Stream(c);
     }
 };
 
@@ -92,34 +86,6 @@ TEST_P(TwisterTest, KnownAnswersInCallsOfEverySize) {
             got.insert(got.end(), part.begin(), part.end());
         }
         EXPECT_EQ(got, kat) << "calls of " << size;
-    }
-}
-
-// The interval forms map the same words: MT reads them unsigned from a,
-// SFMT signed from the middle of the interval.
-TEST_P(TwisterTest, IntervalFormsMapTheKnownWords) {
-    const Twister& g = GetParam();
-    const std::vector<uint32_t> kat = read_kat(g.kat);
-    const double a = -3, b = 5;
-    for (int32_t size : {1, 3, 625}) {
-        Stream sd(g.id, g.key), sf(g.id, g.key);
-        const BrngRow& row = __RegBrngsNew[(g.id >> 20) - 1];
-        std::vector<double> d(1000);
-        std::vector<float> f(1000);
-        for (int32_t i = 0; i < 1000; i += size) {
-            const int32_t n = std::min(size, 1000 - i);
-            row.doubleFill(sd.s, n, d.data() + i, a, b);
-            row.floatFill(sf.s, n, f.data() + i, static_cast<float>(a), static_cast<float>(b));
-        }
-        for (size_t i = 0; i < kat.size(); ++i) {
-            const double want = g.signed_interval
-                                    ? static_cast<int32_t>(kat[i]) * ((b - a) * 0x1p-32) + (a + b) * 0.5
-                                    : static_cast<double>(kat[i]) * ((b - a) * 0x1p-32) + a;
-            ASSERT_EQ(d[i], want) << i;
-            ASSERT_NEAR(f[i], want, 1e-6 * (b - a)) << i;
-            ASSERT_GE(d[i], a);
-            ASSERT_LT(d[i], b);
-        }
     }
 }
 
@@ -169,15 +135,6 @@ TEST_P(TwisterTest, SeedingEdges) {
     key[680] ^= 1;
     Stream b(g.id, key);
     EXPECT_NE(a.words(10), b.words(10));
-}
-
-TEST_P(TwisterTest, MethodsWithoutSupport) {
-    const Twister& g = GetParam();
-    Stream s(g.id, g.key);
-    const uint64_t n[1] = {5};
-    EXPECT_EQ(__vstLeapfrogStream(s.s, 0, 2), ORV_RNG_ERROR_LEAPFROG_UNSUPPORTED);
-    EXPECT_EQ(__vstSkipAheadStreamEx(s.s, 1, n), ORV_RNG_ERROR_SKIPAHEADEX_UNSUPPORTED);
-    EXPECT_EQ(__RegBrngsNew[(g.id >> 20) - 1].initStream(4, s.s, 0, nullptr), ORV_RNG_ERROR_BAD_METHOD);
 }
 
 // A failed allocation in the jump returns -4 and leaves the stream at the
@@ -264,31 +221,6 @@ TEST(TwisterPolynomials, PolyRemKnownPowers) {
     }
 }
 
-// SFMT19937 keeps the unread words of a block aside: split calls, copies and
-// saved images all continue the one sequence.
-TEST(Sfmt19937, SideWordsContinueThroughSplitCallsCopiesAndImages) {
-    const std::vector<uint32_t> key = {0x1234, 0x5678, 0x9abc, 0xdef0};
-    Stream whole(ORV_BRNG_SFMT19937, key), split(ORV_BRNG_SFMT19937, key);
-    std::vector<uint32_t> parts;
-    for (int32_t n : {1, 1, 2}) {
-        const auto w = split.words(n);
-        parts.insert(parts.end(), w.begin(), w.end());
-    }
-    EXPECT_EQ(parts, whole.words(4));
-    Stream a(ORV_BRNG_SFMT19937, key);
-    const auto first = a.words(1);
-    Stream b = a.copy();
-    std::vector<char> image(__vstGetStreamSize(a.s));
-    ASSERT_EQ(__vstSaveStreamM(a.s, image.data()), 0);
-    void* loaded = nullptr;
-    ASSERT_EQ(__vstLoadStreamM(&loaded, image.data()), 0);
-    Stream c(loaded);
-    const auto rest = a.words(9);
-    EXPECT_EQ(b.words(9), rest);
-    EXPECT_EQ(c.words(9), rest);
-    EXPECT_EQ(first[0], read_kat("kat_sfmt19937_key_1234_5678_9abc_def0.txt")[0]);
-}
-
 // The signed reading: word 0 is the middle of the interval, 0x80000000 its
 // start; MT19937's unsigned reading puts word 0 at the start.
 TEST(Sfmt19937, SignedReadingOfTheInterval) {
@@ -326,12 +258,6 @@ TEST(Mt19937, SkipInsideTheBlockMovesOnlyThePosition) {
     int32_t pos = 0;
     std::memcpy(&pos, static_cast<char*>(s.s) + 16 + 2496, 4);
     EXPECT_EQ(pos, 610);
-}
-
-TEST(Mt2203, StaysWithoutFunctions) {
-    void* s = nullptr;
-    EXPECT_EQ(__vstNewStreamEx(&s, ORV_BRNG_MT2203, 0, nullptr), ORV_RNG_ERROR_INVALID_BRNG);
-    EXPECT_EQ(s, nullptr);
 }
 
 }  // namespace
