@@ -15,10 +15,10 @@ struct Kernels {
     std::string name;    // base name
     std::string family;  // the kernel directory: arith, exp_log
     int arity;
-    void* s;   // plain single kernel (HA name)
-    void* d;   // plain double kernel
-    void* sI;  // strided forms
-    void* dI;
+    void* s = nullptr;   // plain single kernel (HA name)
+    void* d = nullptr;   // plain double kernel
+    void* sI = nullptr;  // strided forms
+    void* dI = nullptr;
 };
 
 inline const std::vector<Kernels>& all_kernels() {
