@@ -60,13 +60,13 @@ void vector_functions() {
     std::printf("\nVector functions\n----------------\n");
     const double x[6] = {0.5, 1.0, 710.0, -1.0, 0.0, 1e-310};
     double e[6], l[6], q[6];
-    _vtmClearErrStatus();
-    _vtmdExp(6, x, e);
-    const int32_t exp_status = _vtmGetErrStatus();
-    _vtmClearErrStatus();
-    _vtmdLn(6, x, l);
-    const int32_t ln_status = _vtmGetErrStatus();
-    _vtmdSqrt(6, x, q);
+    vtmClearErrStatus();
+    vtmdExp(6, x, e);
+    const int32_t exp_status = vtmGetErrStatus();
+    vtmClearErrStatus();
+    vtmdLn(6, x, l);
+    const int32_t ln_status = vtmGetErrStatus();
+    vtmdSqrt(6, x, q);
     std::printf("  x      %12g %12g %12g %12g %12g %12g\n", x[0], x[1], x[2], x[3], x[4], x[5]);
     std::printf("  exp    %12.6g %12.6g %12.6g %12.6g %12.6g %12.6g  status %d\n", e[0], e[1], e[2],
                 e[3], e[4], e[5], exp_status);
@@ -75,10 +75,10 @@ void vector_functions() {
     std::printf("  sqrt   %12.6g %12.6g %12.6g %12.6g %12.6g %12.6g\n", q[0], q[1], q[2], q[3],
                 q[4], q[5]);
     std::printf("  error record of each bad element of Ln, through a callback:\n");
-    _vtmSetErrorCallBack(show_error);
-    _vtmdLn(6, x, l);
-    _vtmClearErrorCallBack();
-    _vtmClearErrStatus();
+    vtmSetErrorCallBack(show_error);
+    vtmdLn(6, x, l);
+    vtmClearErrorCallBack();
+    vtmClearErrStatus();
 
     std::printf("  ns per element, HA tier, one thread:\n  %-8s %10s %10s %10s %10s\n", "n",
                 "sExp", "dExp", "sLn", "dLn");
@@ -86,15 +86,15 @@ void vector_functions() {
         std::vector<float> fa(n), fr(n);
         std::vector<double> da(n), dr(n);
         for (int i = 0; i < n; ++i) da[i] = fa[i] = 0.001f * (i % 5000) + 0.01f;
-        std::printf("  %-8d %10.3f %10.3f %10.3f %10.3f\n", n, ns_per_element(_vtmsExp, fa, fr),
-                    ns_per_element(_vtmdExp, da, dr), ns_per_element(_vtmsLn, fa, fr),
-                    ns_per_element(_vtmdLn, da, dr));
+        std::printf("  %-8d %10.3f %10.3f %10.3f %10.3f\n", n, ns_per_element(vtmsExp, fa, fr),
+                    ns_per_element(vtmdExp, da, dr), ns_per_element(vtmsLn, fa, fr),
+                    ns_per_element(vtmdLn, da, dr));
     }
 }
 
 void random_streams() {
     std::printf("\nRandom streams\n--------------\n");
-    std::printf("Generators registered: %d\n", __vstGetNumRegBrngs());
+    std::printf("Generators registered: %d\n", vstGetNumRegBrngs());
     const struct {
         const char* name;
         int32_t id;
@@ -105,9 +105,9 @@ void random_streams() {
     std::printf("  %-9s %-44s %s\n", "generator", "first uniforms on [0,1)", "ns per double");
     for (const auto& g : gens) {
         void* s = nullptr;
-        if (__vstNewStreamEx(&s, g.id, 1, &seed) != 0) continue;
+        if (vstNewStreamEx(&s, g.id, 1, &seed) != 0) continue;
         BrngRow row;
-        __vstGetBrngProperties(g.id, &row);
+        vstGetBrngProperties(g.id, &row);
         double first[4];
         row.doubleFill(s, 4, first, 0.0, 1.0);
         const auto t0 = clock_type::now();
@@ -115,27 +115,27 @@ void random_streams() {
         const double ns = since(t0) * 1e9 / (8.0 * u.size());
         std::printf("  %-9s %.6f %.6f %.6f %.6f   %.2f\n", g.name, first[0], first[1], first[2],
                     first[3], ns);
-        __vstDeleteStream(&s);
+        vstDeleteStream(&s);
     }
     // Skip-ahead equals drawing and discarding; a saved image continues the stream.
     void *a = nullptr, *b = nullptr, *c = nullptr;
-    __vstNewStreamEx(&a, ORV_BRNG_MRG32K3A, 1, &seed);
-    __vstNewStreamEx(&b, ORV_BRNG_MRG32K3A, 1, &seed);
+    vstNewStreamEx(&a, ORV_BRNG_MRG32K3A, 1, &seed);
+    vstNewStreamEx(&b, ORV_BRNG_MRG32K3A, 1, &seed);
     std::vector<double> skip(1000001);
     __vstdBRngMRG32K3A(a, 1000000, skip.data(), 0.0, 1.0);
-    __vstSkipAheadStream(b, 1000000);
+    vstSkipAheadStream(b, 1000000);
     double xa, xb, xc;
     __vstdBRngMRG32K3A(a, 1, &xa, 0.0, 1.0);
-    std::vector<char> image(__vstGetStreamSize(b));
-    __vstSaveStreamM(b, image.data());
+    std::vector<char> image(vstGetStreamSize(b));
+    vstSaveStreamM(b, image.data());
     __vstdBRngMRG32K3A(b, 1, &xb, 0.0, 1.0);
-    __vstLoadStreamM(&c, image.data());
+    vstLoadStreamM(&c, image.data());
     __vstdBRngMRG32K3A(c, 1, &xc, 0.0, 1.0);
     std::printf("MRG32K3A: draw 10^6 then one: %.12f; skip 10^6 then one: %.12f; "
                 "saved image then one: %.12f\n", xa, xb, xc);
-    __vstDeleteStream(&a);
-    __vstDeleteStream(&b);
-    __vstDeleteStream(&c);
+    vstDeleteStream(&a);
+    vstDeleteStream(&b);
+    vstDeleteStream(&c);
 }
 
 void statistics() {
@@ -144,9 +144,9 @@ void statistics() {
     std::vector<double> x(p * n);
     void* s = nullptr;
     const uint32_t seed = 1;
-    __vstNewStreamEx(&s, ORV_BRNG_MRG32K3A, 1, &seed);
+    vstNewStreamEx(&s, ORV_BRNG_MRG32K3A, 1, &seed);
     __vstdBRngMRG32K3A(s, static_cast<int32_t>(x.size()), x.data(), 0.0, 1.0);
-    __vstDeleteStream(&s);
+    vstDeleteStream(&s);
     for (int64_t i = 0; i < n; ++i) {  // correlate the variables: y = x0 + x1, z = 2 x0
         x[i * p + 1] += x[i * p];
         x[i * p + 2] = 2.0 * x[i * p];
@@ -211,12 +211,12 @@ int main() {
     for (int i = 0; i < present; ++i) std::printf(" %s", kPresent[i]);
     std::printf("\n\n");
 
-    std::printf("Mode word of this thread: 0x%X (tier slot %d)\n", _vtmGetMode(),
+    std::printf("Mode word of this thread: 0x%X (tier slot %d)\n", vtmGetMode(),
                 orv_vtm_kernel_GetTTableIndex());
-    const uint32_t before = _vtmSetMode(VTM_EP);
-    std::printf("After vtmSetMode(EP): 0x%X (was 0x%X), tier slot %d\n", _vtmGetMode(), before,
+    const uint32_t before = vtmSetMode(VTM_EP);
+    std::printf("After vtmSetMode(EP): 0x%X (was 0x%X), tier slot %d\n", vtmGetMode(), before,
                 orv_vtm_kernel_GetTTableIndex());
-    _vtmSetMode(VTM_HA);
+    vtmSetMode(VTM_HA);
 
     const double a[5] = {1, 2, 3, 4, 5}, b[5] = {0.5, -1, 1e300, 0.25, -5};
     double r[5];
@@ -230,13 +230,13 @@ int main() {
 
     std::printf("\nChecked calls:\n");
     vtmdAdd(-3, a, b, r);
-    std::printf("  vtmdAdd with n = -3 -> status %d\n", _vtmGetErrStatus());
+    std::printf("  vtmdAdd with n = -3 -> status %d\n", vtmGetErrStatus());
     vtmdAdd(5, a, nullptr, r);
-    std::printf("  vtmdAdd with a null array -> status %d\n", _vtmGetErrStatus());
-    _vtmClearErrStatus();
-    _vtmSetErrorCallBack(show_error);
-    std::printf("  error callback installed; mode now 0x%X\n", _vtmGetMode());
-    _vtmClearErrorCallBack();
+    std::printf("  vtmdAdd with a null array -> status %d\n", vtmGetErrStatus());
+    vtmClearErrStatus();
+    vtmSetErrorCallBack(show_error);
+    std::printf("  error callback installed; mode now 0x%X\n", vtmGetMode());
+    vtmClearErrorCallBack();
 
     std::printf("\nTimings (one thread, ns per element):\n");
     std::printf("  %-10s %10s %10s %10s\n", "n", "dAdd", "dSub", "dMul");

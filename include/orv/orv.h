@@ -29,12 +29,25 @@ extern "C" {
  * last argument (vtmdExpMode(n, a, r, VTM_LA)), merged in before the call
  * and the thread's earlier word merged back after it. A negative n records
  * VtmStatusBadArgument and a null array VtmStatusBadPointer in the thread's
- * status (read with _vtmGetErrStatus), and nothing is written. The kernel
+ * status (read with vtmGetErrStatus), and nothing is written. The kernel
  * is taken from the slot of the thread's accuracy tier. Plain elementwise
  * calls of at least orv_get_parallel_threshold() elements are split into
  * chunks, one per thread; errors then report the index in the whole array,
  * and the thread's status is that of the last bad element. */
 #include <orv/vtm_checked.h>
+
+/* The thread's mode word, status and error callback (the kernel library's
+ * _vtm... entries under the names callers use). vtmSetMode merges the fields
+ * it is given into the word and returns the earlier word; the status and
+ * callback setters return the earlier value. */
+ORV_API uint32_t vtmGetMode(void);
+ORV_API uint32_t vtmSetMode(uint32_t mode);
+ORV_API int32_t vtmGetErrStatus(void);
+ORV_API int32_t vtmSetErrStatus(int32_t status);
+ORV_API int32_t vtmClearErrStatus(void);
+ORV_API VtmErrorCallBack vtmGetErrorCallBack(void);
+ORV_API VtmErrorCallBack vtmSetErrorCallBack(VtmErrorCallBack callback);
+ORV_API VtmErrorCallBack vtmClearErrorCallBack(void);
 
 /* Elements from which a vector call is split over threads (default 65536). */
 ORV_API void orv_set_parallel_threshold(int n);

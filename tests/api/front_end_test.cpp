@@ -153,4 +153,33 @@ TEST(Threading, EveryTableRunsEveryItemOnce) {
     orv_set_num_threads(0);
 }
 
+
+// The public mode, status and callback names reach the thread's own record:
+// what one name sets, the kernel library's entry reads back, and the reverse.
+int32_t ignore_errors(VtmErrorContext*) { return 0; }
+
+TEST(FrontEnd, PublicModeStatusAndCallbackNamesShareTheThreadRecord) {
+    std::thread([] {
+        const uint32_t first = vtmGetMode();
+        EXPECT_EQ(first, _vtmGetMode());
+        EXPECT_EQ(vtmSetMode(VTM_EP), first);
+        EXPECT_EQ(_vtmGetMode() & VTM_ACCURACY_MASK, VTM_EP);
+        _vtmSetMode(VTM_LA);
+        EXPECT_EQ(vtmGetMode() & VTM_ACCURACY_MASK, VTM_LA);
+        EXPECT_EQ(vtmSetErrStatus(VtmStatusPole), VtmStatusOk);
+        EXPECT_EQ(_vtmGetErrStatus(), VtmStatusPole);
+        _vtmSetErrStatus(VtmStatusOverflow);
+        EXPECT_EQ(vtmGetErrStatus(), VtmStatusOverflow);
+        EXPECT_EQ(vtmClearErrStatus(), VtmStatusOverflow);
+        EXPECT_EQ(_vtmGetErrStatus(), VtmStatusOk);
+        EXPECT_EQ(vtmSetErrorCallBack(ignore_errors), nullptr);
+        EXPECT_EQ(_vtmGetErrorCallBack(), &ignore_errors);
+        EXPECT_EQ(vtmGetErrorCallBack(), &ignore_errors);
+        EXPECT_NE(vtmGetMode() & VTM_ERRMODE_CALLBACK, 0u);
+        EXPECT_EQ(vtmClearErrorCallBack(), &ignore_errors);
+        EXPECT_EQ(_vtmGetErrorCallBack(), nullptr);
+        EXPECT_EQ(vtmGetMode() & VTM_ERRMODE_CALLBACK, 0u);
+    }).join();
+}
+
 }  // namespace
