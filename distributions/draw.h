@@ -1,0 +1,100 @@
+// What every distribution shares: the one call that draws uniforms from a
+// stream, the block size of scratch arrays, the kernel bracket and the
+// in-place kernel call.
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <type_traits>
+
+#include <orv/dist.h>
+#include <orv/rng.h>
+#include <orv/vtm.h>
+
+namespace orv::dist {
+
+inline constexpr int32_t kAccurate = ORV_RNG_METHOD_ACCURATE;
+// Outputs per round of the block loops: scratch stays on the stack and in L1/L2.
+inline constexpr int32_t kBlock = 1024;
+
+// The stream's fill for T, through its registry row, unchecked (the stream
+// record names a valid generator). Every distribution draws through here.
+template <typename T>
+int32_t draw_uniform(void* s, int32_t n, T* r, T a, T b) {
+    uint32_t row = 0, sub = 0;
+    const BrngRow* table = __vstGetBrngBaseOffset(__vstGetStreamStateBrng(s), &row, &sub);
+    if constexpr (std::is_same_v<T, float>)
+        return table[row].floatFill(s, n, r, a, b);
+    else
+        return table[row].doubleFill(s, n, r, a, b);
+}
+
+// Runs a vector kernel under the distribution's error handler: the mode asks
+// for the callback only, and each kernel call runs with denormals kept.
+// The destructor restores the handler and the mode, also on a failed draw.
+class KernelBracket {
+public:
+    explicit KernelBracket(VtmErrorCallBack handler)
+        : mode_(orv_vtm_kernel_SetMode(VTM_ERRMODE_CALLBACK)),
+          handler_(orv_vtm_kernel_SetErrorCallBack(handler)) {}
+    ~KernelBracket() {
+        orv_vtm_kernel_SetErrorCallBack(handler_);
+        orv_vtm_kernel_SetMode(mode_);
+    }
+    KernelBracket(const KernelBracket&) = delete;
+    KernelBracket& operator=(const KernelBracket&) = delete;
+
+private:
+    uint32_t mode_;
+    VtmErrorCallBack handler_;
+};
+
+// A unary kernel, in place, through the third slot of its table.
+template <typename T>
+using KernelTable = void (*const*)(int, const T*, T*);
+
+template <typename T>
+void apply_kernel(KernelTable<T> table, int32_t n, T* r) {
+    const uint32_t saved = orv_vtm_kernel_SetMode(VTM_FTZDAZ_OFF);
+    table[2](n, r, r);
+    orv_vtm_kernel_SetMode(saved);
+}
+
+// The kernels the transforms use, by element type.
+template <typename T>
+struct Kernels;
+template <>
+struct Kernels<double> {
+    static KernelTable<double> ln() { return orv_vtm_kernel_dLn_ttab; }
+    static KernelTable<double> sqrt() { return orv_vtm_kernel_dSqrt_ttab; }
+    static KernelTable<double> exp() { return orv_vtm_kernel_dExp_ttab; }
+};
+template <>
+struct Kernels<float> {
+    static KernelTable<float> ln() { return orv_vtm_kernel_sLn_ttab; }
+    static KernelTable<float> sqrt() { return orv_vtm_kernel_sSqrt_ttab; }
+    static KernelTable<float> exp() { return orv_vtm_kernel_sExp_ttab; }
+};
+
+// The finite stand-in for ln(0): ln of the smallest subnormal, in each type.
+template <typename T>
+double log_zero_stand_in();
+template <>
+inline double log_zero_stand_in<double>() { return -744.44007192138122; }
+template <>
+inline double log_zero_stand_in<float>() { return -103.2789306640625; }  // bits 0xC059D1DA00000000
+
+// Handlers of the bracket: the record's results become the stand-in, for
+// every reported element or only for poles; returning 0 writes them back.
+template <typename T>
+int32_t replace_every_error(VtmErrorContext* c) {
+    c->res1 = c->res2 = log_zero_stand_in<T>();
+    return 0;
+}
+template <typename T>
+int32_t replace_pole(VtmErrorContext* c) {
+    if (c->code == VtmStatusPole) c->res1 = c->res2 = log_zero_stand_in<T>();
+    return 0;
+}
+
+}  // namespace orv::dist

@@ -1,0 +1,97 @@
+// Continuous distributions that are one formula on uniforms, by inversion of
+// their distribution functions: each draws into r and transforms in place
+// with the vector kernels, so one uniform gives one output (Laplace: two).
+#include "distributions/draw.h"
+#include "frame/export.h"
+
+namespace orv::dist {
+namespace {
+
+// The shape every one-pass transform shares: bracket with its handler, n
+// uniforms on [0, 1) into r, the kernel steps in place, then the scaling.
+template <typename T, typename Kernel, typename Scale>
+int32_t one_pass(VtmErrorCallBack handler, void* s, int32_t n, T* r, Kernel kernels, Scale scale) {
+    if (n < 1) return 0;
+    KernelBracket bracket(handler);
+    const int32_t status = draw_uniform<T>(s, n, r, T(0), T(1));
+    if (status < 0) return status;
+    kernels(n, r);
+    for (int32_t i = 0; i < n; ++i) r[i] = scale(r[i]);
+    return status;
+}
+
+template <typename T>
+T at_least(bool clamp, T bound, T v) {
+    return clamp && v < bound ? bound : v;
+}
+
+template <typename T>
+int32_t exponential(int32_t method, void* s, int32_t n, T* r, T a, T beta) {
+    const bool clamp = (method & kAccurate) != 0;
+    return one_pass<T>(
+        replace_every_error<T>, s, n, r, [](int32_t m, T* x) { apply_kernel(Kernels<T>::ln(), m, x); },
+        [=](T lnu) { return at_least(clamp, a, a - lnu * beta); });
+}
+
+template <typename T>
+int32_t rayleigh(int32_t method, void* s, int32_t n, T* r, T a, T beta) {
+    const bool clamp = (method & kAccurate) != 0;
+    return one_pass<T>(
+        replace_pole<T>, s, n, r,
+        [](int32_t m, T* x) {
+            apply_kernel(Kernels<T>::ln(), m, x);
+            for (int32_t i = 0; i < m; ++i) x[i] = -x[i];
+            apply_kernel(Kernels<T>::sqrt(), m, x);
+        },
+        [=](T root) { return at_least(clamp, a, root * beta + a); });
+}
+
+// ln of a standard exponential variate: the exponential's own bracket nests
+// inside this one.
+template <typename T>
+int32_t gumbel(int32_t, void* s, int32_t n, T* r, T a, T beta) {
+    if (n < 1) return 0;
+    KernelBracket bracket(replace_every_error<T>);
+    const int32_t status = exponential<T>(0, s, n, r, T(0), T(1));
+    if (status < 0) return status;
+    apply_kernel(Kernels<T>::ln(), n, r);
+    for (int32_t i = 0; i < n; ++i) r[i] = r[i] * beta + a;
+    return status;
+}
+
+// Rounds of kBlock outputs from 2 kBlock uniforms: the even ones give the
+// magnitude, the odd ones the side of a.
+template <typename T>
+int32_t laplace(int32_t, void* s, int32_t n, T* r, T a, T beta) {
+    if (n < 1) return 0;
+    KernelBracket bracket(replace_every_error<T>);
+    T u[2 * kBlock];
+    int32_t status = 0;
+    for (int32_t done = 0; done < n; done += kBlock) {
+        const int32_t m = std::min(n - done, kBlock);
+        status = draw_uniform<T>(s, 2 * m, u, T(0), T(1));
+        if (status < 0) return status;
+        T* out = r + done;
+        for (int32_t i = 0; i < m; ++i) out[i] = u[2 * i];
+        apply_kernel(Kernels<T>::ln(), m, out);
+        for (int32_t i = 0; i < m; ++i) out[i] = out[i] * (u[2 * i + 1] > T(0.5) ? beta : -beta) + a;
+    }
+    return status;
+}
+
+}  // namespace
+}  // namespace orv::dist
+
+#define ORV_DIST_EXPORT_TRANSFORM(Name, impl)                                                        \
+    ORV_EXPORT int32_t _vsts##Name(int32_t method, void* s, int32_t n, float* r, float a, float b) { \
+        return orv::dist::impl<float>(method, s, n, r, a, b);                                        \
+    }                                                                                                \
+    ORV_EXPORT int32_t _vstd##Name(int32_t method, void* s, int32_t n, double* r, double a,         \
+                                   double b) {                                                       \
+        return orv::dist::impl<double>(method, s, n, r, a, b);                                       \
+    }
+
+ORV_DIST_EXPORT_TRANSFORM(RngExponential, exponential)
+ORV_DIST_EXPORT_TRANSFORM(RngRayleigh, rayleigh)
+ORV_DIST_EXPORT_TRANSFORM(RngGumbel, gumbel)
+ORV_DIST_EXPORT_TRANSFORM(RngLaplace, laplace)
