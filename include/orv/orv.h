@@ -8,6 +8,7 @@
 #include <orv/datafit.h>
 #include <orv/datafit_eval.h>
 #include <orv/dist.h>
+#include <orv/orv_dist.h>
 #include <orv/orv_core.h>
 #include <orv/orv_datafit.h>
 #include <orv/orv_rng.h>
