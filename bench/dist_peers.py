@@ -1,0 +1,94 @@
+#!/usr/bin/env python3
+"""Runs bench_dist (ours on four streams, the C++ standard library's
+distributions over std::mt19937_64) and times numpy's Generator (PCG64) in the
+same job, then prints the figures and the ratios as Markdown tables.
+
+All figures are CPU time (the machine may be shared), best of the
+repetitions, with the spread (slowest / best) beside them. numpy is timed
+before and after the C++ program, 10^7 draws per call like the C++ side.
+
+Usage: dist_peers.py BUILD/bench/bench_dist [REPETITIONS]
+"""
+import json
+import os
+import subprocess
+import sys
+import time
+
+try:
+    import numpy as np
+except ImportError:  # Debian's numpy belongs to the system interpreter
+    if os.path.exists("/usr/bin/python3") and sys.executable != "/usr/bin/python3":
+        os.execv("/usr/bin/python3", ["/usr/bin/python3"] + sys.argv)
+    raise
+
+N = 10**7
+DISTS = ("uniform", "integers", "exponential", "laplace", "gumbel", "rayleigh")
+STREAMS = ("mcg59", "mrg32k3a", "mt19937", "sfmt19937")
+
+
+def cpu_times(fn, reps):
+    out = []
+    for _ in range(reps):
+        t = time.process_time()
+        fn()
+        out.append(time.process_time() - t)
+    return out
+
+
+def numpy_times(reps):
+    g = np.random.Generator(np.random.PCG64(12345))
+    calls = {
+        "uniform": lambda: g.random(N),
+        "integers": lambda: g.integers(0, 1000, N, dtype=np.int32),
+        "exponential": lambda: g.exponential(1.0, N),
+        "laplace": lambda: g.laplace(0.0, 1.0, N),
+        "gumbel": lambda: g.gumbel(0.0, 1.0, N),
+        "rayleigh": lambda: g.rayleigh(1.0, N),
+    }
+    return {f"numpy_{k}": cpu_times(f, reps) for k, f in calls.items()}
+
+
+def main():
+    binary = sys.argv[1]
+    reps = int(sys.argv[2]) if len(sys.argv) > 2 else 5
+    times = numpy_times(reps)
+    res = subprocess.run([binary, "--benchmark_format=json", f"--benchmark_repetitions={reps}"],
+                         check=True, capture_output=True, text=True)
+    for b in json.loads(res.stdout)["benchmarks"]:
+        if b.get("run_type") != "iteration":
+            continue
+        unit = {"ms": 1e-3, "us": 1e-6, "ns": 1e-9}[b["time_unit"]]
+        name = b["run_name"].removeprefix("BM_").replace("/", "_")
+        times.setdefault(name, []).append(b["cpu_time"] * unit)
+    for k, v in numpy_times(reps).items():
+        times[k] += v
+
+    best = {k: min(v) for k, v in times.items()}
+    spread = {k: max(v) / min(v) for k, v in times.items()}
+
+    print("| draws of 10^7 | numpy PCG64 | std::mt19937_64 | " + " | ".join(f"orv {s}" for s in STREAMS) + " |")
+    print("|---|" + "---|" * (2 + len(STREAMS)))
+
+    def cell(key):
+        return f"{best[key] * 1e3:.1f} ms ({spread[key]:.2f})" if key in best else "-"
+
+    for d in DISTS:
+        print(f"| {d} | {cell('numpy_' + d)} | {cell('std_' + d)} | "
+              + " | ".join(cell(f"orv_{d}_{s}") for s in STREAMS) + " |")
+
+    print()
+    print("| ratio (peer time / ours) | " + " | ".join(STREAMS) + " | goal |")
+    print("|---|" + "---|" * (len(STREAMS) + 1))
+    goals = {"uniform": ">= 2 on mcg59 and sfmt19937", "exponential": ">= 3"}
+    for peer in ("numpy", "std"):
+        for d in DISTS:
+            if f"{peer}_{d}" not in best:
+                continue
+            ratios = [f"{best[f'{peer}_{d}'] / best[f'orv_{d}_{s}']:.2f}" for s in STREAMS]
+            goal = goals.get(d, "") if peer == "numpy" else ""
+            print(f"| {d} / {peer} | " + " | ".join(ratios) + f" | {goal} |")
+
+
+if __name__ == "__main__":
+    main()
