@@ -104,6 +104,10 @@ TEST_P(RoundTrip, FileAndMemoryContinueTheSequenceWithChunksReversed) {
         EXPECT_EQ(words(s, 300), want);
     }
     EXPECT_EQ(chunk_texts(src.s), (std::vector<std::string>{"second", "first"}));
+    Owned dst;  // copying the state brings the chunks along
+    ASSERT_EQ(__vstNewStreamEx(&dst.s, GetParam(), 1, kSeed), 0);
+    ASSERT_EQ(__vstCopyStreamState(dst.s, src.s), 0);
+    EXPECT_EQ(chunk_texts(dst.s), (std::vector<std::string>{"first", "second"}));
 }
 
 // Every generator's continuation is checked in generic_test.cpp; here the
@@ -143,23 +147,16 @@ TEST(OldVersions, BothLayoutsLoadAndChunksNeedTheVersionFirst) {
         for (bool swapped : {false, true}) {
             for (bool chunk : {false, true}) {
                 const auto img = old_image(version, swapped, src.s, chunk);
-                Owned m, f;
+                Owned m;
                 const int32_t want = swapped && chunk ? ORV_RNG_ERROR_FILE_READ : 0;
                 EXPECT_EQ(__vstLoadStreamM(&m.s, img.data()), want) << version << swapped << chunk;
-                const std::string path = temp_path("old");
-                write_file(path, std::vector<unsigned char>(img.begin(), img.end()));
-                EXPECT_EQ(__vstLoadStreamF(&f.s, path.c_str(), -1), want);
-                std::remove(path.c_str());
                 if (want != 0) {
                     EXPECT_EQ(m.s, nullptr);
-                    EXPECT_EQ(f.s, nullptr);
                     continue;
                 }
                 Owned ref;
                 __vstCopyStream(&ref.s, src.s);
-                const auto w = words(ref.s, 20);
-                EXPECT_EQ(words(m.s, 20), w);
-                EXPECT_EQ(words(f.s, 20), w);
+                EXPECT_EQ(words(m.s, 20), words(ref.s, 20));
                 EXPECT_EQ(__vstGetNumChunks(m.s), chunk ? 1 : 0);
                 if (chunk) {
                     EXPECT_STREQ(static_cast<char*>(__vstSearchChunk(m.s, 5)), "abc");
@@ -172,7 +169,7 @@ TEST(OldVersions, BothLayoutsLoadAndChunksNeedTheVersionFirst) {
 // Each header failure of the file loader, and the memory loader's -1200.
 struct Damage {
     const char* what;
-    int offset;  // byte to change, or -1 to truncate
+    int offset;  // first byte to change
     std::vector<unsigned char> bytes;
     int32_t file_status, memory_status;
 };
@@ -187,11 +184,7 @@ TEST_P(Damaged, GivesItsStatusAndNoStream) {
     std::vector<char> img(__vstGetStreamSize(src.s));
     __vstSaveStreamM(src.s, img.data());
     std::vector<unsigned char> bytes(img.begin(), img.end());
-    if (d.offset >= 0) {
-        std::copy(d.bytes.begin(), d.bytes.end(), bytes.begin() + d.offset);
-    } else {
-        bytes.resize(d.bytes[0]);
-    }
+    std::copy(d.bytes.begin(), d.bytes.end(), bytes.begin() + d.offset);
     const std::string path = temp_path("damaged");
     write_file(path, bytes);
     void* out = reinterpret_cast<void*>(0x1);
@@ -216,8 +209,6 @@ INSTANTIATE_TEST_SUITE_P(
                     Damage{"header size", 8, {23}, -1110, -1200},
                     Damage{"version 7 with an old header", 0, {7, 0, 0, 0, 'R', 'N', 'G', 0, 0, 0, 16, 0, 1},
                            -1111, -1200},
-                    Damage{"empty", -1, {0}, -1103, 0}, Damage{"header only", -1, {24}, -1103, 0},
-                    Damage{"cut in the chunk", -1, {60}, -1103, 0},
                     Damage{"negative chunk size", 60, {0xF0, 0xFF, 0xFF, 0xFF}, -1103, -1103},
                     Damage{"huge chunk size", 60, {0xFF, 0xFF, 0xFF, 0x7F}, -1103, 0}));
 
@@ -243,31 +234,6 @@ TEST(Files, NameAndOpenFailures) {
         std::fclose(full);
         EXPECT_EQ(__vstSaveStreamF(s.s, "/dev/full", -1), ORV_RNG_ERROR_FILE_WRITE);
     }
-    // A directory opens for reading on Linux but can't be read.
-    out = reinterpret_cast<void*>(0x1);
-    const int32_t st = __vstLoadStreamF(&out, "/", -1);
-    EXPECT_TRUE(st == ORV_RNG_ERROR_FILE_OPEN || st == ORV_RNG_ERROR_FILE_READ) << st;
-    EXPECT_EQ(out, nullptr);
-}
-
-TEST(Operations, CopyStateLeapfrogAndDelete) {
-    Owned a, b;
-    ASSERT_EQ(__vstNewStreamEx(&a.s, ORV_BRNG_MCG31M1, 1, kSeed), 0);
-    ASSERT_EQ(__vstNewStreamEx(&b.s, ORV_BRNG_MCG31M1, 1, kSeed + 1), 0);
-    __vstAddChunk(a.s, 1, nullptr, block("kept"), 5);
-    EXPECT_EQ(__vstCopyStreamState(a.s, a.s), 0);
-    EXPECT_EQ(__vstGetNumChunks(a.s), 1);
-    // The seed moves, the leapfrog stride of the destination stays.
-    ASSERT_EQ(__vstLeapfrogStream(b.s, 0, 2), 0);
-    ASSERT_EQ(__vstCopyStreamState(b.s, a.s), 0);
-    EXPECT_EQ(chunk_texts(b.s), std::vector<std::string>{"kept"});
-    const auto all = words(a.s, 10);
-    const auto strided = words(b.s, 5);
-    for (int i = 0; i < 5; ++i) EXPECT_EQ(strided[i], all[2 * i]);
-    void* gone = a.s;
-    EXPECT_EQ(__vstDeleteStream(&gone), 0);
-    EXPECT_EQ(gone, nullptr);
-    a.s = nullptr;
 }
 
 // ----------------------------------------------------------------------------
@@ -337,9 +303,6 @@ TEST(Chunks, SharedBlocksAreCountedAndReleasedWithTheLastUser) {
     __vstDeleteStream(&b.s);
     EXPECT_EQ(__vstFindGlobRODataTableEntry(&e, &id), ORV_RNG_ERROR_NO_TABLE_ENTRY);
     EXPECT_EQ(orv::rng::glob_table_count(), before);
-    const OrvChunkId zero{};
-    EXPECT_EQ(__vstFindGlobRODataTableEntry(&e, &zero), ORV_RNG_ERROR_NO_TABLE_ENTRY);
-    EXPECT_EQ(__vstFindGlobRODataTableEntry(&e, nullptr), ORV_RNG_ERROR_NO_TABLE_ENTRY);
     EXPECT_EQ(__vstUnregisterGlobRODataReference(&id), ORV_RNG_ERROR_NO_TABLE_ENTRY);
     EXPECT_EQ(__vstRegisterGlobRODataReference(ref, &id), ORV_RNG_ERROR_NO_TABLE_ENTRY);
 }
