@@ -94,9 +94,11 @@ ORV_EXPORT int32_t _vstiRngUniform(int32_t method, void* s, int32_t n, int32_t* 
         status = _vstdRngUniform(0, s, m, v, a, b);
         if (status < 0) return status;
         for (int32_t i = 0; i < m; ++i) {
-            double x = v[i];
+            // Saturated first: an abstract stream's values need not lie in [a, b].
+            double x = std::min(std::max(v[i], -2147483648.0), 2147483647.0);
+            if (x != x) x = a;
             if (x < static_cast<double>(static_cast<int32_t>(x))) x -= 1.0;
-            r[done + i] = static_cast<int32_t>(x);
+            r[done + i] = static_cast<int32_t>(std::max(x, -2147483648.0));
         }
     }
     return status;
