@@ -14,6 +14,7 @@
 #include <orv/rng.h>
 #include <orv/rng_twister.h>
 #include <orv/ss_calls.h>
+#include <orv/orv_stats.h>
 #include <orv/stats.h>
 #include <orv/threading.h>
 #include <orv/vtm.h>
