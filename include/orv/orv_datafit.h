@@ -50,6 +50,54 @@ ORV_API int orv_df_dintegrate(DFTask* task, int64_t nlim, const double* llim, in
 ORV_API int orv_df_sintegrate(DFTask* task, int64_t nlim, const float* llim, int64_t llimhint,
                               const float* rlim, int64_t rlimhint, float* r, int64_t rhint);
 
+/* Building a spline: checked creation, editing and construction. */
+#define ORV_DF_BAD_BREAKPOINTS (-2007) /* breakpoints not finite or not strictly increasing */
+#define ORV_DF_SHORT_COEFFS (-2008)    /* coefficient array shorter than order and kind need */
+
+/* Cubic kinds (stype with sorder DF_PP_CUBIC) and the constructor each selects. */
+#define ORV_DF_CUBIC_NATURAL 0 /* tridiagonal system for the first derivatives */
+#define ORV_DF_CUBIC_AKIMA 2   /* Akima's local slopes */
+#define ORV_DF_CUBIC_HERMITE 3 /* first derivatives given in ic */
+#define ORV_DF_CUBIC_BESSEL 4  /* three-point parabola slopes */
+#define ORV_DF_CUBIC_HYMAN 5   /* monotonicity-preserving (Hyman's filter) */
+#define ORV_DF_CUBIC_DEFAULT 9 /* second derivatives given in ic */
+
+/* A task over nx breakpoints x (xhint DF_X_*; with DF_X_UNIFORM x holds the
+ * two ends) and ny functions y (yhint DF_Y_ROWS or DF_Y_COLUMNS), with 64-bit
+ * integers. The breakpoints must be finite and strictly increasing; they are
+ * checked here and again at each construction, since they stay the caller's
+ * array (it must outlive the task: nothing is copied). Refusals: DF_NULL_TASK
+ * for a null handle, DF_BAD_NX for nx below 2, DF_NULL_X, DF_BAD_XHINT,
+ * ORV_DF_BAD_BREAKPOINTS, and the kernel's statuses for ny, y and yhint.
+ * *task is left alone on a refusal. */
+ORV_API int orv_df_dnew_task(DFTask** task, int64_t nx, const double* x, int64_t xhint,
+                             int64_t ny, const double* y, int64_t yhint);
+ORV_API int orv_df_snew_task(DFTask** task, int64_t nx, const float* x, int64_t xhint,
+                             int64_t ny, const float* y, int64_t yhint);
+ORV_API int orv_df_delete_task(DFTask** task);
+
+/* Order (DF_PP_LINEAR, DF_PP_QUADRATIC, DF_PP_CUBIC) and kind of the spline,
+ * boundary and internal conditions, and the coefficient array scoeff of
+ * ncoeff elements, one block of (nx-1)*sorder per function, function after
+ * function (nx*sorder for the quadratic on secondary knots). Refusals:
+ * DF_NULL_TASK, DF_BAD_PRECISION, DF_BAD_SORDER for an order without a
+ * constructor, DF_BAD_STYPE for a kind the order has not, DF_NULL_SCOEFF,
+ * ORV_DF_SHORT_COEFFS (these store nothing), and the kernel editor's
+ * statuses for the conditions. */
+ORV_API int orv_df_dedit_spline(DFTask* task, int64_t sorder, int64_t stype, int64_t bc_type,
+                                const double* bc, int64_t ic_type, const double* ic,
+                                double* scoeff, int64_t ncoeff);
+ORV_API int orv_df_sedit_spline(DFTask* task, int64_t sorder, int64_t stype, int64_t bc_type,
+                                const float* bc, int64_t ic_type, const float* ic,
+                                float* scoeff, int64_t ncoeff);
+
+/* Build the coefficients with the constructor of the task's order and kind.
+ * Refusals: DF_NULL_TASK, DF_BAD_PRECISION, ORV_DF_BAD_BREAKPOINTS,
+ * DF_BAD_SORDER / DF_BAD_STYPE, and the constructor's statuses. Only the
+ * coefficient array is written. */
+ORV_API int orv_df_dconstruct(DFTask* task);
+ORV_API int orv_df_sconstruct(DFTask* task);
+
 #ifdef __cplusplus
 }
 #endif
