@@ -20,18 +20,18 @@
 extern "C" {
 #endif
 
-/* The task was made for the other precision (a double call on a task made
+/** The task was made for the other precision (a double call on a task made
  * by vstsSSNewTask or the reverse), or with 32-bit integers by the kernel
  * creator where a 64-bit value is given. */
 #define SS_ERR_TASK_PRECISION  (-4101)
-/* The estimate word holds a bit that no present entry computes. */
+/** The estimate word holds a bit that no present entry computes. */
 #define SS_ERR_ESTIMATE        (-4102)
 
-/* Estimates routed to the sort entry by vst[ds]SSCompute (the sort entry
+/** Estimates routed to the sort entry by vst[ds]SSCompute (the sort entry
  * itself has no estimate bit). */
 #define SS_EST_SORTED          0x8000000000000000ULL
 
-/* Create a task over the p by n observations x laid out as *storage says
+/** Create a task over the p by n observations x laid out as *storage says
  * (SS_STORAGE_BY_VARIABLE or SS_STORAGE_BY_OBSERVATION). weights (n reals)
  * and indices (p integers, non-zero where the variable takes part) may be
  * null. Refusals: SS_ERR_NULL_TASK for a null handle, SS_ERR_DIMENSION for a
@@ -47,11 +47,11 @@ ORV_API int32_t vstsSSNewTask(SsTask** task, const int64_t* p, const int64_t* n,
                               const int64_t* storage, const float* x, const float* weights,
                               const int64_t* indices);
 
-/* Free the record and the state it owns, and set *task to null. The
+/** Free the record and the state it owns, and set *task to null. The
  * caller's arrays are not touched. SS_ERR_NULL_TASK for a null handle. */
 ORV_API int32_t vstSSDeleteTask(SsTask** task);
 
-/* Point one field at the caller's value (parameter numbers SS_ED_<field>).
+/** Point one field at the caller's value (parameter numbers SS_ED_<field>).
  * vstiSSEditTask takes the integer fields; a value for p, n or a layout word
  * is checked as at creation (and p times n against overflow) before it is
  * stored. vstdSSEditTask / vstsSSEditTask take the real fields of a task of
@@ -63,7 +63,7 @@ ORV_API int32_t vstiSSEditTask(SsTask* task, int32_t parameter, const int64_t* v
 ORV_API int32_t vstdSSEditTask(SsTask* task, int32_t parameter, const double* value);
 ORV_API int32_t vstsSSEditTask(SsTask* task, int32_t parameter, const float* value);
 
-/* Grouped edits: a null value keeps the field. Storage forms are integers.
+/** Grouped edits: a null value keeps the field. Storage forms are integers.
  * Refusals: SS_ERR_NULL_TASK, SS_ERR_TASK_PRECISION. */
 ORV_API int32_t vstdSSEditMoments(SsTask* task, const double* mean, const double* raw2,
                                   const double* raw3, const double* raw4, const double* central2,
@@ -84,7 +84,7 @@ ORV_API int32_t vstsSSEditQuantiles(SsTask* task, const int64_t* quantile_count,
                                     const float* quantile_orders, const float* quantiles,
                                     const float* order_stats, const int64_t* order_stats_storage);
 
-/* Compute the estimates asked by the bits of `estimates` (SS_EST_...), each
+/** Compute the estimates asked by the bits of `estimates` (SS_EST_...), each
  * by the entry that computes it, with the front end's OpenMP threading
  * table:
  *   basic moments, sums, covariance, correlation, cross-product -> basic
