@@ -6,6 +6,8 @@
 #include "datafit/df_task.h"
 
 #include <climits>
+#include <cmath>
+#include <limits>
 
 namespace orv::df {
 namespace {
@@ -81,6 +83,71 @@ int solve_columns(const DFTask* t, int64_t ny, int64_t m, int64_t at, const T* d
 // the factorisation cannot fail (strictly increasing breakpoints and a
 // diagonally dominant matrix: every kind but not-a-knot), so that a refused
 // system leaves every block as it was.
+// One function on an increasing non-uniform partition with a diagonally
+// dominant system (boundary kinds 1 to 5): the system is built, eliminated
+// and solved in one forward and one backward pass, with no scratch. The
+// forward pass runs the Thomas elimination through continuants (p[i] the
+// leading principal minors, q[i] = p[i] times the eliminated right-hand
+// side), so that its chain has no division, and leaves in the four slots of
+// cell i the eliminated right-hand side, the multiplier of d[i+1], the slope
+// and 1/h; the backward pass turns them into d and the cell's coefficients.
+template <typename T, bool Cols, int BI>
+void natural_fused(const DFTask* t, const T* x, int64_t n, T* c) {
+    constexpr int kExp = std::numeric_limits<T>::max_exponent / 2;
+    const T big = std::ldexp(T(1), kExp), tiny = std::ldexp(T(1), -kExp);
+    const auto y = values_of<T, Cols>(t, 0);
+    const T* bc = static_cast<const T*>(t->bc);
+    // Row 0.
+    T h0 = x[1] - x[0], rh0 = T(1) / h0, s0 = (y[1] - y[0]) * rh0;
+    T b0 = T(2), c0 = T(1), r0 = T(3) * s0;
+    if constexpr (BI == 2 || BI == 3) b0 = T(1), c0 = T(0), r0 = bc[0];
+    if constexpr (BI == 4 || BI == 5) r0 = T(3) * s0 - T(0.5) * h0 * bc[0];
+    T pm = T(1), pc = b0, q = r0;
+    T inv = T(1) / pc;
+    c[0] = q * inv, c[1] = c0 * inv, c[2] = s0, c[3] = rh0;
+    T cprev = c0, hprev = h0, sprev = s0;
+    // Interior rows i = 1 .. n-2: sub-diagonal h[i], diagonal 2 (x[i+1] - x[i-1]),
+    // super-diagonal h[i-1]; right-hand side 3 (h[i] s[i-1] + h[i-1] s[i]).
+    for (int64_t i = 1; i + 1 < n; ++i) {
+        const T h = x[i + 1] - x[i], rh = T(1) / h, sl = (y[i + 1] - y[i]) * rh;
+        const T a = h, b = T(2) * (x[i + 1] - x[i - 1]), r = T(3) * (h * sprev + hprev * sl);
+        const T pn = b * pc - (a * cprev) * pm;
+        q = r * pc - a * q;
+        pm = pc;
+        pc = pn;
+        inv = T(1) / pc;
+        T* ci = c + 4 * i;
+        ci[0] = q * inv, ci[1] = hprev * pm * inv, ci[2] = sl, ci[3] = rh;
+        cprev = hprev, hprev = h, sprev = sl;
+        const T m = std::fabs(pc);
+        if (m > big || m < tiny) {
+            const int e = std::ilogb(pc);
+            pc = std::ldexp(pc, -e), pm = std::ldexp(pm, -e), q = std::ldexp(q, -e);
+        }
+    }
+    // Row n-1.
+    T an = T(1), bn = T(2), rn = T(3) * sprev;
+    if constexpr (BI == 2 || BI == 4) an = T(0), bn = T(1), rn = bc[1];
+    if constexpr (BI == 3 || BI == 5) rn = T(3) * sprev + T(0.5) * hprev * bc[1];
+    const T pn = bn * pc - (an * cprev) * pm;
+    q = rn * pc - an * q;
+    // Backward: d[i] = r'[i] - g[i] d[i+1], and cell i from d[i], d[i+1].
+    // Two rows a step, d[i-1] = (r'[i-1] - g[i-1] r'[i]) + g[i-1] g[i] d[i+1], which
+    // halves the chain of dependent operations.
+    T d2 = q / pn;
+    int64_t i = n - 2;
+    for (; i >= 1; i -= 2) {
+        T* c1 = c + 4 * i;
+        T* c0 = c1 - 4;
+        const T d1 = c1[0] - c1[1] * d2;
+        const T d0 = (c0[0] - c0[1] * c1[0]) + (c0[1] * c1[1]) * d2;
+        cubic_cell(c1, y[i], c1[2], d1, d2, c1[3]);
+        cubic_cell(c0, y[i - 1], c0[2], d0, d1, c0[3]);
+        d2 = d0;
+    }
+    if (i == 0) cubic_cell(c, y[0], c[2], c[0] - c[1] * d2, d2, c[3]);
+}
+
 template <typename T, bool Cols, bool Uniform, int BI>
 int natural_worker(const DFTask* t) {
     const Grid<T> g = grid_of<T>(t);
@@ -101,6 +168,12 @@ int natural_worker(const DFTask* t) {
     if constexpr (!Uniform)
         for (int64_t i = 0; i + 1 < n; ++i) increasing &= x[i + 1] > x[i];
     const bool host = !small && increasing && BI != 0;
+    if constexpr (!Uniform && BI >= 1 && BI <= 5) {
+        if (host && ny == 1) {
+            natural_fused<T, Cols, BI>(t, x, n, coeff_of<T>(t, 0));
+            return DF_OK;
+        }
+    }
     const int64_t rh_len = Uniform ? 0 : n - 1;
     const int64_t band_len = small ? 0 : (host ? m : 3 * m);
     const int64_t z_len = BI == 6 && !small ? m : 0;

@@ -1,256 +1,257 @@
-// A tour of what the library has: the kernel tables, the per-thread mode,
-// error reporting, and the first vector functions with their timings.
-#include <orv/datafit.h>
+// The tour: a Monte Carlo valuation of European call options, done through
+// the public calls of the library.
+//
+//  1. Terminal prices of 2^21 geometric Brownian motion paths, drawn on four
+//     streams made independent by skip-ahead, in four threads, exponentiated
+//     with the vector functions; the same paths drawn again on one stream
+//     must come out bit for bit the same.
+//  2. A statistics task summarises the prices and discounted payoffs in one
+//     compute call: mean, variance, extremes, quantiles and the sorted
+//     prices; each is checked against the closed-form answer.
+//  3. Call prices for a grid of strikes, from the sorted prices, are fitted by
+//     a cubic spline; the spline is evaluated between the strikes (against
+//     Black-Scholes), differentiated twice (against the density of the
+//     terminal price) and integrated (against a quadrature of Black-Scholes).
 #include <orv/orv.h>
-#include <orv/rng.h>
-#include <orv/stats.h>
 
+#include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
-#include <cstring>
+#include <thread>
 #include <vector>
+
+#include <unistd.h>
 
 namespace {
 
-const char* const kPresent[] = {
-#define X(name, family, slots, errname) #name,
-#include "vtm_present.inc"
-#undef X
-};
+// Market and contract.
+constexpr double kSpot = 100, kRate = 0.03, kVol = 0.25, kYears = 1;
+constexpr int64_t kPaths = int64_t(1) << 21;
+constexpr int kWorkers = 4;
+constexpr int kChunk = 1 << 15;  // paths per vector call
+constexpr uint32_t kSeed = 20261122;
+constexpr double kPi = 3.14159265358979323846;
 
-double seconds_per_call(void (*f)(int, const double*, const double*, double*), int n,
-                        const double* a, const double* b, double* r) {
-    using clock = std::chrono::steady_clock;
-    int reps = 1;
-    for (;;) {
-        const auto t0 = clock::now();
-        for (int i = 0; i < reps; ++i) f(n, a, b, r);
-        const double s = std::chrono::duration<double>(clock::now() - t0).count();
-        if (s > 0.05) return s / reps;
-        reps *= 2;
-    }
+using Clock = std::chrono::steady_clock;
+double since(Clock::time_point t0) { return std::chrono::duration<double>(Clock::now() - t0).count(); }
+
+int g_failures = 0;
+void check(bool ok, const char* what, double got, double want, double tol) {
+    std::printf("  %-44s %14.6f  expected %14.6f  (within %.2g)  %s\n", what, got, want, tol,
+                ok ? "ok" : "FAILED");
+    if (!ok) ++g_failures;
+}
+void check_near(const char* what, double got, double want, double tol) {
+    check(std::fabs(got - want) <= tol, what, got, want, tol);
 }
 
-int32_t show_error(VtmErrorContext* c) {
-    std::printf("    callback: %s status %d at element %d, argument %g\n", c->functionName, c->code,
-                c->index, c->arg1);
+// Uniform numbers on [a, b) from the stream.
+// The lead swaps this for the public vstdRngUniform at merge; it is the one
+// call of the tour below the public layer.
+int draw_uniform(OrvStreamPtr stream, int n, double* r, double a, double b) {
+    BrngRow row;
+    const int st = vstGetBrngProperties(vstGetStreamStateBrng(stream), &row);
+    return st < 0 ? st : row.doubleFill(stream, n, r, a, b);
+}
+
+double normal_cdf(double x) { return 0.5 * std::erfc(-x / std::sqrt(2.0)); }
+
+double black_scholes_call(double strike) {
+    const double sd = kVol * std::sqrt(kYears);
+    const double d1 = (std::log(kSpot / strike) + (kRate + 0.5 * kVol * kVol) * kYears) / sd;
+    return kSpot * normal_cdf(d1) - strike * std::exp(-kRate * kYears) * normal_cdf(d1 - sd);
+}
+
+// Density of the terminal price (log-normal).
+double terminal_density(double s) {
+    const double sd = kVol * std::sqrt(kYears);
+    const double m = std::log(kSpot) + (kRate - 0.5 * kVol * kVol) * kYears;
+    const double z = (std::log(s) - m) / sd;
+    return std::exp(-0.5 * z * z) / (s * sd * std::sqrt(2 * kPi));
+}
+
+// Terminal prices of paths [first, first + count) from one stream: pairs of
+// uniforms become pairs of Gaussians (Box-Muller), the log-prices are
+// exponentiated by the vector call.
+int simulate(OrvStreamPtr stream, int64_t count, double* out, std::atomic<int64_t>* done) {
+    std::vector<double> u(kChunk), rad(kChunk / 2);
+    const double drift = (kRate - 0.5 * kVol * kVol) * kYears, sd = kVol * std::sqrt(kYears);
+    for (int64_t start = 0; start < count; start += kChunk) {
+        const int n = static_cast<int>(std::min<int64_t>(kChunk, count - start));
+        if (int st = draw_uniform(stream, n, u.data(), 0.0, 1.0)) return st;
+        for (int i = 0; i < n / 2; ++i) rad[i] = 1.0 - u[2 * i];  // in (0, 1]
+        vtmdLn(n / 2, rad.data(), rad.data());
+        for (int i = 0; i < n / 2; ++i) rad[i] *= -2.0;
+        vtmdSqrt(n / 2, rad.data(), rad.data());
+        double* x = out + start;
+        for (int i = 0; i < n / 2; ++i) {
+            const double angle = 2 * kPi * u[2 * i + 1];
+            x[2 * i] = drift + sd * rad[i] * std::cos(angle);
+            x[2 * i + 1] = drift + sd * rad[i] * std::sin(angle);
+        }
+        vtmdExp(n, x, x);
+        for (int i = 0; i < n; ++i) x[i] *= kSpot;
+        done->fetch_add(n, std::memory_order_relaxed);
+    }
     return 0;
 }
 
-using clock_type = std::chrono::steady_clock;
-double since(clock_type::time_point t0) {
-    return std::chrono::duration<double>(clock_type::now() - t0).count();
-}
-
-template <typename T>
-double ns_per_element(void (*f)(int, const T*, T*), const std::vector<T>& a, std::vector<T>& r) {
-    const int n = static_cast<int>(a.size());
-    int reps = 1;
-    for (;;) {
-        const auto t0 = clock_type::now();
-        for (int i = 0; i < reps; ++i) f(n, a.data(), r.data());
-        const double s = since(t0);
-        if (s > 0.02) return s * 1e9 / (static_cast<double>(reps) * n);
-        reps *= 2;
+// All paths on `workers` streams, stream w skipped ahead to path w * share.
+bool simulate_all(int workers, double* out, double* seconds) {
+    const int64_t share = kPaths / workers;
+    std::vector<OrvStreamPtr> streams(workers, nullptr);
+    for (int w = 0; w < workers; ++w)
+        if (vstNewStream(&streams[w], ORV_BRNG_MRG32K3A, kSeed) != 0 ||
+            vstSkipAheadStream(streams[w], w * share) != 0)
+            return false;
+    std::atomic<int64_t> done{0};
+    std::vector<int> status(workers, 0);
+    const auto t0 = Clock::now();
+    std::vector<std::thread> pool;
+    for (int w = 0; w < workers; ++w)
+        pool.emplace_back([&, w] { status[w] = simulate(streams[w], share, out + w * share, &done); });
+    // Progress line while the workers run (on a terminal).
+    const bool tty = isatty(1);
+    while (tty && done.load() < kPaths && std::none_of(status.begin(), status.end(), [](int s) { return s; })) {
+        std::printf("\r  %d stream(s): %3.0f%% of %lld paths", workers,
+                    100.0 * double(done.load()) / double(kPaths), static_cast<long long>(kPaths));
+        std::fflush(stdout);
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
     }
-}
-
-void vector_functions() {
-    std::printf("\nVector functions\n----------------\n");
-    const double x[6] = {0.5, 1.0, 710.0, -1.0, 0.0, 1e-310};
-    double e[6], l[6], q[6];
-    vtmClearErrStatus();
-    vtmdExp(6, x, e);
-    const int32_t exp_status = vtmGetErrStatus();
-    vtmClearErrStatus();
-    vtmdLn(6, x, l);
-    const int32_t ln_status = vtmGetErrStatus();
-    vtmdSqrt(6, x, q);
-    std::printf("  x      %12g %12g %12g %12g %12g %12g\n", x[0], x[1], x[2], x[3], x[4], x[5]);
-    std::printf("  exp    %12.6g %12.6g %12.6g %12.6g %12.6g %12.6g  status %d\n", e[0], e[1], e[2],
-                e[3], e[4], e[5], exp_status);
-    std::printf("  ln     %12.6g %12.6g %12.6g %12.6g %12.6g %12.6g  status %d\n", l[0], l[1], l[2],
-                l[3], l[4], l[5], ln_status);
-    std::printf("  sqrt   %12.6g %12.6g %12.6g %12.6g %12.6g %12.6g\n", q[0], q[1], q[2], q[3],
-                q[4], q[5]);
-    std::printf("  error record of each bad element of Ln, through a callback:\n");
-    vtmSetErrorCallBack(show_error);
-    vtmdLn(6, x, l);
-    vtmClearErrorCallBack();
-    vtmClearErrStatus();
-
-    std::printf("  ns per element, HA tier, one thread:\n  %-8s %10s %10s %10s %10s\n", "n",
-                "sExp", "dExp", "sLn", "dLn");
-    for (int n : {1000, 100000}) {
-        std::vector<float> fa(n), fr(n);
-        std::vector<double> da(n), dr(n);
-        for (int i = 0; i < n; ++i) da[i] = fa[i] = 0.001f * (i % 5000) + 0.01f;
-        std::printf("  %-8d %10.3f %10.3f %10.3f %10.3f\n", n, ns_per_element(vtmsExp, fa, fr),
-                    ns_per_element(vtmdExp, da, dr), ns_per_element(vtmsLn, fa, fr),
-                    ns_per_element(vtmdLn, da, dr));
-    }
-}
-
-void random_streams() {
-    std::printf("\nRandom streams\n--------------\n");
-    std::printf("Generators registered: %d\n", vstGetNumRegBrngs());
-    const struct {
-        const char* name;
-        int32_t id;
-    } gens[] = {{"MCG31M1", ORV_BRNG_MCG31M1}, {"R250", ORV_BRNG_R250},
-                {"MRG32K3A", ORV_BRNG_MRG32K3A}, {"MCG59", ORV_BRNG_MCG59}, {"WH", ORV_BRNG_WH}};
-    const uint32_t seed = 7777777;
-    std::vector<double> u(1 << 20);
-    std::printf("  %-9s %-44s %s\n", "generator", "first uniforms on [0,1)", "ns per double");
-    for (const auto& g : gens) {
-        void* s = nullptr;
-        if (vstNewStreamEx(&s, g.id, 1, &seed) != 0) continue;
-        BrngRow row;
-        vstGetBrngProperties(g.id, &row);
-        double first[4];
-        row.doubleFill(s, 4, first, 0.0, 1.0);
-        const auto t0 = clock_type::now();
-        for (int rep = 0; rep < 8; ++rep) row.doubleFill(s, static_cast<int32_t>(u.size()), u.data(), 0.0, 1.0);
-        const double ns = since(t0) * 1e9 / (8.0 * u.size());
-        std::printf("  %-9s %.6f %.6f %.6f %.6f   %.2f\n", g.name, first[0], first[1], first[2],
-                    first[3], ns);
-        vstDeleteStream(&s);
-    }
-    // Skip-ahead equals drawing and discarding; a saved image continues the stream.
-    void *a = nullptr, *b = nullptr, *c = nullptr;
-    vstNewStreamEx(&a, ORV_BRNG_MRG32K3A, 1, &seed);
-    vstNewStreamEx(&b, ORV_BRNG_MRG32K3A, 1, &seed);
-    std::vector<double> skip(1000001);
-    __vstdBRngMRG32K3A(a, 1000000, skip.data(), 0.0, 1.0);
-    vstSkipAheadStream(b, 1000000);
-    double xa, xb, xc;
-    __vstdBRngMRG32K3A(a, 1, &xa, 0.0, 1.0);
-    std::vector<char> image(vstGetStreamSize(b));
-    vstSaveStreamM(b, image.data());
-    __vstdBRngMRG32K3A(b, 1, &xb, 0.0, 1.0);
-    vstLoadStreamM(&c, image.data());
-    __vstdBRngMRG32K3A(c, 1, &xc, 0.0, 1.0);
-    std::printf("MRG32K3A: draw 10^6 then one: %.12f; skip 10^6 then one: %.12f; "
-                "saved image then one: %.12f\n", xa, xb, xc);
-    vstDeleteStream(&a);
-    vstDeleteStream(&b);
-    vstDeleteStream(&c);
-}
-
-void statistics() {
-    std::printf("\nSummary statistics\n------------------\n");
-    const int64_t p = 3, n = 1000000, storage = SS_STORAGE_BY_OBSERVATION, form = SS_MATRIX_FULL;
-    std::vector<double> x(p * n);
-    void* s = nullptr;
-    const uint32_t seed = 1;
-    vstNewStreamEx(&s, ORV_BRNG_MRG32K3A, 1, &seed);
-    __vstdBRngMRG32K3A(s, static_cast<int32_t>(x.size()), x.data(), 0.0, 1.0);
-    vstDeleteStream(&s);
-    for (int64_t i = 0; i < n; ++i) {  // correlate the variables: y = x0 + x1, z = 2 x0
-        x[i * p + 1] += x[i * p];
-        x[i * p + 2] = 2.0 * x[i * p];
-    }
-    std::vector<double> mean(p), c2(p), skew(p), kurt(p), cov(p * p), cor(p * p), c3(p), c4(p),
-        r2(p), r3(p), r4(p);
-    SsTask* task = nullptr;
-    __vstdSSNewTask(&task, &p, &n, &storage, x.data(), nullptr, nullptr, 1);
-    // The plain-sums method forms central moments from the raw ones.
-    __vstdSSEditMoments(task, mean.data(), r2.data(), r3.data(), r4.data(), c2.data(), c3.data(),
-                        c4.data());
-    __vstdSSEditCovCor(task, mean.data(), cov.data(), &form, cor.data(), &form);
-    __vstdSSEditTask(task, SS_ED_skewness, skew.data());
-    __vstdSSEditTask(task, SS_ED_kurtosis, kurt.data());
-    const uint64_t est = SS_EST_MEAN | SS_EST_CENTRAL2 | SS_EST_CENTRAL3 | SS_EST_CENTRAL4 |
-                         SS_EST_SKEWNESS | SS_EST_KURTOSIS | SS_EST_COV | SS_EST_COR;
-    const auto t0 = clock_type::now();
-    const int32_t st = _vstdSSBasic(task, est, SS_METHOD_PLAIN_SUMS, orv_ss_threading_openmp());
-    const double secs = since(t0);
-    std::printf("3 variables x 10^6 uniform observations (status %d, %.1f ms):\n", st, secs * 1e3);
-    std::printf("  mean       %.5f %.5f %.5f   (expected 0.5, 1.0, 1.0)\n", mean[0], mean[1], mean[2]);
-    std::printf("  variance   %.5f %.5f %.5f   (expected 1/12, 1/6, 1/3)\n", c2[0], c2[1], c2[2]);
-    std::printf("  skewness   %.4f  kurtosis %.4f   (expected 0 and -1.2 for a uniform)\n", skew[0], kurt[0]);
-    std::printf("  cor(x0,x1) %.4f  cor(x0,x2) %.4f   (expected 0.7071 and 1)\n", cor[1], cor[2]);
-    __vstSSDeleteTask(&task);
-}
-
-void data_fitting() {
-    std::printf("\nData fitting\n------------\n");
-    const int64_t nx = 100001;
-    std::vector<double> x(nx), y(nx), coef(4 * (nx - 1));
-    for (int64_t i = 0; i < nx; ++i) {
-        x[i] = 10.0 * i / (nx - 1);
-        y[i] = std::sin(x[i]);
-    }
-    DFTask* t = nullptr;
-    orv_df_kernel_dNewTask1D(&t, nx, x.data(), DF_X_NON_UNIFORM, 1, y.data(), DF_Y_ROWS, 0);
-    int st = orv_df_kernel_dEditPPSpline1D(t, DF_PP_CUBIC, 2, DF_BC_NOT_A_KNOT, nullptr, 0,
-                                           nullptr, coef.data(), DF_Y_ROWS);
-    const auto t0 = clock_type::now();
-    if (st == 0) st = orv_df_kernel_dDFNaturalCubicSpline1D(t, 0, 0, orv_df_thread_ops_serial());
-    const double secs = since(t0);
-    // Evaluate the cell polynomial at the middle of a cell and compare with sin.
-    const int64_t c = 31415;
-    const double h = 0.5 * (x[c + 1] - x[c]);
-    const double* q = &coef[4 * c];
-    const double v = q[0] + h * (q[1] + h * (q[2] + h * q[3]));
-    std::printf("Natural cubic, not-a-knot, %lld breakpoints of sin on [0,10] (status %d): "
-                "%.1f ns per breakpoint\n", static_cast<long long>(nx), st, secs * 1e9 / nx);
-    std::printf("  at x = %.7f: spline %.12f, sin %.12f, difference %.1e\n", x[c] + h, v,
-                std::sin(x[c] + h), v - std::sin(x[c] + h));
-    orv_df_kernel_DeleteTask(&t);
+    for (std::thread& t : pool) t.join();
+    *seconds = since(t0);
+    std::printf("%s  %d stream(s): 100%% of %lld paths in %.3f s\n", tty ? "\r" : "", workers,
+                static_cast<long long>(kPaths), *seconds);
+    for (OrvStreamPtr& s : streams) vstDeleteStream(&s);
+    return std::all_of(status.begin(), status.end(), [](int s) { return s == 0; });
 }
 
 }  // namespace
 
 int main() {
-    std::printf("orv tour\n========\n\n");
-    std::printf("Library variant (dll_cpu_version): %d (baseline SSE2)\n", dll_cpu_version());
-    const int present = static_cast<int>(sizeof kPresent / sizeof kPresent[0]);
-    std::printf("Vector functions present: %d of 480:", present);
-    for (int i = 0; i < present; ++i) std::printf(" %s", kPresent[i]);
-    std::printf("\n\n");
+    std::printf("orv tour: Monte Carlo valuation of European calls\n");
+    std::printf("spot %.0f, rate %.2f, volatility %.2f, %.0f year, %lld paths\n\n", kSpot, kRate,
+                kVol, kYears, static_cast<long long>(kPaths));
 
-    std::printf("Mode word of this thread: 0x%X (tier slot %d)\n", vtmGetMode(),
-                orv_vtm_kernel_GetTTableIndex());
-    const uint32_t before = vtmSetMode(VTM_EP);
-    std::printf("After vtmSetMode(EP): 0x%X (was 0x%X), tier slot %d\n", vtmGetMode(), before,
-                orv_vtm_kernel_GetTTableIndex());
-    vtmSetMode(VTM_HA);
-
-    const double a[5] = {1, 2, 3, 4, 5}, b[5] = {0.5, -1, 1e300, 0.25, -5};
-    double r[5];
-    vtmdAdd(5, a, b, r);
-    std::printf("\ndAdd  {1,2,3,4,5} + {0.5,-1,1e300,0.25,-5} = {%g, %g, %g, %g, %g}\n", r[0], r[1],
-                r[2], r[3], r[4]);
-    vtmdMul(5, a, b, r);
-    std::printf("dMul  = {%g, %g, %g, %g, %g}\n", r[0], r[1], r[2], r[3], r[4]);
-    vtmdSubI(2, a, 2, b, 2, r, 1);
-    std::printf("dSubI with increments 2,2,1 = {%g, %g}\n", r[0], r[1]);
-
-    std::printf("\nChecked calls:\n");
-    vtmdAdd(-3, a, b, r);
-    std::printf("  vtmdAdd with n = -3 -> status %d\n", vtmGetErrStatus());
-    vtmdAdd(5, a, nullptr, r);
-    std::printf("  vtmdAdd with a null array -> status %d\n", vtmGetErrStatus());
-    vtmClearErrStatus();
-    vtmSetErrorCallBack(show_error);
-    std::printf("  error callback installed; mode now 0x%X\n", vtmGetMode());
-    vtmClearErrorCallBack();
-
-    std::printf("\nTimings (one thread, ns per element):\n");
-    std::printf("  %-10s %10s %10s %10s\n", "n", "dAdd", "dSub", "dMul");
-    for (int n : {1000, 100000, 10000000}) {
-        std::vector<double> x(n, 1.25), y(n, 0.75), z(n);
-        const double ta = seconds_per_call(_vtmdAdd, n, x.data(), y.data(), z.data());
-        const double ts = seconds_per_call(_vtmdSub, n, x.data(), y.data(), z.data());
-        const double tm = seconds_per_call(_vtmdMul, n, x.data(), y.data(), z.data());
-        std::printf("  %-10d %10.3f %10.3f %10.3f\n", n, ta * 1e9 / n, ts * 1e9 / n, tm * 1e9 / n);
+    // 1. Paths.
+    std::printf("1. Terminal prices (MRG32k3a, skip-ahead streams, vector Ln, Sqrt, Exp)\n");
+    std::vector<double> data(2 * kPaths);  // variable 0: price, variable 1: discounted payoff
+    std::vector<double> serial(kPaths);
+    double t_par = 0, t_ser = 0;
+    if (!simulate_all(kWorkers, data.data(), &t_par) || !simulate_all(1, serial.data(), &t_ser)) {
+        std::printf("stream or draw failed\n");
+        return 1;
     }
-    std::printf("\nThreads available to the front end: %d\n", orv_get_num_threads());
-    vector_functions();
-    random_streams();
-    statistics();
-    data_fitting();
-    return 0;
+    const bool same = std::equal(serial.begin(), serial.end(), data.begin());
+    std::printf("  %d streams against one: %s; %.2fx the speed of one stream (%u hardware threads)\n",
+                kWorkers, same ? "bit for bit the same paths" : "DIFFERENT paths", t_ser / t_par,
+                std::thread::hardware_concurrency());
+    if (!same) ++g_failures;
+    const double strike = 105, discount = std::exp(-kRate * kYears);
+    for (int64_t i = 0; i < kPaths; ++i)
+        data[kPaths + i] = discount * std::max(data[i] - strike, 0.0);
+
+    // 2. Summary statistics, one compute call.
+    std::printf("\n2. Statistics task: one compute call, default (running) method\n");
+    int64_t p = 2, n = kPaths, layout = SS_STORAGE_BY_VARIABLE, nq = 3;
+    double mean[2], raw2[2], var[2], lo[2], hi[2], orders[3] = {0.05, 0.5, 0.95}, q[6];
+    std::vector<double> sorted(2 * kPaths);
+    SsTask* task = nullptr;
+    int st = vstdSSNewTask(&task, &p, &n, &layout, data.data(), nullptr, nullptr);
+    if (st == 0) st = vstdSSEditMoments(task, mean, raw2, nullptr, nullptr, var, nullptr, nullptr);
+    if (st == 0) st = vstdSSEditTask(task, SS_ED_minimum, lo);
+    if (st == 0) st = vstdSSEditTask(task, SS_ED_maximum, hi);
+    if (st == 0) st = vstdSSEditQuantiles(task, &nq, orders, q, nullptr, nullptr);
+    if (st == 0) st = vstdSSEditTask(task, SS_ED_sorted, sorted.data());
+    if (st == 0) st = vstiSSEditTask(task, SS_ED_sorted_storage, &layout);
+    auto t0 = Clock::now();
+    if (st == 0)
+        st = vstdSSCompute(task, SS_EST_MEAN | SS_EST_CENTRAL2 | SS_EST_MIN | SS_EST_MAX |
+                                     SS_EST_QUANTILES | SS_EST_SORTED, 0);
+    const double t_stats = since(t0);
+    vstSSDeleteTask(&task);
+    if (st != 0) {
+        std::printf("statistics refused: status %d\n", st);
+        return 1;
+    }
+    std::printf("  computed in %.3f s; price range [%.2f, %.2f]\n", t_stats, lo[0], hi[0]);
+    const double se_price = std::sqrt(var[0] / double(kPaths));
+    const double se_call = std::sqrt(var[1] / double(kPaths));
+    const double growth = std::exp(kRate * kYears);
+    check_near("mean terminal price (4 standard errors)", mean[0], kSpot * growth, 4 * se_price);
+    const double true_var = kSpot * kSpot * growth * growth * (std::exp(kVol * kVol * kYears) - 1);
+    check_near("variance of the terminal price (1%)", var[0], true_var, 0.01 * true_var);
+    const double z[3] = {-1.6448536269514722, 0.0, 1.6448536269514722};
+    for (int k = 0; k < 3; ++k) {
+        const double want = kSpot * std::exp((kRate - 0.5 * kVol * kVol) * kYears +
+                                             kVol * std::sqrt(kYears) * z[k]);
+        char what[64];
+        std::snprintf(what, sizeof what, "quantile %.2f of the price (0.5%%)", orders[k]);
+        check_near(what, q[k], want, 0.005 * want);
+    }
+    check_near("call price, strike 105 (4 standard errors)", mean[1], black_scholes_call(strike),
+               4 * se_call);
+    check(lo[0] == sorted[0] && hi[0] == sorted[kPaths - 1], "min and max are the sorted ends",
+          hi[0], sorted[kPaths - 1], 0);
+
+    // 3. Price curve: calls for 21 strikes from the sorted prices, then a spline.
+    std::printf("\n3. Spline through the call prices of strikes 60, 65, ..., 160\n");
+    t0 = Clock::now();
+    std::vector<double> tail(kPaths + 1, 0.0);  // tail[i]: sum of sorted prices from i on
+    for (int64_t i = kPaths - 1; i >= 0; --i) tail[i] = tail[i + 1] + sorted[i];
+    constexpr int kStrikes = 21;
+    double ks[kStrikes], calls[kStrikes], coeff[4 * (kStrikes - 1)];
+    for (int j = 0; j < kStrikes; ++j) {
+        ks[j] = 60 + 5 * j;
+        const int64_t i = std::upper_bound(sorted.begin(), sorted.begin() + kPaths, ks[j]) -
+                          sorted.begin();
+        calls[j] = discount * (tail[i] - ks[j] * double(kPaths - i)) / double(kPaths);
+    }
+    DFTask* spline = nullptr;
+    st = orv_df_dnew_task(&spline, kStrikes, ks, DF_X_NON_UNIFORM, 1,
+                          calls, DF_Y_ROWS);
+    if (st == 0)
+        st = orv_df_dedit_spline(spline, DF_PP_CUBIC, ORV_DF_CUBIC_NATURAL, DF_BC_NOT_A_KNOT,
+                                 nullptr, 0, nullptr, coeff, 4 * (kStrikes - 1));
+    if (st == 0) st = orv_df_dconstruct(spline);
+    constexpr int kSites = 20;
+    double sites[kSites], r[3 * kSites];
+    for (int j = 0; j < kSites; ++j) sites[j] = ks[j] + 2.5;
+    const int32_t orders_d[3] = {1, 1, 1};
+    if (st == 0)
+        st = orv_df_dinterpolate(spline, kSites, sites, DF_SITES_SORTED, 3, orders_d, r,
+                                 DF_R_FUNCTION_SITE_ORDER, nullptr);
+    const double lo_k = 80, hi_k = 120;
+    double area = 0;
+    if (st == 0) st = orv_df_dintegrate(spline, 1, &lo_k, 0, &hi_k, 0, &area, 0);
+    orv_df_delete_task(&spline);
+    if (st != 0) {
+        std::printf("spline refused: status %d\n", st);
+        return 1;
+    }
+    std::printf("  prices from the sorted paths, spline built, evaluated and integrated in %.3f s\n",
+                since(t0));
+    double worst = 0;
+    for (int j = 0; j < kSites; ++j)
+        worst = std::max(worst, std::fabs(r[3 * j] - black_scholes_call(sites[j])));
+    check_near("worst price between strikes - Black-Scholes", worst, 0.0, 0.1);
+    const double at = sites[8];  // 102.5
+    check_near("second derivative at 102.5 (5%)", r[3 * 8 + 2],
+               discount * terminal_density(at), 0.05 * discount * terminal_density(at));
+    check_near("slope at 102.5 (0.01)", r[3 * 8 + 1],
+               -discount * normal_cdf((std::log(kSpot / at) + (kRate - 0.5 * kVol * kVol) * kYears) /
+                                      (kVol * std::sqrt(kYears))),
+               0.01);
+    double simpson = 0;  // quadrature of Black-Scholes over [80, 120], 400 panels
+    for (int i = 0; i <= 400; ++i) {
+        const double w = (i == 0 || i == 400) ? 1 : (i % 2 ? 4 : 2);
+        simpson += w * black_scholes_call(lo_k + (hi_k - lo_k) * i / 400.0);
+    }
+    simpson *= (hi_k - lo_k) / 400.0 / 3.0;
+    check_near("integral of the price over strikes 80..120", area, simpson, 0.005 * simpson);
+
+    std::printf("\n%s\n", g_failures == 0 ? "All checks passed." : "Some checks FAILED.");
+    return g_failures == 0 ? 0 : 1;
 }

@@ -16,6 +16,7 @@
 #include <orv/rng.h>
 #include <orv/rng_twister.h>
 #include <orv/ss_calls.h>
+#include <orv/orv_stats.h>
 #include <orv/stats.h>
 #include <orv/threading.h>
 #include <orv/vtm.h>
@@ -25,9 +26,9 @@
 extern "C" {
 #endif
 
-/* Checked vector calls, one for every present vector function and form:
- * vtm<t><Fn>[I] with the arguments of _vtm<t><Fn>[I] (vtmdExp, vtmdAddI,
- * vtmsPackI), and vtm<t><Fn>[I]Mode with the mode word for that call as a
+/** Checked vector calls, one for every present vector function and form:
+ * `vtm<t><Fn>[I]` with the arguments of `_vtm<t><Fn>[I]` (vtmdExp, vtmdAddI,
+ * vtmsPackI), and `vtm<t><Fn>[I]Mode` with the mode word for that call as a
  * last argument (vtmdExpMode(n, a, r, VTM_LA)), merged in before the call
  * and the thread's earlier word merged back after it. A negative n records
  * VtmStatusBadArgument and a null array VtmStatusBadPointer in the thread's
@@ -38,7 +39,7 @@ extern "C" {
  * and the thread's status is that of the last bad element. */
 #include <orv/vtm_checked.h>
 
-/* The thread's mode word, status and error callback (the kernel library's
+/** The thread's mode word, status and error callback (the kernel library's
  * _vtm... entries under the names callers use). vtmSetMode merges the fields
  * it is given into the word and returns the earlier word; the status and
  * callback setters return the earlier value. */
@@ -51,7 +52,7 @@ ORV_API VtmErrorCallBack vtmGetErrorCallBack(void);
 ORV_API VtmErrorCallBack vtmSetErrorCallBack(VtmErrorCallBack callback);
 ORV_API VtmErrorCallBack vtmClearErrorCallBack(void);
 
-/* Elements from which a vector call is split over threads (default 65536). */
+/** Elements from which a vector call is split over threads (default 65536). */
 ORV_API void orv_set_parallel_threshold(int n);
 ORV_API int orv_get_parallel_threshold(void);
 

@@ -16,7 +16,7 @@
 extern "C" {
 #endif
 
-/* Sobol in `dimension` dimensions. Mode 0 takes the built-in numbers
+/** Sobol in `dimension` dimensions. Mode 0 takes the built-in numbers
  * (dimension 1 to 40; data is not read). Modes 1 to 4, optionally plus 8 when
  * the data starts with dimension 0, read `nwords` words of data exactly as
  * the seed words from the fourth on (see docs/rng.md):
@@ -29,13 +29,13 @@ extern "C" {
 ORV_API int32_t vstNewSobolStream(void** out, uint32_t dimension, uint32_t mode, int32_t nwords,
                                   const uint32_t* data);
 
-/* Niederreiter's base-2 sequence. Mode 0: built-in polynomials (dimension 1
+/** Niederreiter's base-2 sequence. Mode 0: built-in polynomials (dimension 1
  * to 318). Mode 1: one irreducible polynomial over GF(2) of degree 1 to 31 a
  * dimension, all different; mode 4: 32 direction numbers a dimension. */
 ORV_API int32_t vstNewNiederrStream(void** out, uint32_t dimension, uint32_t mode, int32_t nwords,
                                     const uint32_t* data);
 
-/* Abstract streams over a buffer of n >= 1 values (see <orv/rng.h>); the
+/** Abstract streams over a buffer of n >= 1 values (see <orv/rng.h>); the
  * interval kinds need c < d with a finite width. */
 ORV_API int32_t vstiNewAbstractStream(void** out, int32_t n, uint32_t* buffer, OrvIAbstractRefill refill);
 ORV_API int32_t vstdNewAbstractStream(void** out, int32_t n, double* buffer, double c, double d,

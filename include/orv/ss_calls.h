@@ -15,7 +15,7 @@ extern "C" {
 
 ORV_API int32_t vstdSSBasic(SsTask* task, uint64_t estimates, uint64_t method);
 ORV_API int32_t vstsSSBasic(SsTask* task, uint64_t estimates, uint64_t method);
-/* Minimum and maximum, accumulated from what the arrays hold: seed them
+/** Minimum and maximum, accumulated from what the arrays hold: seed them
  * (for example with +inf and -inf) before the first block. */
 ORV_API int32_t vstdSSMinmax(SsTask* task, uint64_t estimates, uint64_t method);
 ORV_API int32_t vstsSSMinmax(SsTask* task, uint64_t estimates, uint64_t method);

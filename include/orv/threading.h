@@ -17,7 +17,7 @@
 extern "C" {
 #endif
 
-/* Statistics. */
+/** Statistics. */
 typedef void (*SsItemFn)(int item, int thread, int nthreads, void* context);
 typedef void (*SsPieceFn)(int piece, int ignored, int npieces, void* context);
 typedef struct SsThreadingTable {
@@ -33,7 +33,7 @@ typedef struct SsThreadingTable {
     int (*max_threads)(void);
 } SsThreadingTable;
 
-/* Data fitting. */
+/** Data fitting. */
 typedef void (*DFBodyFn)(int team, int nteams, void* unused, void* args);
 typedef struct DFThreadOps {
     /* 0: call body once for each of nteams teams with the team's index. */
@@ -45,14 +45,14 @@ typedef struct DFThreadOps {
     int (*max_threads)(void);
 } DFThreadOps;
 
-/* Tables of the front end. The serial tables run everything on the calling
+/** Tables of the front end. The serial tables run everything on the calling
  * thread; the OpenMP tables use up to orv_get_num_threads() threads. */
 ORV_API const SsThreadingTable* orv_ss_threading_serial(void);
 ORV_API const SsThreadingTable* orv_ss_threading_openmp(void);
 ORV_API const DFThreadOps* orv_df_thread_ops_serial(void);
 ORV_API const DFThreadOps* orv_df_thread_ops_openmp(void);
 
-/* Thread count used by the OpenMP tables and the chunked vector calls:
+/** Thread count used by the OpenMP tables and the chunked vector calls:
  * n >= 1 sets it, n <= 0 goes back to OpenMP's own default. */
 ORV_API void orv_set_num_threads(int n);
 ORV_API int orv_get_num_threads(void);

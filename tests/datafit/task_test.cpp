@@ -68,25 +68,6 @@ INSTANTIATE_TEST_SUITE_P(
                       NewCase{"separate", 8, true, 2, 2, true, 0x80, DF_OK}),
     [](const auto& info) { return std::to_string(info.index); });
 
-// The offsets themselves are fixed at compile time in datafit/df_task.h.
-TEST(Task, CreationFillsTheRecord) {
-    std::vector<double> x = wavy_x(40), y(80, 0.5);
-    DFTask* t = nullptr;
-    ASSERT_EQ(orv_df_kernel_dNewTask1D(&t, 40, x.data(), 1, 2, y.data(), 0x10, 1), DF_OK);
-    EXPECT_EQ(reinterpret_cast<uintptr_t>(t) % 128, 0u);
-    EXPECT_EQ(t->wide_ints, 1);
-    EXPECT_EQ(t->marker, 4);
-    EXPECT_EQ(t->is_double, 1);
-    EXPECT_EQ(t->dimension, 1);
-    EXPECT_EQ(t->y[1], y.data() + 40);
-    EXPECT_EQ(t->scoeff, nullptr);
-    EXPECT_EQ(t->lut_size, 16);
-    EXPECT_DOUBLE_EQ(t->lut_scale.d, 16.0 / (x[39] - x[0]));
-    orv_df_kernel_DeleteTask(&t);
-    EXPECT_EQ(orv_df_kernel_DeleteTask(&t), DF_NULL_TASK);
-    EXPECT_EQ(orv_df_kernel_DeleteTask(nullptr), DF_NULL_TASK);
-}
-
 TEST(Task, ValueTablesFollowTheLayout) {
     std::vector<float> x = {0.f, 1.f}, y(30, 0.f);
     for (int64_t yh : {0x0, 0x10, 0x20, 0x80}) {
@@ -321,25 +302,6 @@ TEST(Pointers, IndexedSlotsAndTheirAsymmetry) {
     EXPECT_EQ(orv_df_kernel_dQueryIdxPtr(t, DF_PTR_Y, 0, nullptr), DF_NULL_OUTPUT);
     Fixture cols(3, 0x20);
     EXPECT_EQ(orv_df_kernel_dEditIdxPtr(cols.t, DF_PTR_Y, 1, cols.y.data()), DF_BAD_YHINT);
-}
-
-TEST(Editors, DoNothingWhenDimensionIsNotOne) {
-    Fixture f;
-    f.t->dimension = 2;
-    int64_t out = 77;
-    const double* p = f.x.data();
-    EXPECT_EQ(orv_df_kernel_iEditVal(f.t, DF_ID_NX, 0), DF_OK);
-    EXPECT_EQ(orv_df_kernel_iEditVal(f.t, 99, 0), DF_OK);
-    EXPECT_EQ(orv_df_kernel_iQueryVal(f.t, DF_ID_NX, &out), DF_OK);
-    EXPECT_EQ(orv_df_kernel_iQueryVal(f.t, DF_ID_NX, nullptr), DF_NULL_OUTPUT);
-    EXPECT_EQ(orv_df_kernel_dEditPtr(f.t, DF_PTR_X, nullptr), DF_OK);
-    EXPECT_EQ(orv_df_kernel_dQueryPtr(f.t, DF_PTR_Y, &p), DF_OK);
-    EXPECT_EQ(orv_df_kernel_dEditIdxPtr(f.t, 9, 9, nullptr), DF_OK);
-    EXPECT_EQ(orv_df_kernel_dEditPPSpline1D(f.t, -1, 0, 0, nullptr, 0, nullptr, nullptr, 0), DF_OK);
-    EXPECT_EQ(out, 77);
-    EXPECT_EQ(p, f.x.data());
-    EXPECT_EQ(f.t->nx, 12);
-    EXPECT_EQ(f.t->sorder, 0);
 }
 
 // Counts whose sizes would wrap are refused before anything is stored or
