@@ -18,17 +18,19 @@ using R = orv::vec::simd::Reg<double>;
 using VD = R::V;
 constexpr int kW = R::kWidth;
 
+// With both arguments NaN, the first one's NaN is the result (Add, Mul).
+using orv::vec::simd::first_nan;
 struct AddOp {
-    static VD pair(VD x, VD y) { return x + y; }
-    static double one(double x, double y) { return x + y; }
+    static VD pair(VD x, VD y) { return first_nan(x, x + y); }
+    static double one(double x, double y) { return first_nan(x, x + y); }
 };
 struct SubOp {
     static VD pair(VD x, VD y) { return x - y; }
     static double one(double x, double y) { return x - y; }
 };
 struct MulOp {
-    static VD pair(VD x, VD y) { return x * y; }
-    static double one(double x, double y) { return x * y; }
+    static VD pair(VD x, VD y) { return first_nan(x, x * y); }
+    static double one(double x, double y) { return first_nan(x, x * y); }
 };
 
 template <typename Op>

@@ -179,6 +179,16 @@ inline V unord(V a, V b) { return as<V>((a != a) | (b != b)); }
 template <FloatReg V>
 inline V select(V mask, V a, V b) { return bor(band(mask, a), bandnot(mask, b)); }
 
+// r, except a NaN in a: then a quieted. After r = a + b or a * b this makes
+// the first argument's NaN win when both are NaN (the instruction's own
+// rule), whichever operand order the compiler gives the commutative
+// operation; without it the payload could differ between code paths.
+template <FloatReg V>
+inline V first_nan(V a, V r) { return as<V>((a != a) ? as<IntOf<V>>(a + a) : as<IntOf<V>>(r)); }
+template <typename T>
+    requires std::is_floating_point_v<T>
+inline T first_nan(T a, T r) { return a != a ? a + a : r; }
+
 // All ones in the lanes whose bits (single) or high word (double), less lo,
 // are at or above span as unsigned numbers: the integer range test of the
 // special masks.
