@@ -41,7 +41,7 @@ struct ExpS : KernelBase<float, exp_s> {
         const V r = n * splat(1.6577691e-06f) + (x - n * splat(0.00541687f));
         const VI32 ti = as<VI32>(t);
         V hi, lo;
-        gather::pairs(kExp128F, ti, 127, &hi, &lo);
+        gather::pairs_of<kExp128F>(ti, 127, &hi, &lo);
         const V y = (r * r * splat(0.5f) + r) * hi + lo + hi;
         return y * pow2_f(ti);
     }
@@ -55,7 +55,7 @@ struct Exp2S : KernelBase<float, exp2_s> {
         const V r = x - (t - splat(98304.0f));  // exact
         const VI32 ti = as<VI32>(t);
         V hi, lo;
-        gather::pairs(kExp128F, ti, 127, &hi, &lo);
+        gather::pairs_of<kExp128F>(ti, 127, &hi, &lo);
         // 2^r - 1 = ln2 r + (ln2)^2/2 r^2; the next term is below 2^-28.
         const V p = r * r * splat(0.24022650718688965f) + r * splat(0.6931471824645996f);
         return (p * hi + lo + hi) * pow2_f(ti);
@@ -72,7 +72,7 @@ struct Exp10S : KernelBase<float, exp10_s> {
         const V r = (x - n * splat(0.002353668212890625f)) - n * splat(-1.8713717508944683e-06f);
         const VI32 ti = as<VI32>(t);
         V hi, lo;
-        gather::pairs(kExp128F, ti, 127, &hi, &lo);
+        gather::pairs_of<kExp128F>(ti, 127, &hi, &lo);
         const V p = r * r * splat(2.650949001312256f) + r * splat(2.3025851249694824f);
         return (p * hi + lo + hi) * pow2_f(ti);
     }
@@ -91,7 +91,7 @@ struct ExpD : KernelBase<double, exp_d> {
         const V r = (n * splat(kNegLn2by64Hi) + x) + n * splat(kNegLn2by64Lo);
         const VI64 ti = as<VI64>(t);
         V hi, lo;
-        gather::pairs(kExp64D, ti, 63, &hi, &lo);
+        gather::pairs_of<kExp64D>(ti, 63, &hi, &lo);
         const V p = (((r * splat(0.00833333416441411) + splat(0.04166672368662385)) * r +
                       splat(0.1666666666667797)) * r + splat(0.4999999999994775)) * r * r + r;
         return scale_d(p * hi + lo + hi, ti);
@@ -112,7 +112,7 @@ struct Exp2D : KernelBase<double, exp2_d> {
         const V r = x - (t - splat(kShiftExp2D));  // exact
         const VI64 ti = as<VI64>(t);
         V hi, lo;
-        gather::pairs(kExp64D, ti, 63, &hi, &lo);
+        gather::pairs_of<kExp64D>(ti, 63, &hi, &lo);
         return scale_d(base_poly<kExp2P>(r) * hi + lo + hi, ti);
     }
     static int special_lanes(V x) { return bits::above(x, 0x408FEFFF); }  // |x| >= 1022
@@ -126,7 +126,7 @@ struct Exp10D : KernelBase<double, exp10_d> {
         const V r = (n * splat(kNegLog10_2by64Hi) + x) + n * splat(kNegLog10_2by64Lo);
         const VI64 ti = as<VI64>(t);
         V hi, lo;
-        gather::pairs(kExp64D, ti, 63, &hi, &lo);
+        gather::pairs_of<kExp64D>(ti, 63, &hi, &lo);
         return scale_d(base_poly<kExp10P>(r) * hi + lo + hi, ti);
     }
     static int special_lanes(V x) { return bits::above(x, 0x40733000); }  // |x| >= 307
