@@ -5,9 +5,13 @@
 // share.
 #include <orv/orv.h>
 
+#include <dlfcn.h>
 #include <omp.h>
 
 #include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <string>
 #include <atomic>
 #include <initializer_list>
 
@@ -64,9 +68,66 @@ void run_chunked(int n, const void* base, Body body) {
         if (statuses[c] != 0) _vtmSetErrStatus(statuses[c]);
 }
 
+// The wider kernel library chosen at load, or none (the baseline).
+struct Variant {
+    void* handle = nullptr;
+    int version = 0;
+};
+
+bool cpu_runs(int version) {
+    __builtin_cpu_init();
+    if (version == 2)
+        return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq") &&
+               __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512bw");
+    if (version == 1) return __builtin_cpu_supports("avx2");
+    return true;
+}
+
+// ORV_ISA's choice, else the widest; then the widest the processor runs at
+// or below it whose library loads from the baseline's folder.
+Variant pick_variant() {
+    int want = 2;
+    if (const char* isa = std::getenv("ORV_ISA")) {
+        if (std::strcmp(isa, "sse2") == 0) want = 0;
+        if (std::strcmp(isa, "avx2") == 0) want = 1;
+    }
+    Dl_info info;
+    std::string dir;
+    if (dladdr(reinterpret_cast<void*>(&dll_cpu_version), &info) && info.dli_fname) {
+        dir = info.dli_fname;
+        const size_t slash = dir.rfind('/');
+        dir = slash == std::string::npos ? std::string() : dir.substr(0, slash + 1);
+    }
+    static const char* const kFiles[] = {nullptr, "liborv_kernel_avx2.so.0", "liborv_kernel_avx512.so.0"};
+    for (int v = want; v > 0; --v) {
+        if (!cpu_runs(v)) continue;
+        void* h = dlopen((dir + kFiles[v]).c_str(), RTLD_NOW | RTLD_LOCAL);
+        if (!h) continue;
+        auto version = reinterpret_cast<int32_t (*)()>(dlsym(h, "dll_cpu_version"));
+        if (version && version() == v) return {h, v};
+        dlclose(h);
+    }
+    return {};
+}
+
+const Variant& variant() {
+    static const Variant v = pick_variant();
+    return v;
+}
+// Decided at load.
+const int g_variant_at_load = variant().version;
+
 }  // namespace
 
 namespace orv_front {
+
+// The table of the chosen variant that stands for the baseline's table base.
+template <typename Fn>
+Fn* const* variant_table(Fn* const* base, const char* name) {
+    if (void* h = variant().handle)
+        if (void* t = dlsym(h, name)) return static_cast<Fn* const*>(t);
+    return base;
+}
 
 bool any_null(std::initializer_list<const void*> arrays) {
     for (const void* p : arrays)
@@ -103,11 +164,20 @@ struct ModeScope {
 
 }  // namespace orv_front
 
+// A checked call's table, looked up once per call site.
+#define ORV_FRONT_TABLE(FN)                                                                   \
+    ([] {                                                                                     \
+        static auto* const t_ =                                                               \
+            orv_front::variant_table(orv_vtm_kernel_##FN##_ttab, "orv_vtm_kernel_" #FN "_ttab"); \
+        return t_;                                                                            \
+    }())
+
 #include "vtm_checked.inc"
 
 extern "C" {
 
 void orv_set_parallel_threshold(int n) { g_threshold.store(n > 0 ? n : 1, std::memory_order_relaxed); }
 int orv_get_parallel_threshold(void) { return g_threshold.load(std::memory_order_relaxed); }
+int orv_get_vector_variant(void) { return variant().version; }
 
 }  // extern "C"

@@ -297,10 +297,10 @@ def emit_front_end(rows, out):
         if chunk:
             shifted = ", ".join((nm + " + at_") if nm in arrays else ("count_" if nm == "n" else nm)
                                 for _, nm in plist)
-            d.append(f"    orv_front::chunked(orv_vtm_kernel_{n}_ttab, n, {{{', '.join(arrays)}}}, {arrays[0]},")
+            d.append(f"    orv_front::chunked(ORV_FRONT_TABLE({n}), n, {{{', '.join(arrays)}}}, {arrays[0]},")
             d.append(f"                       [&](auto k_, int at_, int count_) {{ k_({shifted}); }});")
         else:
-            d.append(f"    orv_front::whole(orv_vtm_kernel_{n}_ttab, n, {{{', '.join(arrays)}}},")
+            d.append(f"    orv_front::whole(ORV_FRONT_TABLE({n}), n, {{{', '.join(arrays)}}},")
             d.append(f"                     [&](auto k_) {{ k_({names}); }});")
         d.append("}")
         d.append(f"void {fn}Mode({p}, unsigned int mode) {{")

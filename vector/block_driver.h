@@ -7,7 +7,7 @@
 //   static constexpr int kArity = 1 or 2;        inputs per element
 //   static constexpr bool kReadsMode;            plain form reads the mode word
 //   static T fast(T x) / fast(T x, T y);         branch-free block computation,
-//   or static V fastv(V x) / fastv(V x, V y);    the same on one SSE2 register
+//   or static V fastv(V x) / fastv(V x, V y);    the same on one register
 //                                                (V from simd::Reg<T>)
 //   static bool special(T x) / special(T x, T y); integer range test, or absent
 //                                                 when kSpecial is false
@@ -37,7 +37,6 @@
 // and the driver does everything else, once.
 #pragma once
 
-#include <emmintrin.h>
 
 #include <bit>
 #include <concepts>
@@ -50,12 +49,14 @@
 #include "frame/fp_guard.h"
 #include "frame/kernel_tables.h"
 #include "frame/mode_word.h"
+#include "vector/simd/vec.h"
 
 namespace orv::vec {
 
 inline constexpr int kBlock = 16;
+// Tail blocks are one register wide.
 template <typename T>
-inline constexpr int kTailLanes = sizeof(T) == 4 ? 4 : 2;
+inline constexpr int kTailLanes = simd::Reg<T>::kWidth;
 // Absent lanes of a tail block hold this value, which trips no special test.
 inline constexpr double kFiller = 0.75;
 
@@ -89,80 +90,9 @@ inline bool is_inf_or_nan_bits(T x) { return (bits(x) & Fmt<T>::kAbs) >= Fmt<T>:
 template <typename T>
 inline T quieted(T x) { return is_nan_bits(x) ? x + x : x; }
 
-// A thin layer over the SSE2 registers, overloaded by element type, so that
-// a vector fast path is written once for single and double.
-namespace simd {
-template <typename T>
-struct Reg;
-template <>
-struct Reg<float> {
-    using V = __m128;
-    static constexpr int kWidth = 4;
-    static V load(const float* p) { return _mm_loadu_ps(p); }
-    static void store(float* p, V v) { _mm_storeu_ps(p, v); }
-    static V set1(float x) { return _mm_set1_ps(x); }
-    static V bits(uint32_t b) { return _mm_castsi128_ps(_mm_set1_epi32(int(b))); }
-};
-template <>
-struct Reg<double> {
-    using V = __m128d;
-    static constexpr int kWidth = 2;
-    static V load(const double* p) { return _mm_loadu_pd(p); }
-    static void store(double* p, V v) { _mm_storeu_pd(p, v); }
-    static V set1(double x) { return _mm_set1_pd(x); }
-    static V bits(uint64_t b) { return _mm_castsi128_pd(_mm_set1_epi64x(int64_t(b))); }
-};
-inline __m128 add(__m128 a, __m128 b) { return _mm_add_ps(a, b); }
-inline __m128d add(__m128d a, __m128d b) { return _mm_add_pd(a, b); }
-inline __m128 sub(__m128 a, __m128 b) { return _mm_sub_ps(a, b); }
-inline __m128d sub(__m128d a, __m128d b) { return _mm_sub_pd(a, b); }
-inline __m128 mul(__m128 a, __m128 b) { return _mm_mul_ps(a, b); }
-inline __m128d mul(__m128d a, __m128d b) { return _mm_mul_pd(a, b); }
-inline __m128 div(__m128 a, __m128 b) { return _mm_div_ps(a, b); }
-inline __m128d div(__m128d a, __m128d b) { return _mm_div_pd(a, b); }
-inline __m128 sqrt(__m128 a) { return _mm_sqrt_ps(a); }
-inline __m128d sqrt(__m128d a) { return _mm_sqrt_pd(a); }
-inline __m128 band(__m128 a, __m128 b) { return _mm_and_ps(a, b); }
-inline __m128d band(__m128d a, __m128d b) { return _mm_and_pd(a, b); }
-inline __m128 bor(__m128 a, __m128 b) { return _mm_or_ps(a, b); }
-inline __m128d bor(__m128d a, __m128d b) { return _mm_or_pd(a, b); }
-inline __m128 bandnot(__m128 a, __m128 b) { return _mm_andnot_ps(a, b); }  // ~a & b
-inline __m128d bandnot(__m128d a, __m128d b) { return _mm_andnot_pd(a, b); }
-inline __m128 lt(__m128 a, __m128 b) { return _mm_cmplt_ps(a, b); }
-inline __m128d lt(__m128d a, __m128d b) { return _mm_cmplt_pd(a, b); }
-inline __m128 le(__m128 a, __m128 b) { return _mm_cmple_ps(a, b); }
-inline __m128d le(__m128d a, __m128d b) { return _mm_cmple_pd(a, b); }
-inline __m128 not_lt(__m128 a, __m128 b) { return _mm_cmpnlt_ps(a, b); }  // true for NaN
-inline __m128d not_lt(__m128d a, __m128d b) { return _mm_cmpnlt_pd(a, b); }
-inline __m128 eq(__m128 a, __m128 b) { return _mm_cmpeq_ps(a, b); }
-inline __m128d eq(__m128d a, __m128d b) { return _mm_cmpeq_pd(a, b); }
-// One bit a lane from a comparison result.
-inline uint32_t lanes(__m128 m) { return uint32_t(_mm_movemask_ps(m)); }
-inline uint32_t lanes(__m128d m) { return uint32_t(_mm_movemask_pd(m)); }
-// All ones in the lanes whose bits (single) or high word (double), less lo,
-// are at or above span as unsigned numbers: the integer range test of the
-// special masks.
-inline __m128 outside(__m128 x, uint32_t lo, uint32_t span) {
-    const __m128i flip = _mm_set1_epi32(int(0x80000000u));
-    const __m128i t = _mm_xor_si128(_mm_sub_epi32(_mm_castps_si128(x), _mm_set1_epi32(int(lo))), flip);
-    return _mm_castsi128_ps(_mm_cmpgt_epi32(t, _mm_set1_epi32(int((span - 1) ^ 0x80000000u))));
-}
-inline __m128d outside(__m128d x, uint32_t lo, uint32_t span) {
-    const __m128i m = _mm_castps_si128(outside(_mm_castpd_ps(x), lo, span));
-    return _mm_castsi128_pd(_mm_shuffle_epi32(m, _MM_SHUFFLE(3, 3, 1, 1)));  // high words
-}
-inline __m128 unord(__m128 a, __m128 b) { return _mm_cmpunord_ps(a, b); }
-inline __m128d unord(__m128d a, __m128d b) { return _mm_cmpunord_pd(a, b); }
-// mask ? a : b, lane by lane
-template <typename V>
-inline V select(V mask, V a, V b) { return bor(band(mask, a), bandnot(mask, b)); }
-// All ones in the lanes whose sign bit is set.
-inline __m128 negative(__m128 x) { return _mm_castsi128_ps(_mm_srai_epi32(_mm_castps_si128(x), 31)); }
-inline __m128d negative(__m128d x) {
-    const __m128i hi = _mm_srai_epi32(_mm_castpd_si128(x), 31);
-    return _mm_castsi128_pd(_mm_shuffle_epi32(hi, _MM_SHUFFLE(3, 3, 1, 1)));
-}
-}  // namespace simd
+// The register vocabulary (vector/simd/vec.h): simd::Reg<T>, the
+// arithmetic, bitwise, comparison and range-test helpers, at the width this
+// translation unit is compiled for.
 
 // A special test on a register that gives one bit a lane.
 template <typename K, typename T>
@@ -231,9 +161,9 @@ struct Access {
 
 template <typename K, int Lanes, typename T, bool Strided>
 inline void run_block(const Access<T, Strided>& acc, long base, int count, const char* name) {
-    alignas(16) T x[Lanes];
-    alignas(16) T y[Lanes];
-    alignas(16) T z[Lanes];
+    alignas(64) T x[Lanes];
+    alignas(64) T y[Lanes];
+    alignas(64) T z[Lanes];
     if (!Strided && count == Lanes) {
         std::memcpy(x, &acc.a[base], sizeof x);
         if constexpr (K::kArity == 2) std::memcpy(y, &acc.b[base], sizeof y);

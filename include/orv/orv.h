@@ -56,6 +56,13 @@ ORV_API VtmErrorCallBack vtmClearErrorCallBack(void);
 ORV_API void orv_set_parallel_threshold(int n);
 ORV_API int orv_get_parallel_threshold(void);
 
+/* The kernel library the checked vector calls run on, chosen once at load:
+ * the widest the processor supports, or the one ORV_ISA names (sse2, avx2,
+ * avx512; one the processor lacks gives the widest below it). Returns its
+ * dll_cpu_version: 0 SSE2 baseline, 1 AVX2, 2 AVX-512. Every variant gives
+ * the same bits, statuses and error records. */
+ORV_API int orv_get_vector_variant(void);
+
 #ifdef __cplusplus
 }
 #endif

@@ -104,11 +104,18 @@ struct SqrK : Base<E, false> {
     static T fast(T x) { return x * x; }
 };
 
+// With both arguments NaN, the first one's NaN is the result.
 template <int Which>  // 0 Add, 1 Sub, 2 Mul
 struct SingleArithK : Base<float> {
     using T = float;
+    using V = orv::vec::simd::VF;
     static constexpr int kArity = 2;
-    static T fast(T a, T b) { return Which == 0 ? a + b : Which == 1 ? a - b : a * b; }
+    static T fast(T a, T b) {
+        return orv::vec::simd::first_nan(a, Which == 0 ? a + b : Which == 1 ? a - b : a * b);
+    }
+    static V fastv(V a, V b) {
+        return orv::vec::simd::first_nan(a, Which == 0 ? a + b : Which == 1 ? a - b : a * b);
+    }
 };
 
 // NextAfter: the block steps the bit pattern of x by one toward y. Lanes
@@ -135,7 +142,8 @@ struct NextAfterK : Base<E> {
     }
     static int32_t callout(T x, T y, T* r) {
         if (is_nan_bits(x) || is_nan_bits(y)) {
-            *r = x + y;
+            // y's NaN when both are NaN, spelled out so no operand order decides.
+            *r = is_nan_bits(y) ? orv::vec::quieted(y) : orv::vec::quieted(x);
             return 0;
         }
         if (x == y) {

@@ -31,11 +31,12 @@ inline bool not_positive_normal(T x) {
 }
 
 // The same test on a register: bits (single) or high word (double).
-inline __m128 positive_normal_outside(__m128 x) {
-    return orv::vec::simd::outside(x, 0x00800000u, 0x7F000000u);
-}
-inline __m128d positive_normal_outside(__m128d x) {
-    return orv::vec::simd::outside(x, 0x00100000u, 0x7FE00000u);
+template <typename V>
+inline V positive_normal_outside(V x) {
+    if constexpr (sizeof(x[0]) == 4)
+        return orv::vec::simd::outside(x, 0x00800000u, 0x7F000000u);
+    else
+        return orv::vec::simd::outside(x, 0x00100000u, 0x7FE00000u);
 }
 
 using orv::vec::dd::two_prod;
@@ -83,33 +84,28 @@ inline double inv_sqrt_normal(double x) {
         return y * scale;
 }
 
-// inv_sqrt_normal on two lanes: the same steps with SSE2 integer and
-// double arithmetic.
-using orv::vec::dd::split_hi;
-inline __m128d inv_sqrt_normal_v(__m128d x) {
-    const __m128i b = _mm_castpd_si128(x);
-    const __m128i e = _mm_srli_epi64(b, 52);
-    const __m128i k = _mm_srli_epi64(_mm_add_epi64(e, _mm_set1_epi64x(1023)), 1);
-    const __m128i me = _mm_sub_epi64(_mm_add_epi64(e, _mm_set1_epi64x(2046)), _mm_add_epi64(k, k));
-    const __m128i frac = _mm_and_si128(b, _mm_set1_epi64x(int64_t(Fmt<double>::kFracMask)));
-    const __m128d m = _mm_castsi128_pd(_mm_or_si128(frac, _mm_slli_epi64(me, 52)));
-    const __m128d scale = _mm_castsi128_pd(_mm_slli_epi64(_mm_sub_epi64(_mm_set1_epi64x(2046), k), 52));
-    const __m128d y0 = _mm_div_pd(_mm_set1_pd(1.0), _mm_sqrt_pd(m));
-    // y0*y0 = p + e exactly, then m*p = q + f exactly (Dekker).
-    const __m128d yh = split_hi(y0), yl = _mm_sub_pd(y0, yh);
-    const __m128d p = _mm_mul_pd(y0, y0);
-    const __m128d pe = _mm_add_pd(
-        _mm_add_pd(_mm_add_pd(_mm_sub_pd(_mm_mul_pd(yh, yh), p), _mm_mul_pd(yh, yl)), _mm_mul_pd(yl, yh)),
-        _mm_mul_pd(yl, yl));
-    const __m128d mh = split_hi(m), ml = _mm_sub_pd(m, mh);
-    const __m128d ph = split_hi(p), pl = _mm_sub_pd(p, ph);
-    const __m128d q = _mm_mul_pd(m, p);
-    const __m128d qe = _mm_add_pd(
-        _mm_add_pd(_mm_add_pd(_mm_sub_pd(_mm_mul_pd(mh, ph), q), _mm_mul_pd(mh, pl)), _mm_mul_pd(ml, ph)),
-        _mm_mul_pd(ml, pl));
-    const __m128d r = _mm_sub_pd(_mm_sub_pd(_mm_sub_pd(_mm_set1_pd(1.0), q), qe), _mm_mul_pd(m, pe));
-    const __m128d y = _mm_add_pd(y0, _mm_mul_pd(y0, _mm_mul_pd(_mm_set1_pd(0.5), r)));
-    return _mm_mul_pd(y, scale);
+// inv_sqrt_normal on a register: the same steps with integer and double
+// arithmetic lane by lane.
+inline orv::vec::simd::VD inv_sqrt_normal_v(orv::vec::simd::VD x) {
+    namespace simd = orv::vec::simd;
+    using simd::as;
+    using simd::VD;
+    using simd::VI64;
+    const VI64 b = as<VI64>(x);
+    const VI64 e = as<VI64>(as<simd::VU64>(b) >> 52);
+    const VI64 k = as<VI64>(as<simd::VU64>(e + 1023) >> 1);
+    const VI64 me = (e + 2046) - (k + k);
+    const VD m = as<VD>((b & int64_t(Fmt<double>::kFracMask)) | (me << 52));
+    const VD scale = as<VD>((2046 - k) << 52);
+    const VD one = simd::fill<VD>(1.0);
+    const VD y0 = one / simd::sqrt(m);
+    // y0*y0 = p + pe exactly, then m*p = q + qe exactly (Dekker).
+    VD pe, qe;
+    const VD p = orv::vec::dd::two_prod(y0, y0, &pe);
+    const VD q = orv::vec::dd::two_prod(m, p, &qe);
+    const VD r = ((one - q) - qe) - m * pe;
+    const VD y = y0 + y0 * (simd::fill<VD>(0.5) * r);
+    return y * scale;
 }
 
 template <typename E>
@@ -169,6 +165,17 @@ inline float inv_sqrt_single_cr(float xf) {
     return y;
 }
 
+// Square root of the double lanes of one float register.
+inline orv::vec::simd::VDW wide_sqrt(orv::vec::simd::VDW w) {
+    namespace simd = orv::vec::simd;
+    simd::VD h[2];
+    __builtin_memcpy(h, &w, sizeof w);
+    h[0] = simd::sqrt(h[0]);
+    h[1] = simd::sqrt(h[1]);
+    __builtin_memcpy(&w, h, sizeof w);
+    return w;
+}
+
 template <typename E>
 struct InvSqrtK {
     using T = E;
@@ -179,10 +186,9 @@ struct InvSqrtK {
     using V = typename orv::vec::simd::Reg<T>::V;
     static V fastv(V x) {
         if constexpr (sizeof(T) == 4) {
-            const __m128d one = _mm_set1_pd(1.0);
-            const __m128d lo = _mm_div_pd(one, _mm_sqrt_pd(_mm_cvtps_pd(x)));
-            const __m128d hi = _mm_div_pd(one, _mm_sqrt_pd(_mm_cvtps_pd(_mm_movehl_ps(x, x))));
-            return _mm_movelh_ps(_mm_cvtpd_ps(lo), _mm_cvtpd_ps(hi));
+            namespace simd = orv::vec::simd;
+            using W = simd::VDW;
+            return simd::narrow(simd::fill<W>(1.0) / wide_sqrt(simd::widen(x)));
         } else {
             return inv_sqrt_normal_v(x);
         }

@@ -1,10 +1,10 @@
 // Double-double arithmetic without FMA: Knuth's two-sum, Dekker's fast
 // two-sum, Veltkamp's split and Dekker's exact product, on scalars and on
-// SSE2 registers of two doubles. Every operation is one IEEE step in the
+// double registers of the vocabulary's width (vector/simd/vec.h). Every operation is one IEEE step in the
 // order written, so the results are exact where the method says so.
 #pragma once
 
-#include <emmintrin.h>
+#include "vector/simd/vec.h"
 
 namespace orv::vec::dd {
 
@@ -20,10 +20,10 @@ inline double two_sum(double a, double b, double* err) {
     *err = (a - (s - bb)) + (b - bb);
     return s;
 }
-inline __m128d two_sum(__m128d a, __m128d b, __m128d* err) {
-    const __m128d s = _mm_add_pd(a, b);
-    const __m128d bb = _mm_sub_pd(s, a);
-    *err = _mm_add_pd(_mm_sub_pd(a, _mm_sub_pd(s, bb)), _mm_sub_pd(b, bb));
+inline simd::VD two_sum(simd::VD a, simd::VD b, simd::VD* err) {
+    const simd::VD s = a + b;
+    const simd::VD bb = s - a;
+    *err = (a - (s - bb)) + (b - bb);
     return s;
 }
 
@@ -33,9 +33,9 @@ inline double fast_two_sum(double a, double b, double* err) {
     *err = (a - s) + b;
     return s;
 }
-inline __m128d fast_two_sum(__m128d a, __m128d b, __m128d* err) {
-    const __m128d s = _mm_add_pd(a, b);
-    *err = _mm_add_pd(_mm_sub_pd(a, s), b);
+inline simd::VD fast_two_sum(simd::VD a, simd::VD b, simd::VD* err) {
+    const simd::VD s = a + b;
+    *err = (a - s) + b;
     return s;
 }
 
@@ -46,9 +46,19 @@ inline void split(double a, double* h, double* l) {
     *h = c - (c - a);
     *l = a - *h;
 }
-inline __m128d split_hi(__m128d a) {
-    const __m128d c = _mm_mul_pd(_mm_set1_pd(kSplitter), a);
-    return _mm_sub_pd(c, _mm_sub_pd(c, a));
+template <typename V>  // simd::VD or simd::VDW
+inline V split_hi(V a) {
+    const V c = simd::fill<V>(kSplitter) * a;
+    return c - (c - a);
+}
+// Dekker's exact product on registers: a b == p + *err.
+template <typename V>
+inline V two_prod(V a, V b, V* err) {
+    const V ah = split_hi(a), al = a - ah;
+    const V bh = split_hi(b), bl = b - bh;
+    const V p = a * b;
+    *err = ((ah * bh - p) + ah * bl + al * bh) + al * bl;
+    return p;
 }
 
 // Dekker's exact product: a b == hi + lo for operands without overflow or
@@ -67,17 +77,15 @@ inline double mul_dd(Dd v, double c_hi, double c_lo) {
     const Dd p = two_prod(v.hi, c_hi);
     return p.hi + (p.lo + (v.hi * c_lo + v.lo * c_hi));
 }
-inline __m128d mul_dd(__m128d hi, __m128d lo, double c_hi, double c_lo) {
+inline simd::VD mul_dd(simd::VD hi, simd::VD lo, double c_hi, double c_lo) {
+    using simd::VD;
     double ch, cl;
     split(c_hi, &ch, &cl);
-    const __m128d vch = _mm_set1_pd(ch), vcl = _mm_set1_pd(cl);
-    const __m128d ph = _mm_mul_pd(hi, _mm_set1_pd(c_hi));
-    const __m128d h = split_hi(hi), l = _mm_sub_pd(hi, h);
-    const __m128d pl = _mm_add_pd(
-        _mm_add_pd(_mm_add_pd(_mm_sub_pd(_mm_mul_pd(h, vch), ph), _mm_mul_pd(h, vcl)), _mm_mul_pd(l, vch)),
-        _mm_mul_pd(l, vcl));
-    return _mm_add_pd(
-        ph, _mm_add_pd(pl, _mm_add_pd(_mm_mul_pd(hi, _mm_set1_pd(c_lo)), _mm_mul_pd(lo, _mm_set1_pd(c_hi)))));
+    const VD vch = simd::fill<VD>(ch), vcl = simd::fill<VD>(cl);
+    const VD ph = hi * simd::fill<VD>(c_hi);
+    const VD h = split_hi(hi), l = hi - h;
+    const VD pl = (((h * vch - ph) + h * vcl) + l * vch) + l * vcl;
+    return ph + (pl + (hi * simd::fill<VD>(c_lo) + lo * simd::fill<VD>(c_hi)));
 }
 
 }  // namespace orv::vec::dd

@@ -1,6 +1,6 @@
 // Polynomial evaluation with the grouping stated, so that a kernel written
 // with these helpers rounds in a known order. Coefficients are given highest
-// degree first. V is a scalar or an SSE2 register type with * and +.
+// degree first. V is a scalar or a register type with * and +.
 #pragma once
 
 #include <cstddef>

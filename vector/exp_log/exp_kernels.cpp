@@ -2,8 +2,6 @@
 // table-driven exponential. x = (128 N + j) ln2/128 + r for single (64 rows
 // for double), exp(x) = 2^N T_j (1 + p(r)); the power of two is made from the
 // low bits of the rounding shifter's sum.
-#include <emmintrin.h>
-
 #include "vector/block_driver.h"
 #include "vector/common/bits.h"
 #include "vector/common/gather.h"
@@ -16,34 +14,34 @@ namespace {
 namespace bits = orv::vec::bitops;
 namespace gather = orv::vec::gather;
 
+namespace simd = orv::vec::simd;
 using bits::splat;
+using simd::as;
+using simd::VD;
+using simd::VF;
+using simd::VI32;
+using simd::VI64;
 
 // 2^N from the shifter's sum, N in the bits above the 7 index bits.
-inline __m128 pow2_f(__m128i t) {
-    const __m128i e = _mm_add_epi32(_mm_slli_epi32(t, 16), _mm_set1_epi32(0x3F800000));
-    return _mm_castsi128_ps(_mm_and_si128(e, _mm_set1_epi32(0x7F800000)));
-}
+inline VF pow2_f(VI32 t) { return as<VF>(((t << 16) + 0x3F800000) & 0x7F800000); }
 
 // Adds N, from the bits of the shifter's sum above the 6 index bits, to
 // the exponent of y.
-inline __m128d scale_d(__m128d y, __m128i t) {
-    const __m128i e = _mm_slli_epi64(_mm_and_si128(t, _mm_set1_epi64x(0x3FFC0)), 46);
-    return _mm_castsi128_pd(_mm_add_epi64(_mm_castpd_si128(y), e));
-}
+inline VD scale_d(VD y, VI64 t) { return as<VD>(as<VI64>(y) + ((t & 0x3FFC0) << 46)); }
 
 // ---- single ----
 
 struct ExpS : KernelBase<float, exp_s> {
-    using V = __m128;
+    using V = VF;
     static constexpr bool kNoErrShortcut = true;
     static constexpr float kOver = 88.72283f, kUnder = -103.97208f;
     static V fastv(V x) {
         const V t = x * splat(184.66496f) + splat(kShiftF);  // 128/ln 2
         const V n = t - splat(kShiftF);
         const V r = n * splat(1.6577691e-06f) + (x - n * splat(0.00541687f));
-        const __m128i ti = _mm_castps_si128(t);
+        const VI32 ti = as<VI32>(t);
         V hi, lo;
-        gather::pairs(kExp128F, ti, 127, &hi, &lo);
+        gather::pairs_of<kExp128F>(ti, 127, &hi, &lo);
         const V y = (r * r * splat(0.5f) + r) * hi + lo + hi;
         return y * pow2_f(ti);
     }
@@ -51,13 +49,13 @@ struct ExpS : KernelBase<float, exp_s> {
 };
 
 struct Exp2S : KernelBase<float, exp2_s> {
-    using V = __m128;
+    using V = VF;
     static V fastv(V x) {
         const V t = x + splat(98304.0f);  // 1.5 * 2^16: rounds to 1/128
         const V r = x - (t - splat(98304.0f));  // exact
-        const __m128i ti = _mm_castps_si128(t);
+        const VI32 ti = as<VI32>(t);
         V hi, lo;
-        gather::pairs(kExp128F, ti, 127, &hi, &lo);
+        gather::pairs_of<kExp128F>(ti, 127, &hi, &lo);
         // 2^r - 1 = ln2 r + (ln2)^2/2 r^2; the next term is below 2^-28.
         const V p = r * r * splat(0.24022650718688965f) + r * splat(0.6931471824645996f);
         return (p * hi + lo + hi) * pow2_f(ti);
@@ -66,15 +64,15 @@ struct Exp2S : KernelBase<float, exp2_s> {
 };
 
 struct Exp10S : KernelBase<float, exp10_s> {
-    using V = __m128;
+    using V = VF;
     static V fastv(V x) {
         const V t = x * splat(425.2068f) + splat(kShiftF);  // 128/log10 2
         const V n = t - splat(kShiftF);
         // log10(2)/128 in two parts, the first of 10 bits so that n times it is exact.
         const V r = (x - n * splat(0.002353668212890625f)) - n * splat(-1.8713717508944683e-06f);
-        const __m128i ti = _mm_castps_si128(t);
+        const VI32 ti = as<VI32>(t);
         V hi, lo;
-        gather::pairs(kExp128F, ti, 127, &hi, &lo);
+        gather::pairs_of<kExp128F>(ti, 127, &hi, &lo);
         const V p = r * r * splat(2.650949001312256f) + r * splat(2.3025851249694824f);
         return (p * hi + lo + hi) * pow2_f(ti);
     }
@@ -84,16 +82,16 @@ struct Exp10S : KernelBase<float, exp10_s> {
 // ---- double ----
 
 struct ExpD : KernelBase<double, exp_d> {
-    using V = __m128d;
+    using V = VD;
     static constexpr bool kNoErrShortcut = true;
     static constexpr double kOver = 709.782712893384, kUnder = -745.1332191019411;
     static V fastv(V x) {
         const V t = x * splat(kInvLn2x64) + splat(kShiftD);
         const V n = t - splat(kShiftD);
         const V r = (n * splat(kNegLn2by64Hi) + x) + n * splat(kNegLn2by64Lo);
-        const __m128i ti = _mm_castpd_si128(t);
+        const VI64 ti = as<VI64>(t);
         V hi, lo;
-        gather::pairs(kExp64D, ti, 63, &hi, &lo);
+        gather::pairs_of<kExp64D>(ti, 63, &hi, &lo);
         const V p = (((r * splat(0.00833333416441411) + splat(0.04166672368662385)) * r +
                       splat(0.1666666666667797)) * r + splat(0.4999999999994775)) * r * r + r;
         return scale_d(p * hi + lo + hi, ti);
@@ -102,33 +100,33 @@ struct ExpD : KernelBase<double, exp_d> {
 };
 
 template <const double* kP>
-inline __m128d base_poly(__m128d r) {
+inline VD base_poly(VD r) {
     return ((((splat(kP[0]) * r + splat(kP[1])) * r + splat(kP[2])) * r + splat(kP[3])) * r +
             splat(kP[4])) * r;
 }
 
 struct Exp2D : KernelBase<double, exp2_d> {
-    using V = __m128d;
+    using V = VD;
     static V fastv(V x) {
         const V t = x + splat(kShiftExp2D);
         const V r = x - (t - splat(kShiftExp2D));  // exact
-        const __m128i ti = _mm_castpd_si128(t);
+        const VI64 ti = as<VI64>(t);
         V hi, lo;
-        gather::pairs(kExp64D, ti, 63, &hi, &lo);
+        gather::pairs_of<kExp64D>(ti, 63, &hi, &lo);
         return scale_d(base_poly<kExp2P>(r) * hi + lo + hi, ti);
     }
     static int special_lanes(V x) { return bits::above(x, 0x408FEFFF); }  // |x| >= 1022
 };
 
 struct Exp10D : KernelBase<double, exp10_d> {
-    using V = __m128d;
+    using V = VD;
     static V fastv(V x) {
         const V t = x * splat(kInvLog10_2x64) + splat(kShiftD);
         const V n = t - splat(kShiftD);
         const V r = (n * splat(kNegLog10_2by64Hi) + x) + n * splat(kNegLog10_2by64Lo);
-        const __m128i ti = _mm_castpd_si128(t);
+        const VI64 ti = as<VI64>(t);
         V hi, lo;
-        gather::pairs(kExp64D, ti, 63, &hi, &lo);
+        gather::pairs_of<kExp64D>(ti, 63, &hi, &lo);
         return scale_d(base_poly<kExp10P>(r) * hi + lo + hi, ti);
     }
     static int special_lanes(V x) { return bits::above(x, 0x40733000); }  // |x| >= 307

@@ -1,0 +1,189 @@
+// The kernel libraries side by side: SSE2 baseline, AVX2 and AVX-512
+// variants (HA tables, loaded from beside the baseline), with SLEEF's AVX2
+// and AVX-512 1-ULP functions and glibc's libmvec AVX2 (_ZGVd) and AVX-512
+// (_ZGVe) entry points, for dExp, sExp, dLn, sLn, dSqrt, dInvSqrt,
+// sInvSqrt and dAdd at n = 10^3, 10^5, 10^6. numpy's figures come from
+// bench/variants_peers.py. Names: <function>/<implementation>/<n>.
+#include <benchmark/benchmark.h>
+#include <dlfcn.h>
+#include <immintrin.h>
+
+#include <cmath>
+#include <random>
+#include <string>
+#include <vector>
+
+#include <orv/vtm.h>
+#include <orv/vtm_functions.h>
+
+#if __has_include(<sleef.h>)
+#include <sleef.h>
+#define HAVE_SLEEF 1
+#endif
+
+extern "C" {
+__m256d _ZGVdN4v_exp(__m256d);
+__m256 _ZGVdN8v_expf(__m256);
+__m256d _ZGVdN4v_log(__m256d);
+__m256 _ZGVdN8v_logf(__m256);
+__m512d _ZGVeN8v_exp(__m512d);
+__m512 _ZGVeN16v_expf(__m512);
+__m512d _ZGVeN8v_log(__m512d);
+__m512 _ZGVeN16v_logf(__m512);
+}
+
+namespace {
+
+template <typename T>
+std::vector<T> inputs(long n, double lo, double hi, uint64_t seed = 42) {
+    std::mt19937_64 g(seed);
+    std::uniform_real_distribution<double> u(lo, hi);
+    std::vector<T> v(n);
+    for (auto& x : v) x = static_cast<T>(u(g));
+    return v;
+}
+
+// The HA slot of fn's table in the library of the given variant.
+void* kernel(int variant, const char* fn) {
+    static void* libs[3] = {nullptr, nullptr, nullptr};
+    static const char* const files[3] = {nullptr, "liborv_kernel_avx2.so.0", "liborv_kernel_avx512.so.0"};
+    const std::string table = std::string("orv_vtm_kernel_") + fn + "_ttab";
+    if (variant == 0) return static_cast<void* const*>(dlsym(RTLD_DEFAULT, table.c_str()))[1];
+    if (!libs[variant]) {
+        Dl_info info;
+        dladdr(reinterpret_cast<void*>(&dll_cpu_version), &info);
+        std::string dir = info.dli_fname;
+        dir = dir.substr(0, dir.rfind('/') + 1);
+        libs[variant] = dlopen((dir + files[variant]).c_str(), RTLD_NOW | RTLD_LOCAL);
+        if (!libs[variant]) return nullptr;
+    }
+    return static_cast<void* const*>(dlsym(libs[variant], table.c_str()))[1];
+}
+
+template <typename T, int Arity>
+void BM_orv(benchmark::State& st, int variant, const char* fn, double lo, double hi) {
+    const long n = st.range(0);
+    auto a = inputs<T>(n, lo, hi), b = inputs<T>(n, lo, hi, 7);
+    std::vector<T> r(n);
+    void* f = kernel(variant, fn);
+    if (!f) {
+        st.SkipWithError("variant not loaded");
+        return;
+    }
+    _vtmSetMode(VTM_HA | VTM_ERRMODE_IGNORE);
+    for (auto _ : st) {
+        if constexpr (Arity == 1)
+            reinterpret_cast<void (*)(int, const T*, T*)>(f)(int(n), a.data(), r.data());
+        else
+            reinterpret_cast<void (*)(int, const T*, const T*, T*)>(f)(int(n), a.data(), b.data(), r.data());
+        benchmark::ClobberMemory();
+    }
+    st.SetItemsProcessed(st.iterations() * n);
+}
+
+// A peer's vector function of W lanes over the array, compiled for its ISA.
+#define PEER_LOOP(NAME, ISA, T, V, W, LOAD, STORE)                                    \
+    template <V (*Fn)(V)>                                                             \
+    __attribute__((target(ISA))) void NAME(benchmark::State& st, double lo, double hi) { \
+        const long n = st.range(0);                                                   \
+        auto a = inputs<T>(n + W, lo, hi); /* whole registers past n */              \
+        std::vector<T> r(n + W);                                                      \
+        for (auto _ : st) {                                                           \
+            for (long i = 0; i < n; i += W) STORE(&r[i], Fn(LOAD(&a[i])));            \
+            benchmark::ClobberMemory();                                               \
+        }                                                                             \
+        st.SetItemsProcessed(st.iterations() * n);                                    \
+    }
+PEER_LOOP(BM_avx2_d, "avx2", double, __m256d, 4, _mm256_loadu_pd, _mm256_storeu_pd)
+PEER_LOOP(BM_avx2_s, "avx2", float, __m256, 8, _mm256_loadu_ps, _mm256_storeu_ps)
+PEER_LOOP(BM_avx512_d, "avx512f", double, __m512d, 8, _mm512_loadu_pd, _mm512_storeu_pd)
+PEER_LOOP(BM_avx512_s, "avx512f", float, __m512, 16, _mm512_loadu_ps, _mm512_storeu_ps)
+
+// 1/sqrt(x) as a plain loop, the reference of the single InvSqrt goal.
+template <typename T>
+void BM_inv_sqrt_loop(benchmark::State& st, double lo, double hi) {
+    const long n = st.range(0);
+    auto a = inputs<T>(n, lo, hi);
+    std::vector<T> r(n);
+    for (auto _ : st) {
+        for (long i = 0; i < n; ++i) r[i] = T(1) / std::sqrt(a[i]);
+        benchmark::ClobberMemory();
+    }
+    st.SetItemsProcessed(st.iterations() * n);
+}
+
+#ifdef HAVE_SLEEF
+// SLEEF's header declares its AVX functions only to code compiled for AVX;
+// the same declarations here, called from the AVX loops above.
+extern "C" {
+__m256d Sleef_expd4_u10avx2(__m256d);
+__m256 Sleef_expf8_u10avx2(__m256);
+__m256d Sleef_logd4_u10avx2(__m256d);
+__m256 Sleef_logf8_u10avx2(__m256);
+__m256d Sleef_sqrtd4_u05avx2(__m256d);
+__m512d Sleef_expd8_u10avx512f(__m512d);
+__m512 Sleef_expf16_u10avx512f(__m512);
+__m512d Sleef_logd8_u10avx512f(__m512d);
+__m512 Sleef_logf16_u10avx512f(__m512);
+__m512d Sleef_sqrtd8_u05avx512f(__m512d);
+}
+#endif
+
+using PeerFn = void (*)(benchmark::State&, double, double);
+#define SIZES ->Arg(1000)->Arg(100000)->Arg(1000000)
+#define PEER(name, lo, hi, ...) \
+    benchmark::RegisterBenchmark(name, static_cast<PeerFn>(__VA_ARGS__), double(lo), double(hi)) SIZES
+
+template <typename T, int Arity>
+void ours(const char* fn, double lo, double hi) {
+    static const char* const isa[3] = {"sse2", "avx2", "avx512"};
+    for (int v = 0; v < 3; ++v)
+        benchmark::RegisterBenchmark((std::string(fn) + "/orv_" + isa[v]).c_str(), BM_orv<T, Arity>, v,
+                                     fn, lo, hi) SIZES;
+}
+
+void register_all() {
+    const bool avx512 = __builtin_cpu_supports("avx512f");
+    ours<double, 1>("dExp", -700, 700);
+    PEER("dExp/libmvec_avx2", -700, 700, BM_avx2_d<_ZGVdN4v_exp>);
+    if (avx512) PEER("dExp/libmvec_avx512", -700, 700, BM_avx512_d<_ZGVeN8v_exp>);
+    ours<float, 1>("sExp", -80, 80);
+    PEER("sExp/libmvec_avx2", -80, 80, BM_avx2_s<_ZGVdN8v_expf>);
+    if (avx512) PEER("sExp/libmvec_avx512", -80, 80, BM_avx512_s<_ZGVeN16v_expf>);
+    ours<double, 1>("dLn", 1e-3, 1e3);
+    PEER("dLn/libmvec_avx2", 1e-3, 1e3, BM_avx2_d<_ZGVdN4v_log>);
+    if (avx512) PEER("dLn/libmvec_avx512", 1e-3, 1e3, BM_avx512_d<_ZGVeN8v_log>);
+    ours<float, 1>("sLn", 1e-3, 1e3);
+    PEER("sLn/libmvec_avx2", 1e-3, 1e3, BM_avx2_s<_ZGVdN8v_logf>);
+    if (avx512) PEER("sLn/libmvec_avx512", 1e-3, 1e3, BM_avx512_s<_ZGVeN16v_logf>);
+    ours<double, 1>("dSqrt", 1e-3, 1e3);
+    ours<double, 1>("dInvSqrt", 1e-3, 1e3);
+    PEER("dInvSqrt/loop_1_over_sqrt", 1e-3, 1e3, BM_inv_sqrt_loop<double>);
+    ours<float, 1>("sInvSqrt", 1e-3, 1e3);
+    PEER("sInvSqrt/loop_1_over_sqrt", 1e-3, 1e3, BM_inv_sqrt_loop<float>);
+    ours<double, 2>("dAdd", -1e3, 1e3);
+#ifdef HAVE_SLEEF
+    PEER("dExp/sleef_avx2", -700, 700, BM_avx2_d<Sleef_expd4_u10avx2>);
+    PEER("sExp/sleef_avx2", -80, 80, BM_avx2_s<Sleef_expf8_u10avx2>);
+    PEER("dLn/sleef_avx2", 1e-3, 1e3, BM_avx2_d<Sleef_logd4_u10avx2>);
+    PEER("sLn/sleef_avx2", 1e-3, 1e3, BM_avx2_s<Sleef_logf8_u10avx2>);
+    PEER("dSqrt/sleef_avx2", 1e-3, 1e3, BM_avx2_d<Sleef_sqrtd4_u05avx2>);
+    if (avx512) {
+        PEER("dExp/sleef_avx512", -700, 700, BM_avx512_d<Sleef_expd8_u10avx512f>);
+        PEER("sExp/sleef_avx512", -80, 80, BM_avx512_s<Sleef_expf16_u10avx512f>);
+        PEER("dLn/sleef_avx512", 1e-3, 1e3, BM_avx512_d<Sleef_logd8_u10avx512f>);
+        PEER("sLn/sleef_avx512", 1e-3, 1e3, BM_avx512_s<Sleef_logf16_u10avx512f>);
+        PEER("dSqrt/sleef_avx512", 1e-3, 1e3, BM_avx512_d<Sleef_sqrtd8_u05avx512f>);
+    }
+#endif
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    register_all();
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}

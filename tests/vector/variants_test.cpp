@@ -1,0 +1,178 @@
+// The AVX2 and AVX-512 kernel libraries against the SSE2 baseline: exactly
+// their documented exports, and for every present function (from the
+// generated list), every tier slot, plain and strided, bitwise the same
+// results, statuses and error records on random bits and special values.
+#include <gtest/gtest.h>
+
+#include <dlfcn.h>
+
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <random>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <orv/vtm.h>
+
+namespace {
+
+struct Row {
+    const char* name;
+    char type;
+    bool strided;
+    std::string shape;
+};
+const Row kRows[] = {
+#define X(NAME, BASE, TYPE, STRIDED, FAMILY, SHAPE, B0, B1, B2) {#NAME, TYPE, STRIDED, #SHAPE},
+#include "vtm_rows.inc"
+#undef X
+};
+
+struct Variant {
+    const char* path;
+    int version;
+    bool runs;
+};
+const Variant kVariants[] = {
+    {ORV_KERNEL_AVX2_SO, 1, __builtin_cpu_supports("avx2") != 0},
+    {ORV_KERNEL_AVX512_SO, 2,
+     __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq") &&
+         __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512bw")},
+};
+
+// Every error record in order, as bits.
+std::vector<uint64_t> g_records;
+int32_t record(VtmErrorContext* c) {
+    uint64_t v[4];
+    std::memcpy(v, &c->arg1, sizeof v);  // arg1, arg2, res1, res2
+    g_records.insert(g_records.end(), {uint64_t(uint32_t(c->code)), uint64_t(uint32_t(c->index)),
+                                       v[0], v[1], v[2], v[3], std::hash<std::string>{}(c->functionName)});
+    return 0;
+}
+
+template <typename T>
+std::vector<T> inputs(std::mt19937_64& gen, size_t n) {
+    static const double special[] = {0.0,  -0.0,   INFINITY, -INFINITY, NAN,     -NAN,    1.0,
+                                     -1.0, 0.5,    1e-310,   -1e-310,   1e-40,   710.0,   -746.0,
+                                     89.0, -104.0, 1e300,    2.5,       -2.5,    8388609.0, 1.4e-45};
+    std::vector<T> v(n);
+    for (size_t i = 0; i < n; ++i) {
+        const uint64_t r = gen();
+        if (i % 4 == 1) {
+            v[i] = T(special[r % std::size(special)]);
+        } else if (i % 4 == 2) {
+            v[i] = T(std::ldexp(double(int64_t(r >> 11)) * 0x1p-52, int(r % 21) - 10));
+        } else {
+            std::memcpy(&v[i], &r, sizeof(T));
+        }
+    }
+    return v;
+}
+
+// Output arrays and the records of one call of slot k of fn's table in lib.
+template <typename T>
+std::vector<uint64_t> run(void* lib, const Row& row, int slot, int n, const std::vector<T>& a,
+                          const std::vector<T>& b) {
+    void* const* tab = static_cast<void* const*>(
+        dlsym(lib, ("orv_vtm_kernel_" + std::string(row.name) + "_ttab").c_str()));
+    if (!tab) return {~0ull};
+    void* f = tab[slot];
+    const int inc = row.strided ? 2 : 1;
+    std::vector<T> r(size_t(n) * inc + 1, T(-7)), q(size_t(n) * inc + 1, T(-7));
+    g_records.clear();
+    _vtmClearErrStatus();
+    if (row.shape == "unary") {
+        if (row.strided)
+            reinterpret_cast<void (*)(int, const T*, int, T*, int)>(f)(n, a.data(), inc, r.data(), inc);
+        else
+            reinterpret_cast<void (*)(int, const T*, T*)>(f)(n, a.data(), r.data());
+    } else if (row.shape == "binary") {
+        if (row.strided)
+            reinterpret_cast<void (*)(int, const T*, int, const T*, int, T*, int)>(f)(
+                n, a.data(), inc, b.data(), inc, r.data(), inc);
+        else
+            reinterpret_cast<void (*)(int, const T*, const T*, T*)>(f)(n, a.data(), b.data(), r.data());
+    } else {  // two results
+        if (row.strided)
+            reinterpret_cast<void (*)(int, const T*, int, T*, int, T*, int)>(f)(
+                n, a.data(), inc, r.data(), inc, q.data(), inc);
+        else
+            reinterpret_cast<void (*)(int, const T*, T*, T*)>(f)(n, a.data(), r.data(), q.data());
+    }
+    std::vector<uint64_t> out = g_records;
+    out.push_back(uint64_t(uint32_t(_vtmGetErrStatus())));
+    for (const std::vector<T>* v : {&r, &q})
+        for (T x : *v) {
+            uint64_t bits = 0;
+            std::memcpy(&bits, &x, sizeof x);
+            out.push_back(bits);
+        }
+    return out;
+}
+
+std::set<std::string> dynamic_symbols(const std::string& so) {
+    std::set<std::string> out;
+    FILE* p = popen(("nm -D --defined-only '" + so + "'").c_str(), "r");
+    char line[1024], addr[64], type[8], name[900];
+    while (p && fgets(line, sizeof line, p))
+        if (sscanf(line, "%63s %7s %899s", addr, type, name) == 3) out.insert(name);
+    if (p) pclose(p);
+    return out;
+}
+
+TEST(Variants, ExportExactlyTheTablesStubsAndVersion) {
+    std::set<std::string> want;
+    std::ifstream in(ORV_VARIANT_EXPORTS);
+    for (std::string s; std::getline(in, s);)
+        if (!s.empty()) want.insert(s);
+    ASSERT_GT(want.size(), 1u);
+    for (const Variant& v : kVariants) EXPECT_EQ(dynamic_symbols(v.path), want) << v.path;
+}
+
+TEST(Variants, SameBitsStatusesAndRecordsAsTheBaseline) {
+    void* base = dlopen(ORV_KERNEL_SO, RTLD_NOW | RTLD_NOLOAD);
+    ASSERT_NE(base, nullptr);
+    const uint32_t mode = _vtmGetMode();
+    const VtmErrorCallBack cb = _vtmSetErrorCallBack(record);
+    int ran = 0;
+    for (const Variant& v : kVariants) {
+        void* lib = dlopen(v.path, RTLD_NOW | RTLD_LOCAL);
+        ASSERT_NE(lib, nullptr) << dlerror();
+        auto version = reinterpret_cast<int32_t (*)()>(dlsym(lib, "dll_cpu_version"));
+        ASSERT_NE(version, nullptr);
+        EXPECT_EQ(version(), v.version);
+        if (!v.runs) {
+            dlclose(lib);
+            continue;
+        }
+        ++ran;
+        for (const Row& row : kRows) {
+            if (row.shape != "unary" && row.shape != "binary" && row.shape != "two_results") continue;
+            std::mt19937_64 gen(std::hash<std::string>{}(row.name));
+            for (int n : {1, 3, 13, 37, 1000}) {
+                for (int slot = 0; slot < 3; ++slot) {
+                    if (row.type == 's') {
+                        const auto a = inputs<float>(gen, 2 * n + 1), b = inputs<float>(gen, 2 * n + 1);
+                        EXPECT_EQ(run(lib, row, slot, n, a, b), run(base, row, slot, n, a, b))
+                            << row.name << " n=" << n << " slot " << slot << " in " << v.path;
+                    } else {
+                        const auto a = inputs<double>(gen, 2 * n + 1), b = inputs<double>(gen, 2 * n + 1);
+                        EXPECT_EQ(run(lib, row, slot, n, a, b), run(base, row, slot, n, a, b))
+                            << row.name << " n=" << n << " slot " << slot << " in " << v.path;
+                    }
+                }
+            }
+        }
+        dlclose(lib);
+    }
+    _vtmSetErrorCallBack(cb);
+    _vtmSetMode(mode);
+    dlclose(base);
+    if (ran == 0) GTEST_SKIP() << "this processor runs neither wider variant";
+}
+
+}  // namespace

@@ -1,0 +1,10 @@
+# The exports of a wider kernel library: the generated tables and stubs of
+# the baseline (IN) and dll_cpu_version; written as a plain list (LIST, for
+# the export test) and as a linker version script (MAP).
+file(STRINGS ${IN} names)
+list(APPEND names dll_cpu_version)
+list(SORT names)
+string(REPLACE ";" "\n" text "${names}")
+file(WRITE ${LIST} "${text}\n")
+string(REPLACE ";" ";\n    " body "${names}")
+file(WRITE ${MAP} "{\n  global:\n    ${body};\n  local: *;\n};\n")
