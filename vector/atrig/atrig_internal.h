@@ -46,6 +46,15 @@ inline constexpr double kTanhP[9] = {-0.00021361242619496456, 0.0005871042811216
 // sinh: x + x^3 P(x^2), |x| <= 1, P degree 7; relative error of the
 // rounded polynomial 8e-18 = 2^-56.8
 inline constexpr double kSinhP[8] = {2.8445288905201917e-15, 7.646625275080331e-13, 1.6059048397541025e-10, 2.5052108364049923e-08, 2.7557319224040365e-06, 0.00019841269841269773, 0.008333333333333333, 0.16666666666666666};
+// atanf: x + x^3 P(x^2), |x| <= 0.4375, P degree 5; relative error of the
+// rounded polynomial 1.87e-10 = 2^-32.3
+inline constexpr double kAtanfP[6] = {0.04836508844181185, -0.08538938609178695, 0.11059371213647792, -0.14283478469620736, 0.1999996437008203, -0.3333333324110695};
+// asinf: x + x^3 P(x^2), |x| <= 0.5, P degree 6; relative error of the
+// rounded polynomial 5.25e-11 = 2^-34.1
+inline constexpr double kAsinfP[7] = {0.031197269325416655, 0.01040780357883047, 0.023658528855202168, 0.03026310708675669, 0.044648015560647125, 0.07499991655671637, 0.16666666688662654};
+// tanhf: x + x^3 P(x^2), |x| <= 0.25, P degree 3; relative error of the
+// rounded polynomial 6.33e-11 = 2^-33.9
+inline constexpr double kTanhfP[4] = {0.020800674349547583, -0.05392703869745785, 0.13333282201589491, -0.3333333323409216};
 
 // pi/2, pi and 1/pi in two parts.
 inline constexpr double kPio2Hi = 1.5707963267948966, kPio2Lo = 6.123233995736766e-17;
@@ -84,26 +93,38 @@ inline V atan_tail(V u) {
 // atan(a) for a = |x| >= 0 (NaN gives NaN, infinity pi/2), by the
 // reduction to |u| <= 7/16: u = a, (2a - 1)/(2 + a), (a - 1)/(a + 1),
 // (a - 3/2)/(1 + 3a/2) or -1/a by the range of a, and atan(a) = atan(c) + atan(u).
+// The reduction rows by the range of a: num = a A + B, den = a C + D, and
+// the centre atan(c) = H + L.
+alignas(16) inline constexpr double kAtanRows[5][8] = {
+    {1.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, 0.0},
+    {2.0, -1.0, 1.0, 2.0, kAtanHalfHi, kAtanHalfLo, 0.0, 0.0},
+    {1.0, -1.0, 1.0, 1.0, kAtanOneHi, kAtanOneLo, 0.0, 0.0},
+    {1.0, -1.5, 1.5, 1.0, kAtan3o2Hi, kAtan3o2Lo, 0.0, 0.0},
+    {0.0, -1.0, 1.0, 0.0, kPio2Hi, kPio2Lo, 0.0, 0.0},
+};
+struct AtanReduced {
+    V u, h, l;
+};
+inline AtanReduced atan_reduce(V a0) {
+    const V a = ops::min_or_b(a0, splat(0x1p1000));  // keeps -1/a finite for infinity, NaN to row 4
+    int32_t i0, i1;
+    ops::count_masks(simd::le(splat(0.4375), a), simd::le(splat(0.6875), a), simd::le(splat(1.1875), a),
+                     simd::le(splat(2.4375), a), &i0, &i1);
+    V c[6];
+    ops::gather6(kAtanRows, i0, i1, c);
+    return {(a * c[0] + c[1]) / (a * c[2] + c[3]), c[4], c[5]};
+}
 inline DdV atan_core(V a0) {
-    using simd::select;
-    const V a = ops::min_or_b(a0, splat(0x1p1000));  // keeps -1/a finite for infinity
-    const V m1 = simd::le(splat(0.4375), a), m2 = simd::le(splat(0.6875), a),
-            m3 = simd::le(splat(1.1875), a), m4 = simd::le(splat(2.4375), a);
-    // num = a A + B, den = a C + D, centre H + L
-    V A = select(m1, splat(2.0), splat(1.0)), B = select(m1, splat(-1.0), splat(0.0));
-    V C = select(m1, splat(1.0), splat(0.0)), D = select(m1, splat(2.0), splat(1.0));
-    V H = select(m1, splat(kAtanHalfHi), splat(0.0)), L = select(m1, splat(kAtanHalfLo), splat(0.0));
-    A = select(m2, splat(1.0), A), D = select(m2, splat(1.0), D);
-    H = select(m2, splat(kAtanOneHi), H), L = select(m2, splat(kAtanOneLo), L);
-    B = select(m3, splat(-1.5), B), C = select(m3, splat(1.5), C);
-    H = select(m3, splat(kAtan3o2Hi), H), L = select(m3, splat(kAtan3o2Lo), L);
-    A = select(m4, splat(0.0), A), B = select(m4, splat(-1.0), B);
-    C = select(m4, splat(1.0), C), D = select(m4, splat(0.0), D);
-    H = select(m4, splat(kPio2Hi), H), L = select(m4, splat(kPio2Lo), L);
-    const V u = (a * A + B) / (a * C + D);
+    const AtanReduced r = atan_reduce(a0);
     V e;
-    const V s = dd::fast_two_sum(H, u, &e);
-    return {s, e + (L + atan_tail(u))};
+    const V s = dd::fast_two_sum(r.h, r.u, &e);
+    return {s, e + (r.l + atan_tail(r.u))};
+}
+// The same to about 2^-32, for the single kernels (NaN lanes give a number).
+inline V atan_light(V a0) {
+    const AtanReduced r = atan_reduce(a0);
+    const V z = r.u * r.u;
+    return r.h + (r.u + r.u * z * hornerv(z, kAtanfP));
 }
 
 // atan2(|y|, |x|) in [0, pi/2] when both are finite, non-zero and within
@@ -176,6 +197,38 @@ inline DdV acos_core(V x) {
     const V hi = select(small, mid.hi, select(neg, left.hi, h.s2));
     const V lo = select(small, mid_lo, select(neg, left.lo + (splat(kPiLo) - h.w), h.w));
     return {hi, lo};
+}
+
+// Single-grade Asin and Acos (relative error near 2^-33, for the single
+// kernels): one polynomial on t = |x| or the half angle, no corrections.
+struct AsinLight {
+    V p, small;  // asin(t), and the lanes where t = |x| <= 1/2
+};
+inline AsinLight asin_light_t(V a) {
+    const V small = simd::le(a, splat(0.5));
+    const V zb = (splat(1.0) - a) * splat(0.5);
+    const V t = simd::select(small, a, simd::sqrt(zb));
+    const V z = simd::select(small, a * a, zb);
+    return {t + t * z * hornerv(z, kAsinfP), small};
+}
+inline V asin_light(V x) {
+    const AsinLight l = asin_light_t(ops::abs_of(x));
+    return ops::xor_sign(simd::select(l.small, l.p, splat(kPio2Hi) - (l.p + l.p)), x);
+}
+inline V acos_light(V x) {
+    const AsinLight l = asin_light_t(ops::abs_of(x));
+    const V neg = simd::negative(x);
+    const V mid = splat(kPio2Hi) - ops::xor_sign(l.p, x);
+    return simd::select(l.small, mid, simd::select(neg, splat(kPiHi) - (l.p + l.p), l.p + l.p));
+}
+// Single-grade Atan2 of |y|, |x| (the signs as in atan2_core).
+inline V atan2_light(V ay, V ax, V neg_x) {
+    using simd::select;
+    const V swap = simd::lt(ax, ay);
+    const V v = atan_light(select(swap, ax, ay) / select(swap, ay, ax));
+    const V sign = select(swap, select(neg_x, splat(1.0), splat(-1.0)), select(neg_x, splat(-1.0), splat(1.0)));
+    const V base = select(swap, splat(kPio2Hi), select(neg_x, splat(kPiHi), splat(0.0)));
+    return base + sign * v;
 }
 
 // (hi + lo) / pi, rounded once; values below 2^-900 are scaled up by 2^110
@@ -267,6 +320,16 @@ inline float sinh_cosh_x87(float x, bool cosh) {
     const long double s = (p - q) * (ww * 0.240227094003655L + 0.9999999999955212L) +
                           (p + q) * (ww * 0.05550423073674281L + 0.6931471805574618L) * w;
     return float(x < 0 ? -s : s);
+}
+
+// Single-grade Tanh of a >= 0: the short polynomial below 1/4, else
+// 1 - 2/(exp(2a) + 1) in plain double.
+inline V tanh_light(V a) {
+    const V z = a * a;
+    const V small = a + a * z * hornerv(z, kTanhfP);
+    const V b = ops::min_or_b(a, splat(40.0));
+    const V e2 = half_exp(b + b).hi * splat(2.0);
+    return simd::select(simd::lt(a, splat(0.25)), small, splat(1.0) - splat(2.0) / (e2 + splat(1.0)));
 }
 
 // ---- scalar callouts (callouts.cpp) ----

@@ -43,7 +43,11 @@ struct TanhD : Base<double> {
 };
 struct TanhS : Base<float> {
     static constexpr bool kSpecial = false;
-    static __m128 fastv(__m128 x) { return ops::narrow(tanh_v(ops::widen_lo(x)), tanh_v(ops::widen_hi(x))); }
+    static V half(V x) { return ops::xor_sign(tanh_light(ops::abs_of(x)), x); }
+    static __m128 fastv(__m128 x) {
+        const __m128 r = ops::narrow(half(ops::widen_lo(x)), half(ops::widen_hi(x)));
+        return simd::select(simd::unord(x, x), x + x, r);
+    }
 };
 
 // Single Sinh and Cosh: special below lo (bits of |x|) or from 0x42B2D4FD

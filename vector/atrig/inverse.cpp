@@ -1,7 +1,8 @@
 // Atan, Atan2, Asin, Acos and their forms in multiples of pi, single and
 // double, plain and strided. The double kernels run the double-double cores
 // of atrig_internal.h on each pair of lanes; the single kernels widen their
-// four lanes to two pairs of doubles, run the same cores and round once.
+// four lanes to two pairs of doubles, run the shorter single-grade forms
+// (about 2^-32 relative) and round once.
 #include "vector/atrig/atrig_internal.h"
 
 namespace orv::atrig {
@@ -55,6 +56,18 @@ inline V atan2_v(V y, V x) {
 }
 inline V atan2pi_v(V y, V x) {
     return ops::xor_sign(times_inv_pi(atan2_core(ops::abs_of(y), ops::abs_of(x), simd::negative(x))), y);
+}
+
+// The single-grade forms for the single kernels (widened lanes).
+inline V atan_s(V x) { return ops::xor_sign(atan_light(ops::abs_of(x)), x); }
+inline V atanpi_s(V x) { return ops::xor_sign(atan_light(ops::abs_of(x)) * splat(kInvPiHi), x); }
+inline V asinpi_s(V x) { return asin_light(x) * splat(kInvPiHi); }
+inline V acospi_s(V x) { return acos_light(x) * splat(kInvPiHi); }
+inline V atan2_s(V y, V x) {
+    return ops::xor_sign(atan2_light(ops::abs_of(y), ops::abs_of(x), simd::negative(x)), y);
+}
+inline V atan2pi_s(V y, V x) {
+    return ops::xor_sign(atan2_light(ops::abs_of(y), ops::abs_of(x), simd::negative(x)) * splat(kInvPiHi), y);
 }
 
 // Atan2 lanes the core cannot take: a zero, denormal, infinite or NaN
@@ -137,18 +150,18 @@ struct Atan2S : Base<float> {
 using namespace orv::atrig;
 
 ORV_UNARY_KERNELS(dAtan, NoStatusD<atan_v>)
-ORV_UNARY_KERNELS(sAtan, NoStatusS<atan_v>)
+ORV_UNARY_KERNELS(sAtan, NoStatusS<atan_s>)
 ORV_UNARY_KERNELS(dAtanpi, NoStatusD<atanpi_v>)
-ORV_UNARY_KERNELS(sAtanpi, NoStatusS<atanpi_v>)
+ORV_UNARY_KERNELS(sAtanpi, NoStatusS<atanpi_s>)
 ORV_UNARY_KERNELS(dAsin, UnitD<asin_v, asin_d>)
-ORV_UNARY_KERNELS(sAsin, UnitS<asin_v, asin_d>)
+ORV_UNARY_KERNELS(sAsin, UnitS<asin_light, asin_d>)
 ORV_UNARY_KERNELS(dAcos, UnitD<acos_v, acos_d>)
-ORV_UNARY_KERNELS(sAcos, UnitS<acos_v, acos_d>)
+ORV_UNARY_KERNELS(sAcos, UnitS<acos_light, acos_d>)
 ORV_UNARY_KERNELS(dAsinpi, UnitD<asinpi_v, asinpi_d>)
-ORV_UNARY_KERNELS(sAsinpi, UnitS<asinpi_v, asinpi_d>)
+ORV_UNARY_KERNELS(sAsinpi, UnitS<asinpi_s, asinpi_d>)
 ORV_UNARY_KERNELS(dAcospi, UnitD<acospi_v, acospi_d>)
-ORV_UNARY_KERNELS(sAcospi, UnitS<acospi_v, acospi_d>)
+ORV_UNARY_KERNELS(sAcospi, UnitS<acospi_s, acospi_d>)
 ORV_BINARY_KERNELS(dAtan2, Atan2D<atan2_v, atan2_d>)
-ORV_BINARY_KERNELS(sAtan2, Atan2S<atan2_v, atan2_d>)
+ORV_BINARY_KERNELS(sAtan2, Atan2S<atan2_s, atan2_d>)
 ORV_BINARY_KERNELS(dAtan2pi, Atan2D<atan2pi_v, atan2pi_d>)
-ORV_BINARY_KERNELS(sAtan2pi, Atan2S<atan2pi_v, atan2pi_d>)
+ORV_BINARY_KERNELS(sAtan2pi, Atan2S<atan2pi_s, atan2pi_d>)

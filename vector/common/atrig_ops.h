@@ -41,4 +41,25 @@ inline void low_words(__m128d t, int32_t* j0, int32_t* j1) {
     *j1 = _mm_cvtsi128_si32(_mm_unpackhi_epi64(ti, ti));
 }
 
+// The number of all-ones lanes among four comparison masks, per 64-bit lane:
+// i_l = -(m1[l] + m2[l] + m3[l] + m4[l]) as integers.
+inline void count_masks(__m128d m1, __m128d m2, __m128d m3, __m128d m4, int32_t* i0, int32_t* i1) {
+    const __m128i s = _mm_sub_epi64(
+        _mm_sub_epi64(_mm_sub_epi64(_mm_sub_epi64(_mm_setzero_si128(), _mm_castpd_si128(m1)), _mm_castpd_si128(m2)),
+                      _mm_castpd_si128(m3)),
+        _mm_castpd_si128(m4));
+    *i0 = _mm_cvtsi128_si32(s);
+    *i1 = _mm_cvtsi128_si32(_mm_unpackhi_epi64(s, s));
+}
+
+// Six columns of a table with 16-byte aligned rows of 8 doubles, row i0 for
+// lane 0 and i1 for lane 1: out[k] = {t[i0][k], t[i1][k]}, k < 6.
+inline void gather6(const double (*t)[8], int32_t i0, int32_t i1, __m128d* out) {
+    for (int k = 0; k < 6; k += 2) {
+        const __m128d r0 = _mm_load_pd(&t[i0][k]), r1 = _mm_load_pd(&t[i1][k]);
+        out[k] = _mm_unpacklo_pd(r0, r1);
+        out[k + 1] = _mm_unpackhi_pd(r0, r1);
+    }
+}
+
 }  // namespace orv::vec::atrig_ops
