@@ -3,7 +3,9 @@
 the repetitions) with the numpy figures of bench/atrig_peers.py: our
 throughput and its ratio to each peer (ours / peer, above 1 is faster).
 
-  tools/bench_atrig_table.py r.json numpy.txt
+  tools/bench_atrig_table.py numpy.txt r.json [more.json ...]
+
+A later JSON file replaces the figures of the benchmarks it repeats.
 """
 import json
 import re
@@ -16,16 +18,16 @@ PEERS = ["glibc", "libmvec_sse", "sleef_u10_sse2", "sleef_u35_sse2", "libmvec_av
 
 def main():
     rate = {}
-    for b in json.load(open(sys.argv[1]))["benchmarks"]:
-        if b.get("aggregate_name", "median") != "median":
-            continue
-        m = re.match(r"(\w+)/(\w+)/(\d+)", b["run_name"] if "run_name" in b else b["name"])
-        rate[(m.group(1), m.group(2), int(m.group(3)))] = b["items_per_second"]
-    if len(sys.argv) > 2:
-        for line in open(sys.argv[2]):
-            m = re.match(r"(\w+)/numpy/(\d+) ([\d.]+) ns", line)
-            if m:
-                rate[(m.group(1), "numpy", int(m.group(2)))] = 1e9 / float(m.group(3))
+    for path in sys.argv[2:]:
+        for b in json.load(open(path))["benchmarks"]:
+            if b.get("aggregate_name", "median") != "median":
+                continue
+            m = re.match(r"(\w+)/(\w+)/(\d+)", b["run_name"] if "run_name" in b else b["name"])
+            rate[(m.group(1), m.group(2), int(m.group(3)))] = b["items_per_second"]
+    for line in open(sys.argv[1]):
+        m = re.match(r"(\w+)/numpy/(\d+) ([\d.]+) ns", line)
+        if m:
+            rate[(m.group(1), "numpy", int(m.group(2)))] = 1e9 / float(m.group(3))
     fns = []
     for (f, impl, n) in rate:
         if impl == "orv" and (f, n) not in fns:

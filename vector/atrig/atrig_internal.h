@@ -158,44 +158,44 @@ inline DdV atan2_core(V ay, V ax, V neg_x) {
 // asin(x) - x = x^3 P(x^2) for |x| <= 1/2
 inline V asin_tail(V x, V z) { return x * z * hornerv(z, kAsinP); }
 
-// For 1/2 < a <= 1: s + sl = sqrt((1 - a)/2) in double-double and
-// w = 2 (sl + asin(s) - s), so that asin(s) = (2 s + w)/2.
-struct HalfAngle {
-    V s2, w;
+// One polynomial for both ranges of a = |x| <= 1: t = a and tl = 0 up to 1/2,
+// else t + tl = sqrt((1 - a)/2) in double-double (the root corrected by its
+// exact residual); p = asin(t) - t = t^3 P(t^2).
+struct AsinArg {
+    V t, tl, p, small;
 };
-inline HalfAngle half_angle(V a) {
-    const V z = (splat(1.0) - a) * splat(0.5);  // exact for a >= 1/2
-    const V s = simd::sqrt(z);
+inline AsinArg asin_arg(V a) {
+    const V small = simd::le(a, splat(0.5));
+    const V zb = (splat(1.0) - a) * splat(0.5);  // exact for a >= 1/2
+    const V s = simd::sqrt(zb);
     const DdV ss = two_prod(s, s);
-    const V sl = ((z - ss.hi) - ss.lo) / ((s + s) + splat(1e-300));  // 0 when z is 0
-    return {s + s, (sl + asin_tail(s, z)) * splat(2.0)};
+    const V sl = ((zb - ss.hi) - ss.lo) / ((s + s) + splat(1e-300));  // 0 when zb is 0
+    const V t = simd::select(small, a, s);
+    const V z = simd::select(small, a * a, zb);
+    return {t, simd::bandnot(small, sl), asin_tail(t, z), small};
 }
 
-// asin(x) for |x| <= 1 (the sign of x kept)
+// asin(x) for |x| <= 1 (the sign of x kept): asin t, or pi/2 - 2 asin t
 inline DdV asin_core(V x) {
-    const V a = ops::abs_of(x);
-    const V small = simd::le(a, splat(0.5));
-    const V z = x * x;
-    const V ps = asin_tail(a, z);
-    const HalfAngle h = half_angle(a);
-    const DdV big = two_sum(splat(kPio2Hi), splat(0.0) - h.s2);
-    const V hi = simd::select(small, a, big.hi);
-    const V lo = simd::select(small, ps, big.lo + (splat(kPio2Lo) - h.w));
+    const AsinArg g = asin_arg(ops::abs_of(x));
+    const V t2 = g.t + g.t, w = (g.tl + g.p) * splat(2.0);
+    const DdV big = two_sum(splat(kPio2Hi), splat(0.0) - t2);
+    const V hi = simd::select(g.small, g.t, big.hi);
+    const V lo = simd::select(g.small, g.p, big.lo + (splat(kPio2Lo) - w));
     return {ops::xor_sign(hi, x), ops::xor_sign(lo, x)};
 }
 
-// acos(x) for |x| <= 1
+// acos(x) for |x| <= 1: pi/2 - asin x, 2 asin t, or pi - 2 asin t
 inline DdV acos_core(V x) {
     using simd::select;
-    const V a = ops::abs_of(x);
-    const V small = simd::le(a, splat(0.5)), neg = simd::negative(x);
-    const V z = x * x;
+    const AsinArg g = asin_arg(ops::abs_of(x));
+    const V neg = simd::negative(x);
+    const V t2 = g.t + g.t, w = (g.tl + g.p) * splat(2.0);
     const DdV mid = two_sum(splat(kPio2Hi), splat(0.0) - x);
-    const V mid_lo = mid.lo + (splat(kPio2Lo) - asin_tail(x, z));
-    const HalfAngle h = half_angle(a);
-    const DdV left = two_sum(splat(kPiHi), splat(0.0) - h.s2);
-    const V hi = select(small, mid.hi, select(neg, left.hi, h.s2));
-    const V lo = select(small, mid_lo, select(neg, left.lo + (splat(kPiLo) - h.w), h.w));
+    const V mid_lo = mid.lo + (splat(kPio2Lo) - ops::xor_sign(g.p, x));
+    const DdV left = two_sum(splat(kPiHi), splat(0.0) - t2);
+    const V hi = select(g.small, mid.hi, select(neg, left.hi, t2));
+    const V lo = select(g.small, mid_lo, select(neg, left.lo + (splat(kPiLo) - w), w));
     return {hi, lo};
 }
 
