@@ -99,6 +99,7 @@ bench)
     /usr/bin/python3 bench/bench_twister.py build-bench/bench/bench_twister > bench/results/bench_twister_numpy.md
     /usr/bin/python3 bench/bench_qrng_peers.py build-bench/bench/bench_qrng > bench/results/bench_qrng_peers.md
     /usr/bin/python3 bench/dist_peers.py build-bench/bench/bench_dist > bench/results/bench_dist_peers.md
+    /usr/bin/python3 bench/atrig_peers.py > bench/results/bench_atrig_numpy.txt
     ;;
 accuracy-full)
     install_missing
