@@ -197,14 +197,15 @@ struct HypotK {
             return hypot_core(x, y);
         }
     }
-    // either component outside [2^-500, 2^500] (single: any zero, denormal,
-    // infinity or NaN, since the double sum of squares covers the rest)
+    // either component outside [2^-500, 2^500] (single: outside [2^-126,
+    // 2^127), where the result may leave the normal range; the double sum
+    // of squares covers the rest)
     static bool special(T x, T y) {
         using F = orv::vec::Fmt<T>;
         const auto ax = orv::vec::bits(x) & F::kAbs, ay = orv::vec::bits(y) & F::kAbs;
         if constexpr (sizeof(T) == 4) {
-            return ax - F::kMinNormal >= F::kExpMask - F::kMinNormal ||
-                   ay - F::kMinNormal >= F::kExpMask - F::kMinNormal;
+            constexpr uint32_t top = 0x7F000000u;  // 2^127
+            return ax - F::kMinNormal >= top - F::kMinNormal || ay - F::kMinNormal >= top - F::kMinNormal;
         } else {
             constexpr uint64_t lo = 0x20B0000000000000ull, hi = 0x5F30000000000000ull;
             return ax - lo >= hi - lo || ay - lo >= hi - lo;
