@@ -30,3 +30,50 @@ inline bool is_odd_integer(double x) {
 }
 
 }  // namespace orv::vec::power_ops
+
+namespace orv::vec::power_ops {
+
+// ---- on SSE2 registers of two doubles ----
+
+// The 64-bit integer lanes of a register, and back (bit casts).
+inline __m128i ibits(__m128d x) { return _mm_castpd_si128(x); }
+inline __m128d dbits(__m128i x) { return _mm_castsi128_pd(x); }
+// a - b, a + b, a & b and a >> s (logical) on 64-bit lanes.
+inline __m128i sub64(__m128i a, __m128i b) { return _mm_sub_epi64(a, b); }
+inline __m128i add64(__m128i a, __m128i b) { return _mm_add_epi64(a, b); }
+inline __m128i and64(__m128i a, uint64_t m) { return _mm_and_si128(a, _mm_set1_epi64x(int64_t(m))); }
+inline __m128i splat64(uint64_t v) { return _mm_set1_epi64x(int64_t(v)); }
+template <int S>
+inline __m128i srl64(__m128i a) { return _mm_srli_epi64(a, S); }
+// double(int64_t(t) >> 52) for each lane: the arithmetic shift of the
+// high word by 20, converted.
+inline __m128d sar52_to_double(__m128i t) {
+    const __m128i hi = _mm_srai_epi32(t, 20);
+    return _mm_cvtepi32_pd(_mm_shuffle_epi32(hi, _MM_SHUFFLE(3, 3, 3, 1)));
+}
+// Rows of three doubles by the low 32 bits of each 64-bit lane of idx.
+inline void gather3(const double (*table)[3], __m128i idx, __m128d* c0, __m128d* c1, __m128d* c2) {
+    const int j0 = _mm_cvtsi128_si32(idx);
+    const int j1 = _mm_cvtsi128_si32(_mm_unpackhi_epi64(idx, idx));
+    const __m128d a01 = _mm_loadu_pd(table[j0]), b01 = _mm_loadu_pd(table[j1]);
+    *c0 = _mm_unpacklo_pd(a01, b01);
+    *c1 = _mm_unpackhi_pd(a01, b01);
+    *c2 = _mm_loadh_pd(_mm_load_sd(table[j0] + 2), table[j1] + 2);
+}
+// Dekker's exact product per lane: a b = hi + *lo (no overflow or underflow).
+inline __m128d two_prod(__m128d a, __m128d b, __m128d* lo) {
+    const __m128d c = _mm_set1_pd(134217729.0);  // 2^27 + 1
+    const __m128d ca = c * a, cb = c * b;
+    const __m128d ah = ca - (ca - a), bh = cb - (cb - b);
+    const __m128d al = a - ah, bl = b - bh;
+    const __m128d p = a * b;
+    *lo = ((ah * bh - p) + ah * bl + al * bh) + al * bl;
+    return p;
+}
+// v 2^n with n in bits 6 to 17 of the lanes of t (two's complement), added
+// to the exponent field: v and the result in the normal range.
+inline __m128d scale_by_t(__m128d v, __m128i t) {
+    return dbits(add64(ibits(v), _mm_slli_epi64(and64(t, 0x3FFC0), 46)));
+}
+
+}  // namespace orv::vec::power_ops

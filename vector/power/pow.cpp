@@ -10,6 +10,8 @@
 #include <limits>
 
 #include "vector/block_driver.h"
+#include "vector/common/bits.h"
+#include "vector/common/gather.h"
 #include "vector/power/power_core.h"
 #include "vtm_kernels.h"
 
@@ -155,14 +157,73 @@ struct PowBase {
     static int32_t callout(T x, T y, T* r) { return Callout(x, y, r); }
 };
 
+// The double block step on a register of two lanes: the same operations
+// as pow_pos, in the same order, so the lanes agree bit for bit with it.
+namespace po = orv::vec::power_ops;
+using V2 = __m128d;
+inline V2 splat(double v) { return orv::vec::bitops::splat(v); }
+
+inline V2 ln_acc_v(V2 x, V2* lo) {
+    using namespace orv::explog;
+    const __m128i ix = po::ibits(x);
+    const __m128i tmp = po::sub64(ix, po::splat64(kLogBase));
+    const __m128i idx = po::and64(po::srl64<45>(tmp), 127);
+    const V2 dk = po::sar52_to_double(tmp);
+    const V2 z = po::dbits(po::sub64(ix, po::and64(tmp, 0xFFF0000000000000ull)));
+    V2 rc, l1, l2;
+    po::gather3(kLogD, idx, &rc, &l1, &l2);
+    const V2 zh = po::dbits(po::and64(po::ibits(z), ~0x1FFFFFull));
+    V2 rl;
+    const V2 r = dd::two_sum(zh * rc - splat(1.0), (z - zh) * rc, &rl);
+    V2 sql;
+    const V2 sqh = po::two_prod(r, r, &sql);
+    const V2 p = ((((((splat(-0.1) * r + splat(1.0 / 9)) * r - splat(0.125)) * r + splat(1.0 / 7)) * r -
+                    splat(1.0 / 6)) * r + splat(0.2)) * r - splat(0.25)) * r + splat(1.0 / 3);
+    const V2 tail = sqh * r * p - r * rl;
+    const V2 s0 = dk * splat(kLn2Hi) + l1;
+    V2 e1, e2;
+    const V2 s1 = dd::two_sum(s0, r, &e1);
+    const V2 s2 = dd::two_sum(s1, splat(-0.5) * sqh, &e2);
+    const V2 lsum = ((e1 + e2) + (rl - splat(0.5) * sql)) + (tail + (dk * splat(kLn2Lo) + l2));
+    return dd::two_sum(s2, lsum, lo);
+}
+
+// kExact: y ln x by Dekker's product (else two plain products, for EP).
+template <bool kDeg5, bool kExact = true>
+inline V2 pow_pos_v(V2 x, V2 y) {
+    using namespace orv::explog;
+    V2 llo;
+    const V2 lhi = ln_acc_v(x, &llo);
+    V2 h, e;
+    if constexpr (kExact) {
+        V2 plo;
+        const V2 ph = po::two_prod(y, lhi, &plo);
+        h = dd::fast_two_sum(ph, plo + y * llo, &e);
+    } else {
+        h = y * lhi;
+        e = y * llo;
+    }
+    const V2 t = h * splat(kInvLn2x64) + splat(kShiftD);
+    const V2 k = t - splat(kShiftD);
+    const V2 r = ((k * splat(kNegLn2by64Hi) + h) + k * splat(kNegLn2by64Lo)) + e;
+    const __m128i ti = po::ibits(t);
+    V2 thi, tlo;
+    orv::vec::gather::pairs(kExp64D, ti, 63, &thi, &tlo);
+    const V2 c = kDeg5 ? (r * splat(kE6) + splat(kE5)) : splat(kE5);
+    const V2 q = (((c * r + splat(kE4)) * r + splat(kE3)) * r + splat(0.5)) * r * r + r;
+    return po::scale_by_t(thi + (q * thi + tlo), ti);
+}
+
 struct PowD : PowBase<double, pow_callout<double>> {
     static double fast(double x, double y) { return pow_pos(x, y); }
+    static V2 fastv(V2 x, V2 y) { return pow_pos_v<true>(x, y); }
 };
 struct PowS : PowBase<float, pow_callout<float>> {
     static float fast(float x, float y) { return pow_pos_s(x, y); }
 };
 struct PowrD : PowBase<double, powr_callout<double>> {
     static double fast(double x, double y) { return pow_pos(x, y); }
+    static V2 fastv(V2 x, V2 y) { return pow_pos_v<true>(x, y); }
 };
 struct PowrS : PowBase<float, powr_callout<float>> {
     static float fast(float x, float y) { return pow_pos_s(x, y); }
@@ -170,18 +231,15 @@ struct PowrS : PowBase<float, powr_callout<float>> {
 
 // Cheaper steps of Powx. Double LA: the exponential's polynomial one
 // degree shorter (the dropped term is below 2^-54.7). Double EP: y ln x as
-// two plain products, no exact product, and the shorter polynomial. Single
+// two plain products instead of Dekker's, and the shorter polynomial. Single
 // LA: ln x rounded to one double (y ln x then errs by 2^-46 at most);
 // single EP: the shorter polynomial as well.
 struct PowxLaD : PowD {
     static double fast(double x, double y) { return pow_pos<false>(x, y); }
+    static V2 fastv(V2 x, V2 y) { return pow_pos_v<false>(x, y); }
 };
-struct PowxEpD : PowD {
-    static double fast(double x, double y) {
-        const Dd l = orv::explog::ln_dd(bits_of(x), 0);
-        const ExpParts e = exp_parts_dd<false>(y * l.hi, y * l.lo);
-        return scale_normal(e.thi + e.p, e.n);
-    }
+struct PowxEpD : PowBase<double, pow_callout<double>> {
+    static V2 fastv(V2 x, V2 y) { return pow_pos_v<false, false>(x, y); }
 };
 struct PowxLaS : PowS {
     static float fast(float x, float y) {
@@ -208,9 +266,15 @@ void powx_run(int n, const typename K::T* a, long inca, typename K::T b, typenam
     constexpr int kB = orv::vec::kBlock;
     for (long i0 = 0; i0 < n; i0 += kB) {
         const int cnt = n - i0 < kB ? int(n - i0) : kB;
-        T x[kB], z[kB];
+        T x[kB + 1], z[kB + 1];
         for (int l = 0; l < cnt; ++l) x[l] = a[(i0 + l) * inca];
-        for (int l = 0; l < cnt; ++l) z[l] = K::fast(x[l], b);
+        if constexpr (requires { K::fastv(V2{}, V2{}); }) {
+            using R = orv::vec::simd::Reg<T>;
+            if (cnt & 1) x[cnt] = T(0.75);  // the filler of an odd tail
+            for (int l = 0; l < cnt; l += 2) R::store(z + l, K::fastv(R::load(x + l), R::set1(b)));
+        } else {
+            for (int l = 0; l < cnt; ++l) z[l] = K::fast(x[l], b);
+        }
         for (int l = 0; l < cnt; ++l) {
             if (!K::special(x[l], b)) continue;
             const int32_t st = K::callout(x[l], b, &z[l]);
