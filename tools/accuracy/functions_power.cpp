@@ -58,6 +58,21 @@ double draw_x(std::mt19937_64& g, double y, bool single) {
 }
 const PairDraw kPowPairs{draw_y, draw_x};
 
+// Hypot: one component over all binades, the other within 2^-30 to 2^30 of
+// it, where neither term of the sum is negligible.
+double hypot_y(std::mt19937_64& g, bool single) {
+    std::uniform_real_distribution<double> u(0.0, 1.0);
+    const double lo = single ? -149.0 : -1074.0, hi = single ? 128.0 : 1024.0;
+    const double m = std::exp2(lo + (hi - lo) * u(g));
+    return g() & 1 ? -m : m;
+}
+double hypot_x(std::mt19937_64& g, double y, bool) {
+    std::uniform_real_distribution<double> u(-30.0, 30.0);
+    const double m = y * std::exp2(u(g));
+    return g() & 1 ? -m : m;
+}
+const PairDraw kHypotPairs{hypot_y, hypot_x};
+
 const std::vector<double> kNone = {};
 const std::vector<double> kPowTh = {1.0, -1.0, 0.5, 2.0, 3.0, -3.0, 0x1p-60};
 // The 128 rows of the logarithm table that Pow reduces x by.
@@ -86,8 +101,8 @@ const Describe known({
     KNOWN(d, Pow2o3, pow2o3_, All, kThirds, kNone, kNone, nullptr),
     KNOWN(s, Pow3o2, pow3o2_, Positive, kPow3o2Th, kNone, kNone, nullptr),
     KNOWN(d, Pow3o2, pow3o2_, Positive, kPow3o2Th, kNone, kNone, nullptr),
-    KNOWN(s, Hypot, hypot_, All, kHypotTh, kNone, kNone, nullptr),
-    KNOWN(d, Hypot, hypot_, All, kHypotTh, kNone, kNone, nullptr),
+    KNOWN(s, Hypot, hypot_, All, kHypotTh, kNone, kNone, &kHypotPairs),
+    KNOWN(d, Hypot, hypot_, All, kHypotTh, kNone, kNone, &kHypotPairs),
 });
 
 }  // namespace

@@ -51,6 +51,10 @@ inline __m128d sar52_to_double(__m128i t) {
     const __m128i hi = _mm_srai_epi32(t, 20);
     return _mm_cvtepi32_pd(_mm_shuffle_epi32(hi, _MM_SHUFFLE(3, 3, 3, 1)));
 }
+// double(int32_t(t >> 32)) for each 64-bit lane: the high words, converted.
+inline __m128d hi_words_to_double(__m128i t) {
+    return _mm_cvtepi32_pd(_mm_shuffle_epi32(t, _MM_SHUFFLE(3, 3, 3, 1)));
+}
 // Rows of three doubles by the low 32 bits of each 64-bit lane of idx.
 inline void gather3(const double (*table)[3], __m128i idx, __m128d* c0, __m128d* c1, __m128d* c2) {
     const int j0 = _mm_cvtsi128_si32(idx);
@@ -60,16 +64,41 @@ inline void gather3(const double (*table)[3], __m128i idx, __m128d* c0, __m128d*
     *c1 = _mm_unpackhi_pd(a01, b01);
     *c2 = _mm_loadh_pd(_mm_load_sd(table[j0] + 2), table[j1] + 2);
 }
-// Dekker's exact product per lane: a b = hi + *lo (no overflow or underflow).
-inline __m128d two_prod(__m128d a, __m128d b, __m128d* lo) {
-    const __m128d c = _mm_set1_pd(134217729.0);  // 2^27 + 1
-    const __m128d ca = c * a, cb = c * b;
-    const __m128d ah = ca - (ca - a), bh = cb - (cb - b);
-    const __m128d al = a - ah, bl = b - bh;
-    const __m128d p = a * b;
+// Dekker's exact product: a b = hi + *lo (no overflow or underflow), on a
+// double or on each lane of a register.
+template <typename V>
+inline V two_prod(V a, V b, V* lo) {
+    const V ca = a * 134217729.0, cb = b * 134217729.0;  // 2^27 + 1
+    const V ah = ca - (ca - a), bh = cb - (cb - b);
+    const V al = a - ah, bl = b - bh;
+    const V p = a * b;
     *lo = ((ah * bh - p) + ah * bl + al * bh) + al * bl;
     return p;
 }
+// For a positive normal double in each lane: returns m = x 2^(-3k) in
+// [1, 8) with k = floor(e / 3), e the exponent of x, and sets *k52 to k
+// shifted into the exponent field (k << 52, two's complement), so that a
+// result is scaled by 2^k by adding *k52 to its bits. Scalar meaning:
+// k = floor(e / 3), taken here as trunc((e + 1023 + 2046.5) / 3) - 1023.
+inline __m128d thirds(__m128d x, __m128i* k52) {
+    const __m128i eb = _mm_srli_epi32(_mm_shuffle_epi32(ibits(x), _MM_SHUFFLE(3, 3, 3, 1)), 20);
+    const __m128d q = (_mm_cvtepi32_pd(eb) + 2046.5) * (1.0 / 3.0);
+    const __m128i k = _mm_sub_epi32(_mm_cvttpd_epi32(q), _mm_set1_epi32(1023));
+    *k52 = _mm_slli_epi64(_mm_unpacklo_epi32(k, _mm_srai_epi32(k, 31)), 52);
+    return dbits(sub64(ibits(x), add64(add64(*k52, *k52), *k52)));
+}
+// All ones in the lanes holding a zero, a denormal, an infinity or a NaN.
+inline __m128d not_normal(__m128d x) {
+    const __m128i hi = _mm_and_si128(_mm_shuffle_epi32(ibits(x), _MM_SHUFFLE(3, 3, 1, 1)),
+                                     _mm_set1_epi32(0x7FFFFFFF));
+    const __m128i t = _mm_xor_si128(_mm_sub_epi32(hi, _mm_set1_epi32(0x00100000)),
+                                    _mm_set1_epi32(int(0x80000000u)));
+    return dbits(_mm_cmpgt_epi32(t, _mm_set1_epi32(int((0x7FE00000u - 1) ^ 0x80000000u))));
+}
+// The sign bits of x, and |x|.
+inline __m128d sign_of(__m128d x) { return _mm_and_pd(x, dbits(splat64(0x8000000000000000ull))); }
+inline __m128d abs_of(__m128d x) { return _mm_andnot_pd(dbits(splat64(0x8000000000000000ull)), x); }
+
 // v 2^n with n in bits 6 to 17 of the lanes of t (two's complement), added
 // to the exponent field: v and the result in the normal range.
 inline __m128d scale_by_t(__m128d v, __m128i t) {

@@ -143,7 +143,30 @@ bool pow_special(T x, T y) {
     const auto bx = orv::vec::bits(x);
     if (bx - F::kMinNormal >= F::kExpMask - F::kMinNormal) return true;  // <= 0, denormal, inf, NaN
     if ((orv::vec::bits(y) & F::kAbs) >= F::kExpMask) return true;
-    return log2_bound(double(x), double(y)) > (sizeof(T) == 4 ? 125.0 : 1000.0);
+    if constexpr (sizeof(T) == 8) {
+        // as pow_special_v, lane for lane
+        const int32_t hi = static_cast<int32_t>((bx - 0x3FF0000000000000ull) >> 32);
+        const double a = double(hi) * 0x1p-20;
+        return std::fabs(y) * (std::fabs(a) + 0.0862) > 1000.0;
+    }
+    return log2_bound(double(x), double(y)) > 125.0;
+}
+
+// The same test on a register of two doubles, all ones in the flagged
+// lanes; log2 x is bounded from the high word of bits(x) - bits(1), which
+// is log2 x to within 0.0862 in units of 2^-20.
+inline __m128d pow_special_v(__m128d x, __m128d y) {
+    namespace sd = orv::vec::simd;
+    const __m128d bad_x = sd::outside(x, 0x00100000u, 0x7FE00000u);
+    const __m128d bad_y = sd::outside(sd::band(y, orv::vec::simd::Reg<double>::bits(0x7FFFFFFFFFFFFFFFull)),
+                                      0u, 0x7FF00000u);
+    const __m128d a = orv::vec::power_ops::hi_words_to_double(
+                          orv::vec::power_ops::sub64(orv::vec::power_ops::ibits(x),
+                                                     orv::vec::power_ops::splat64(0x3FF0000000000000ull))) *
+                      orv::vec::bitops::splat(0x1p-20);
+    const __m128d abs = orv::vec::simd::Reg<double>::bits(0x7FFFFFFFFFFFFFFFull);
+    const __m128d bound = sd::band(y, abs) * (sd::band(a, abs) + orv::vec::bitops::splat(0.0862));
+    return sd::bor(sd::bor(bad_x, bad_y), sd::lt(orv::vec::bitops::splat(1000.0), bound));
 }
 
 template <typename T_, int32_t (*Callout)(T_, T_, T_*)>
@@ -215,6 +238,7 @@ inline V2 pow_pos_v(V2 x, V2 y) {
 }
 
 struct PowD : PowBase<double, pow_callout<double>> {
+    static V2 specialv(V2 x, V2 y) { return pow_special_v(x, y); }
     static double fast(double x, double y) { return pow_pos(x, y); }
     static V2 fastv(V2 x, V2 y) { return pow_pos_v<true>(x, y); }
 };
@@ -222,6 +246,7 @@ struct PowS : PowBase<float, pow_callout<float>> {
     static float fast(float x, float y) { return pow_pos_s(x, y); }
 };
 struct PowrD : PowBase<double, powr_callout<double>> {
+    static V2 specialv(V2 x, V2 y) { return pow_special_v(x, y); }
     static double fast(double x, double y) { return pow_pos(x, y); }
     static V2 fastv(V2 x, V2 y) { return pow_pos_v<true>(x, y); }
 };
@@ -239,6 +264,7 @@ struct PowxLaD : PowD {
     static V2 fastv(V2 x, V2 y) { return pow_pos_v<false>(x, y); }
 };
 struct PowxEpD : PowBase<double, pow_callout<double>> {
+    static V2 specialv(V2 x, V2 y) { return pow_special_v(x, y); }
     static V2 fastv(V2 x, V2 y) { return pow_pos_v<false, false>(x, y); }
 };
 struct PowxLaS : PowS {

@@ -141,43 +141,54 @@ inline Thirds split_thirds(double x) {
 // error below 8.6 %, a weighted least-squares fit) and three steps of the
 // series (1 + d)^(-1/3) = 1 - d/3 + 2 d^2/9 with d = m t^3 - 1, each of
 // which about triples the correct bits (8.6e-2, 2.5e-3, 7.6e-8, 2^-52).
-inline double inv_cbrt_start(double m) {
-    double t = (0.0091 * m - 0.1387) * m + 1.0444;
+template <typename V>
+inline V inv_cbrt_start(V m) {
+    V t = (m * 0.0091 - 0.1387) * m + 1.0444;
     for (int i = 0; i < 3; ++i) {
-        const double d = m * t * t * t - 1.0;
+        const V d = m * t * t * t - 1.0;
         t = t - t * d * (1.0 / 3.0 - d * (2.0 / 9.0));
     }
     return t;
 }
 
+// The following take doubles or registers of two doubles alike (Dekker's
+// product by power_ops::two_prod; scalars mix with registers lane by lane).
+using orv::vec::power_ops::two_prod;
+
 // One Newton correction of t ~ m^(-1/3) with the residual 1 - m t^3 formed
 // exactly in double-double: the result errs by about 0.5 ulp.
-inline double inv_cbrt_fix(double m, double t) {
-    const Dd s = dd::two_prod(t, t);
-    const Dd u = dd::two_prod(s.hi, t);
-    const double ul = u.lo + s.lo * t;
-    const Dd v = dd::two_prod(m, u.hi);
-    const double e = (1.0 - v.hi) - (v.lo + m * ul);
+template <typename V>
+inline V inv_cbrt_fix(V m, V t) {
+    V sl, ul, vl;
+    const V sh = two_prod(t, t, &sl);
+    const V uh = two_prod(sh, t, &ul);
+    ul = ul + sl * t;
+    const V vh = two_prod(m, uh, &vl);
+    const V e = (1.0 - vh) - (vl + m * ul);
     return t + t * (e * (1.0 / 3.0));
 }
 
 // c ~ m^(1/3) corrected with the exact residual m - c^3.
-inline double cbrt_fix(double m, double c) {
-    const Dd s = dd::two_prod(c, c);
-    const Dd u = dd::two_prod(s.hi, c);
-    const double ul = u.lo + s.lo * c;
-    const double e = (m - u.hi) - ul;
-    return c + e / (3.0 * s.hi);
+template <typename V>
+inline V cbrt_fix(V m, V c) {
+    V sl, ul;
+    const V sh = two_prod(c, c, &sl);
+    const V uh = two_prod(sh, c, &ul);
+    ul = ul + sl * c;
+    const V e = (m - uh) - ul;
+    return c + e / (sh * 3.0);
 }
 
 // y ~ m^(2/3) corrected with the exact residual m^2 - y^3.
-inline double pow2o3_fix(double m, double y) {
-    const Dd m2 = dd::two_prod(m, m);
-    const Dd s = dd::two_prod(y, y);
-    const Dd u = dd::two_prod(s.hi, y);
-    const double ul = u.lo + s.lo * y;
-    const double e = (m2.hi - u.hi) + (m2.lo - ul);
-    return y + e / (3.0 * s.hi);
+template <typename V>
+inline V pow2o3_fix(V m, V y) {
+    V m2l, sl, ul;
+    const V m2h = two_prod(m, m, &m2l);
+    const V sh = two_prod(y, y, &sl);
+    const V uh = two_prod(sh, y, &ul);
+    ul = ul + sl * y;
+    const V e = (m2h - uh) + (m2l - ul);
+    return y + e / (sh * 3.0);
 }
 
 inline double pow2(int64_t k) { return double_of(static_cast<uint64_t>(k + 1023) << 52); }

@@ -157,6 +157,32 @@ struct UnaryBase {
 template <typename T>
 inline T with_sign(double v, T x) { return T(x < 0 ? -v : v); }
 
+// The double block steps on registers of two lanes, the same operations as
+// the scalar cores in the same order.
+namespace po = orv::vec::power_ops;
+using V2 = __m128d;
+inline V2 cbrt_v(V2 x) {
+    __m128i k52;
+    const V2 m = po::thirds(po::abs_of(x), &k52);
+    const V2 t = inv_cbrt_start(m);
+    const V2 c = cbrt_fix(m, m * t * t);
+    return orv::vec::simd::bor(po::dbits(po::add64(po::ibits(c), k52)), po::sign_of(x));
+}
+inline V2 inv_cbrt_v(V2 x) {
+    __m128i k52;
+    const V2 m = po::thirds(po::abs_of(x), &k52);
+    const V2 t = inv_cbrt_fix(m, inv_cbrt_start(m));
+    return orv::vec::simd::bor(po::dbits(po::sub64(po::ibits(t), k52)), po::sign_of(x));
+}
+inline V2 pow2o3_v(V2 x) {
+    __m128i k52;
+    const V2 m = po::thirds(po::abs_of(x), &k52);
+    const V2 t = inv_cbrt_start(m);
+    const V2 c = m * t * t;
+    const V2 y = pow2o3_fix(m, c * c);
+    return po::dbits(po::add64(po::ibits(y), po::add64(k52, k52)));
+}
+
 template <typename T>
 struct CbrtK : UnaryBase<T, cbrt_callout<T>, true> {
     static T fast(T x) { return with_sign<T>(cbrt_pos(std::fabs(double(x))), x); }
@@ -168,6 +194,22 @@ struct InvCbrtK : UnaryBase<T, inv_cbrt_callout<T>, true> {
 template <typename T>
 struct Pow2o3K : UnaryBase<T, pow2o3_callout<T>, false> {
     static T fast(T x) { return T(pow2o3_pos(std::fabs(double(x)))); }
+};
+// Double: the register step and register test.
+template <>
+struct CbrtK<double> : UnaryBase<double, cbrt_callout<double>, true> {
+    static V2 fastv(V2 x) { return cbrt_v(x); }
+    static V2 specialv(V2 x) { return po::not_normal(x); }
+};
+template <>
+struct InvCbrtK<double> : UnaryBase<double, inv_cbrt_callout<double>, true> {
+    static V2 fastv(V2 x) { return inv_cbrt_v(x); }
+    static V2 specialv(V2 x) { return po::not_normal(x); }
+};
+template <>
+struct Pow2o3K<double> : UnaryBase<double, pow2o3_callout<double>, false> {
+    static V2 fastv(V2 x) { return pow2o3_v(x); }
+    static V2 specialv(V2 x) { return po::not_normal(x); }
 };
 template <typename T>
 struct Pow3o2K : UnaryBase<T, pow3o2_callout<T>, false> {
