@@ -99,6 +99,11 @@ inline __m128d not_normal(__m128d x) {
 inline __m128d sign_of(__m128d x) { return _mm_and_pd(x, dbits(splat64(0x8000000000000000ull))); }
 inline __m128d abs_of(__m128d x) { return _mm_andnot_pd(dbits(splat64(0x8000000000000000ull)), x); }
 
+// Lanes 0, 1 and lanes 2, 3 of a float register as doubles, and back.
+inline __m128d widen_lo(__m128 x) { return _mm_cvtps_pd(x); }
+inline __m128d widen_hi(__m128 x) { return _mm_cvtps_pd(_mm_movehl_ps(x, x)); }
+inline __m128 narrow(__m128d lo, __m128d hi) { return _mm_movelh_ps(_mm_cvtpd_ps(lo), _mm_cvtpd_ps(hi)); }
+
 // v 2^n with n in bits 6 to 17 of the lanes of t (two's complement), added
 // to the exponent field: v and the result in the normal range.
 inline __m128d scale_by_t(__m128d v, __m128i t) {

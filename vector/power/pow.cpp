@@ -242,8 +242,16 @@ struct PowD : PowBase<double, pow_callout<double>> {
     static double fast(double x, double y) { return pow_pos(x, y); }
     static V2 fastv(V2 x, V2 y) { return pow_pos_v<true>(x, y); }
 };
+// Single on registers: each half widened to double, ln x in double-double,
+// y ln x as two plain products (2^-45 at most off, against the 2^-24 of a
+// float), the exponential in double, one rounding to float.
+inline __m128 pow_s_v(__m128 x, __m128 y) {
+    return po::narrow(pow_pos_v<true, false>(po::widen_lo(x), po::widen_lo(y)),
+                      pow_pos_v<true, false>(po::widen_hi(x), po::widen_hi(y)));
+}
+
 struct PowS : PowBase<float, pow_callout<float>> {
-    static float fast(float x, float y) { return pow_pos_s(x, y); }
+    static __m128 fastv(__m128 x, __m128 y) { return pow_s_v(x, y); }
 };
 struct PowrD : PowBase<double, powr_callout<double>> {
     static V2 specialv(V2 x, V2 y) { return pow_special_v(x, y); }
@@ -251,7 +259,7 @@ struct PowrD : PowBase<double, powr_callout<double>> {
     static V2 fastv(V2 x, V2 y) { return pow_pos_v<true>(x, y); }
 };
 struct PowrS : PowBase<float, powr_callout<float>> {
-    static float fast(float x, float y) { return pow_pos_s(x, y); }
+    static __m128 fastv(__m128 x, __m128 y) { return pow_s_v(x, y); }
 };
 
 // Cheaper steps of Powx. Double LA: the exponential's polynomial one
@@ -267,19 +275,17 @@ struct PowxEpD : PowBase<double, pow_callout<double>> {
     static V2 specialv(V2 x, V2 y) { return pow_special_v(x, y); }
     static V2 fastv(V2 x, V2 y) { return pow_pos_v<false, false>(x, y); }
 };
+// Single LA and EP: the shorter exponential polynomial as well (0.5 ulp
+// measured either way; the two tiers share this step).
+inline __m128 pow_s_v_short(__m128 x, __m128 y) {
+    return po::narrow(pow_pos_v<false, false>(po::widen_lo(x), po::widen_lo(y)),
+                      pow_pos_v<false, false>(po::widen_hi(x), po::widen_hi(y)));
+}
 struct PowxLaS : PowS {
-    static float fast(float x, float y) {
-        const Dd l = orv::explog::ln_dd(bits_of(double(x)), 0);
-        const ExpParts e = exp_parts_dd(double(y) * (l.hi + l.lo), 0.0);
-        return float(scale_normal(e.thi + e.p, e.n));
-    }
+    static __m128 fastv(__m128 x, __m128 y) { return pow_s_v_short(x, y); }
 };
 struct PowxEpS : PowS {
-    static float fast(float x, float y) {
-        const Dd l = orv::explog::ln_dd(bits_of(double(x)), 0);
-        const ExpParts e = exp_parts_dd<false>(double(y) * (l.hi + l.lo), 0.0);
-        return float(scale_normal(e.thi + e.p, e.n));
-    }
+    static __m128 fastv(__m128 x, __m128 y) { return pow_s_v_short(x, y); }
 };
 
 // Powx: blocks of 16 elements, the block step on every lane, then the
@@ -292,15 +298,11 @@ void powx_run(int n, const typename K::T* a, long inca, typename K::T b, typenam
     constexpr int kB = orv::vec::kBlock;
     for (long i0 = 0; i0 < n; i0 += kB) {
         const int cnt = n - i0 < kB ? int(n - i0) : kB;
-        T x[kB + 1], z[kB + 1];
+        using R = orv::vec::simd::Reg<T>;
+        T x[kB + R::kWidth], z[kB + R::kWidth];
         for (int l = 0; l < cnt; ++l) x[l] = a[(i0 + l) * inca];
-        if constexpr (requires { K::fastv(V2{}, V2{}); }) {
-            using R = orv::vec::simd::Reg<T>;
-            if (cnt & 1) x[cnt] = T(0.75);  // the filler of an odd tail
-            for (int l = 0; l < cnt; l += 2) R::store(z + l, K::fastv(R::load(x + l), R::set1(b)));
-        } else {
-            for (int l = 0; l < cnt; ++l) z[l] = K::fast(x[l], b);
-        }
+        for (int l = cnt; l < kB + R::kWidth; ++l) x[l] = T(0.75);  // the filler of a short tail
+        for (int l = 0; l < cnt; l += R::kWidth) R::store(z + l, K::fastv(R::load(x + l), R::set1(b)));
         for (int l = 0; l < cnt; ++l) {
             if (!K::special(x[l], b)) continue;
             const int32_t st = K::callout(x[l], b, &z[l]);

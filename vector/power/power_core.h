@@ -109,14 +109,6 @@ inline double pow_pos(double x, double y) {
     return scale_normal(e.thi + e.p, e.n);
 }
 
-// Single precision: ln x from the logarithm kernels' double-double (good to
-// about 2^-60), exp in double, one rounding to float at the end.
-inline float pow_pos_s(float x, float y) {
-    const Dd l = orv::explog::ln_dd(bits_of(double(x)), 0);
-    const ExpParts e = exp_parts_dd(double(y) * l.hi, double(y) * l.lo);
-    return float(scale_normal(e.thi + e.p, e.n));
-}
-
 // An upper bound of |y log2 x| for positive finite x, from the bits of x:
 // a = (bits - bits(1)) 2^-52 lies within [log2 x - 0.0861, log2 x].
 inline double log2_bound(double x, double y) {
