@@ -199,6 +199,14 @@ struct Evaluator {
                                                     int)>(f.ttab)[slot](n, xs.data(), inc, ys.data(), inc,
                                                                          sa, ha, sb, hb, rs.data(), inc);
                     break;
+                    break;
+                case Shape::ScalarParam:
+                    for (int i = 0, j; i < n; i = j) {  // one call a run of equal exponents
+                        for (j = i + 1; j < n && same_bits(y[j], y[i]); ++j) {}
+                        reinterpret_cast<void (*const*)(int, const T*, int, T, T*, int)>(f.ttab)[slot](
+                            j - i, xs.data() + size_t(i) * inc, inc, y[i], rs.data() + size_t(i) * inc, inc);
+                    }
+                    break;
             }
             for (size_t j = 0; j < rs.size(); ++j)
                 if (j % inc != 0 || j / inc >= size_t(n)) {
@@ -223,6 +231,14 @@ struct Evaluator {
                 case Shape::LinearFrac:
                     reinterpret_cast<void (*const*)(int, const T*, const T*, T, T, T, T, T*)>(f.ttab)[slot](
                         n, x.data(), y.data(), sa, ha, sb, hb, out.data());
+                    break;
+                    break;
+                case Shape::ScalarParam:
+                    for (int i = 0, j; i < n; i = j) {
+                        for (j = i + 1; j < n && same_bits(y[j], y[i]); ++j) {}
+                        reinterpret_cast<void (*const*)(int, const T*, T, T*)>(f.ttab)[slot](
+                            j - i, x.data() + i, y[i], out.data() + i);
+                    }
                     break;
             }
         }
@@ -268,7 +284,9 @@ template <typename T>
 Stats measure(const Function& f, int slot, double bound, long samples, long window, uint64_t seed) {
     Stats st;
     Evaluator<T> ev(f, bound);
-    const bool two = f.shape == Shape::Binary || f.shape == Shape::LinearFrac;
+    const bool two = f.shape == Shape::Binary || f.shape == Shape::LinearFrac ||
+                     f.shape == Shape::ScalarParam;
+    const bool single = sizeof(T) == 4;
     // Special inputs, and every pair of them for two arguments.
     const std::vector<T> sp = special_values<T>(f);
     std::vector<T> x, y;
@@ -300,7 +318,8 @@ Stats measure(const Function& f, int slot, double bound, long samples, long wind
                 std::vector<T> xs(x.begin() + long(at), x.begin() + long(std::min(x.size(), at + chunk)));
                 std::vector<T> ys(xs);
                 if (two)
-                    for (T& v : ys) v = random_value<T>(g, Domain::All);
+                    for (T& v : ys) v = f.pair ? T(f.pair->y(g, single)) : random_value<T>(g, Domain::All);
+                if (f.shape == Shape::ScalarParam) std::fill(ys.begin(), ys.end(), ys[0]);
                 ev.run(slot, xs, ys, false, st);
             }
         }
@@ -311,7 +330,13 @@ Stats measure(const Function& f, int slot, double bound, long samples, long wind
         const long m = std::min(chunk, samples - done);
         x.resize(m);
         y.resize(m);
+        const T chunk_y = f.pair ? T(f.pair->y(g, single)) : T(0);
         for (long i = 0; i < m; ++i) {
+            if (f.pair) {
+                y[i] = f.shape == Shape::ScalarParam ? chunk_y : T(f.pair->y(g, single));
+                x[i] = T(f.pair->x(g, double(y[i]), single));
+                continue;
+            }
             x[i] = random_value<T>(g, f.domain);
             y[i] = two ? random_value<T>(g, Domain::All) : x[i];
         }
@@ -350,7 +375,8 @@ std::vector<Function> rows() {
     const std::map<std::string, Shape> shapes = {{"unary", Shape::Unary},
                                                  {"binary", Shape::Binary},
                                                  {"two_results", Shape::TwoResults},
-                                                 {"linear_frac", Shape::LinearFrac}};
+                                                 {"linear_frac", Shape::LinearFrac},
+                                                 {"scalar_param", Shape::ScalarParam}};
     std::vector<Function> out;
     for (const Gen& g : gen) {
         const auto sh = shapes.find(g.shape);
@@ -363,6 +389,7 @@ std::vector<Function> rows() {
                 f.ref = k.ref;
                 f.domain = k.domain;
                 f.thresholds = k.thresholds;
+                f.pair = k.pair;
                 if (!g.strided) f.edges = k.edges, f.deep = k.deep;
             }
         f.strided = g.strided;

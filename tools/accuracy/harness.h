@@ -9,12 +9,13 @@
 
 #include <mpfr.h>
 
+#include <random>
 #include <string>
 #include <vector>
 
 namespace accuracy {
 
-enum class Shape { Unary, Binary, TwoResults, LinearFrac };
+enum class Shape { Unary, Binary, TwoResults, LinearFrac, ScalarParam };
 // Random inputs: all finite values and sign, positive ones, or positive
 // denormals only (to reach a callout).
 enum class Domain { All, Positive, Denormal };
@@ -22,6 +23,15 @@ enum class Domain { All, Positive, Denormal };
 // The reference writes the exact result (to the precision of r) of the
 // function at a (and b). TwoResults writes both r and r2.
 using Reference = void (*)(mpfr_t r, mpfr_t r2, const mpfr_t a, const mpfr_t b);
+
+// Random inputs of a power: the exponent y, then a base x for it (so that
+// y log2 x falls over the binades of the result rather than mostly beyond
+// them). single is true for float. For ScalarParam (Powx) one y serves a
+// chunk of random inputs.
+struct PairDraw {
+    double (*y)(std::mt19937_64& g, bool single);
+    double (*x)(std::mt19937_64& g, double y, bool single);
+};
 
 // Error bounds in ULP; 0.5 means correctly rounded, 0 means exact.
 inline constexpr double kExact = 0.0;
@@ -40,6 +50,7 @@ struct Function {
     std::vector<double> deep = {};   // edges where results cancel: a deeper window
     bool strided = false;  // the I table, run with increments 3: specials and a tenth
                            // of the random inputs, no windows (same kernels as plain)
+    const PairDraw* pair = nullptr;  // random pairs of a power (else y as x's domain)
 };
 
 // The hand-written part of a function's row, keyed by type and base name.
@@ -50,6 +61,7 @@ struct Known {
     std::vector<double> thresholds = {};
     std::vector<double> edges = {};
     std::vector<double> deep = {};
+    const PairDraw* pair = nullptr;
 };
 std::vector<Known>& knowns();
 struct Describe {

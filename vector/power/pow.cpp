@@ -1,0 +1,366 @@
+// Pow, Powr and Powx in single and double. The log-exp route: ln x in
+// double-double from the 128-row table of the logarithm kernels, times y
+// with Dekker's exact product, then Tang's 64-row exponential with the low
+// part folded into the reduced argument. The single forms compute in double
+// and round once.
+//
+// Powx (one exponent for the whole vector) has a family-local loop below:
+// the block driver has no shape with a scalar parameter yet.
+#include <cmath>
+#include <limits>
+
+#include "vector/block_driver.h"
+#include "vector/common/bits.h"
+#include "vector/common/gather.h"
+#include "vector/power/power_core.h"
+#include "vtm_kernels.h"
+
+namespace orv::power {
+namespace {
+
+using orv::vec::power_ops::is_integer;
+using orv::vec::power_ops::is_odd_integer;
+
+constexpr double kInf = std::numeric_limits<double>::infinity();
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+// |x|^y for finite non-zero x and finite y, over the whole range, with the
+// sign applied; status 3 or 4 where the result leaves the normal range of
+// T (T float: the double result is rounded once, then classified).
+template <typename T>
+int32_t pow_finite(double ax, double y, bool negate, T* r) {
+    int kadj = 0;
+    if (ax < 0x1p-1022) {
+        ax *= 0x1p60;
+        kadj = -60;
+    }
+    const Dd l = ln_acc(bits_of(ax), kadj);
+    double v;
+    if (l.hi == 0.0) {
+        v = 1.0;
+    } else {
+        const double ay = y < 0 ? -y : y;
+        // Beyond 2^64 the product passes any limit (|ln x| >= 2^-54 here).
+        const double big = ay > 0x1p64 ? (y * l.hi) : 0.0;
+        if (big > 0)
+            v = kInf;
+        else if (big < 0)
+            v = 0.0;
+        else {
+            const Dd p = dd::two_prod(y, l.hi);
+            double e;
+            const double h = dd::fast_two_sum(p.hi, p.lo + y * l.lo, &e);
+            if (h > 710.0)
+                v = kInf;
+            else if (h < -746.0)
+                v = 0.0;
+            else {
+                const ExpParts ep = exp_parts_dd(h, e);
+                v = scale_any(ep.thi, ep.p, ep.n);
+            }
+        }
+    }
+    const T out = T(negate ? -v : v);
+    *r = out;
+    const T a = out < 0 ? -out : out;
+    if (a == std::numeric_limits<T>::infinity()) return kOverflow;
+    if (a < std::numeric_limits<T>::min()) return kUnderflow;
+    return kOk;
+}
+
+// pow by the C standard's Annex F, every input.
+template <typename T>
+int32_t pow_callout(T xt, T yt, T* r) {
+    const double x = xt, y = yt;
+    if (y == 0.0 || x == 1.0) {  // pow(x, +-0) = 1 and pow(1, y) = 1, NaNs included
+        *r = T(1);
+        return kOk;
+    }
+    if (std::isnan(x) || std::isnan(y)) {
+        *r = xt + yt;
+        return kOk;
+    }
+    const double ax = std::fabs(x);
+    if (std::isinf(y)) {
+        if (ax == 1.0)
+            *r = T(1);
+        else
+            *r = T((ax < 1.0) == (y < 0) ? kInf : 0.0);
+        return kOk;
+    }
+    const bool odd = is_odd_integer(y);
+    if (x == 0.0) {
+        if (y < 0) {
+            *r = T(odd ? std::copysign(kInf, x) : kInf);
+            return kPole;
+        }
+        *r = T(odd ? x : 0.0);
+        return kOk;
+    }
+    if (std::isinf(x)) {
+        const double m = y < 0 ? 0.0 : kInf;
+        *r = T(odd && x < 0 ? -m : m);
+        return kOk;
+    }
+    if (x < 0 && !is_integer(y)) {
+        *r = T(kNaN);
+        return kDomain;
+    }
+    return pow_finite<T>(ax, y, x < 0 && odd, r);
+}
+
+// powr(x, y) = exp(y ln x): negative bases, 0^0, inf^0 and 1^inf are
+// invalid; the rest as pow on x >= 0.
+template <typename T>
+int32_t powr_callout(T xt, T yt, T* r) {
+    const double x = xt, y = yt;
+    if (std::isnan(x) || std::isnan(y)) {  // powr(1, NaN) = 1, as pow has it
+        *r = x == 1.0 ? T(1) : xt + yt;
+        return kOk;
+    }
+    if (x < 0) {
+        *r = T(kNaN);
+        return kDomain;
+    }
+    if ((y == 0.0 && (x == 0.0 || std::isinf(x))) || (x == 1.0 && std::isinf(y))) {
+        *r = T(kNaN);
+        return kDomain;
+    }
+    if (x == 0.0 && y < 0 && !std::isinf(y)) {
+        *r = T(kInf);
+        return kPole;
+    }
+    return pow_callout<T>(std::fabs(xt), yt, r);  // +0 for a zero base, as powr asks
+}
+
+// ---- block steps ----
+
+// The lanes the block step computes: positive normal finite x, finite y,
+// and |y log2 x| below the bound, so that the result is normal.
+template <typename T>
+bool pow_special(T x, T y) {
+    using F = orv::vec::Fmt<T>;
+    const auto bx = orv::vec::bits(x);
+    if (bx - F::kMinNormal >= F::kExpMask - F::kMinNormal) return true;  // <= 0, denormal, inf, NaN
+    if ((orv::vec::bits(y) & F::kAbs) >= F::kExpMask) return true;
+    if constexpr (sizeof(T) == 8) {
+        // as pow_special_v, lane for lane
+        const int32_t hi = static_cast<int32_t>((bx - 0x3FF0000000000000ull) >> 32);
+        const double a = double(hi) * 0x1p-20;
+        return std::fabs(y) * (std::fabs(a) + 0.0862) > 1000.0;
+    }
+    return log2_bound(double(x), double(y)) > 125.0;
+}
+
+// The same test on a register of two doubles, all ones in the flagged
+// lanes; log2 x is bounded from the high word of bits(x) - bits(1), which
+// is log2 x to within 0.0862 in units of 2^-20.
+inline __m128d pow_special_v(__m128d x, __m128d y) {
+    namespace sd = orv::vec::simd;
+    const __m128d bad_x = sd::outside(x, 0x00100000u, 0x7FE00000u);
+    const __m128d bad_y = sd::outside(sd::band(y, orv::vec::simd::Reg<double>::bits(0x7FFFFFFFFFFFFFFFull)),
+                                      0u, 0x7FF00000u);
+    const __m128d a = orv::vec::power_ops::hi_words_to_double(
+                          orv::vec::power_ops::sub64(orv::vec::power_ops::ibits(x),
+                                                     orv::vec::power_ops::splat64(0x3FF0000000000000ull))) *
+                      orv::vec::bitops::splat(0x1p-20);
+    const __m128d abs = orv::vec::simd::Reg<double>::bits(0x7FFFFFFFFFFFFFFFull);
+    const __m128d bound = sd::band(y, abs) * (sd::band(a, abs) + orv::vec::bitops::splat(0.0862));
+    return sd::bor(sd::bor(bad_x, bad_y), sd::lt(orv::vec::bitops::splat(1000.0), bound));
+}
+
+template <typename T_, int32_t (*Callout)(T_, T_, T_*)>
+struct PowBase {
+    using T = T_;
+    static constexpr int kArity = 2;
+    static constexpr bool kReadsMode = true;
+    static constexpr bool kSpecial = true;
+    static constexpr bool kDivisorTest = false;
+    static bool special(T x, T y) { return pow_special(x, y); }
+    static int32_t callout(T x, T y, T* r) { return Callout(x, y, r); }
+};
+
+// The double block step on a register of two lanes: the same operations
+// as pow_pos, in the same order, so the lanes agree bit for bit with it.
+namespace po = orv::vec::power_ops;
+using V2 = __m128d;
+inline V2 splat(double v) { return orv::vec::bitops::splat(v); }
+
+inline V2 ln_acc_v(V2 x, V2* lo) {
+    using namespace orv::explog;
+    const __m128i ix = po::ibits(x);
+    const __m128i tmp = po::sub64(ix, po::splat64(kLogBase));
+    const __m128i idx = po::and64(po::srl64<45>(tmp), 127);
+    const V2 dk = po::sar52_to_double(tmp);
+    const V2 z = po::dbits(po::sub64(ix, po::and64(tmp, 0xFFF0000000000000ull)));
+    V2 rc, l1, l2;
+    po::gather3(kLogD, idx, &rc, &l1, &l2);
+    const V2 zh = po::dbits(po::and64(po::ibits(z), ~0x1FFFFFull));
+    V2 rl;
+    const V2 r = dd::two_sum(zh * rc - splat(1.0), (z - zh) * rc, &rl);
+    V2 sql;
+    const V2 sqh = po::two_prod(r, r, &sql);
+    const V2 p = ((((((splat(-0.1) * r + splat(1.0 / 9)) * r - splat(0.125)) * r + splat(1.0 / 7)) * r -
+                    splat(1.0 / 6)) * r + splat(0.2)) * r - splat(0.25)) * r + splat(1.0 / 3);
+    const V2 tail = sqh * r * p - r * rl;
+    const V2 s0 = dk * splat(kLn2Hi) + l1;
+    V2 e1, e2;
+    const V2 s1 = dd::two_sum(s0, r, &e1);
+    const V2 s2 = dd::two_sum(s1, splat(-0.5) * sqh, &e2);
+    const V2 lsum = ((e1 + e2) + (rl - splat(0.5) * sql)) + (tail + (dk * splat(kLn2Lo) + l2));
+    return dd::two_sum(s2, lsum, lo);
+}
+
+// kExact: y ln x by Dekker's product (else two plain products, for EP).
+template <bool kDeg5, bool kExact = true>
+inline V2 pow_pos_v(V2 x, V2 y) {
+    using namespace orv::explog;
+    V2 llo;
+    const V2 lhi = ln_acc_v(x, &llo);
+    V2 h, e;
+    if constexpr (kExact) {
+        V2 plo;
+        const V2 ph = po::two_prod(y, lhi, &plo);
+        h = dd::fast_two_sum(ph, plo + y * llo, &e);
+    } else {
+        h = y * lhi;
+        e = y * llo;
+    }
+    const V2 t = h * splat(kInvLn2x64) + splat(kShiftD);
+    const V2 k = t - splat(kShiftD);
+    const V2 r = ((k * splat(kNegLn2by64Hi) + h) + k * splat(kNegLn2by64Lo)) + e;
+    const __m128i ti = po::ibits(t);
+    V2 thi, tlo;
+    orv::vec::gather::pairs(kExp64D, ti, 63, &thi, &tlo);
+    const V2 c = kDeg5 ? (r * splat(kE6) + splat(kE5)) : splat(kE5);
+    const V2 q = (((c * r + splat(kE4)) * r + splat(kE3)) * r + splat(0.5)) * r * r + r;
+    return po::scale_by_t(thi + (q * thi + tlo), ti);
+}
+
+struct PowD : PowBase<double, pow_callout<double>> {
+    static V2 specialv(V2 x, V2 y) { return pow_special_v(x, y); }
+    static double fast(double x, double y) { return pow_pos(x, y); }
+    static V2 fastv(V2 x, V2 y) { return pow_pos_v<true>(x, y); }
+};
+// Single on registers: each half widened to double, ln x in double-double,
+// y ln x as two plain products (2^-45 at most off, against the 2^-24 of a
+// float), the exponential in double, one rounding to float.
+inline __m128 pow_s_v(__m128 x, __m128 y) {
+    return po::narrow(pow_pos_v<true, false>(po::widen_lo(x), po::widen_lo(y)),
+                      pow_pos_v<true, false>(po::widen_hi(x), po::widen_hi(y)));
+}
+
+struct PowS : PowBase<float, pow_callout<float>> {
+    static __m128 fastv(__m128 x, __m128 y) { return pow_s_v(x, y); }
+};
+struct PowrD : PowBase<double, powr_callout<double>> {
+    static V2 specialv(V2 x, V2 y) { return pow_special_v(x, y); }
+    static double fast(double x, double y) { return pow_pos(x, y); }
+    static V2 fastv(V2 x, V2 y) { return pow_pos_v<true>(x, y); }
+};
+struct PowrS : PowBase<float, powr_callout<float>> {
+    static __m128 fastv(__m128 x, __m128 y) { return pow_s_v(x, y); }
+};
+
+// Cheaper steps of Powx. Double LA: the exponential's polynomial one
+// degree shorter (the dropped term is below 2^-54.7). Double EP: y ln x as
+// two plain products instead of Dekker's, and the shorter polynomial. Single
+// LA: ln x rounded to one double (y ln x then errs by 2^-46 at most);
+// single EP: the shorter polynomial as well.
+struct PowxLaD : PowD {
+    static double fast(double x, double y) { return pow_pos<false>(x, y); }
+    static V2 fastv(V2 x, V2 y) { return pow_pos_v<false>(x, y); }
+};
+struct PowxEpD : PowBase<double, pow_callout<double>> {
+    static V2 specialv(V2 x, V2 y) { return pow_special_v(x, y); }
+    static V2 fastv(V2 x, V2 y) { return pow_pos_v<false, false>(x, y); }
+};
+// Single LA and EP: the shorter exponential polynomial as well (0.5 ulp
+// measured either way; the two tiers share this step).
+inline __m128 pow_s_v_short(__m128 x, __m128 y) {
+    return po::narrow(pow_pos_v<false, false>(po::widen_lo(x), po::widen_lo(y)),
+                      pow_pos_v<false, false>(po::widen_hi(x), po::widen_hi(y)));
+}
+struct PowxLaS : PowS {
+    static __m128 fastv(__m128 x, __m128 y) { return pow_s_v_short(x, y); }
+};
+struct PowxEpS : PowS {
+    static __m128 fastv(__m128 x, __m128 y) { return pow_s_v_short(x, y); }
+};
+
+// Powx: blocks of 16 elements, the block step on every lane, then the
+// callout on the special lanes in ascending order with the error entry
+// (inputs a and a, as for a unary kernel, since b is a single value).
+template <typename K, bool Strided>
+void powx_run(int n, const typename K::T* a, long inca, typename K::T b, typename K::T* r,
+              long incr, const char* name) {
+    using T = typename K::T;
+    constexpr int kB = orv::vec::kBlock;
+    for (long i0 = 0; i0 < n; i0 += kB) {
+        const int cnt = n - i0 < kB ? int(n - i0) : kB;
+        using R = orv::vec::simd::Reg<T>;
+        T x[kB + R::kWidth], z[kB + R::kWidth];
+        for (int l = 0; l < cnt; ++l) x[l] = a[(i0 + l) * inca];
+        for (int l = cnt; l < kB + R::kWidth; ++l) x[l] = T(0.75);  // the filler of a short tail
+        for (int l = 0; l < cnt; l += R::kWidth) R::store(z + l, K::fastv(R::load(x + l), R::set1(b)));
+        for (int l = 0; l < cnt; ++l) {
+            if (!K::special(x[l], b)) continue;
+            const int32_t st = K::callout(x[l], b, &z[l]);
+            if (st == 0) continue;
+            T& slot = r[(i0 + l) * incr];
+            slot = z[l];
+            const long i = i0 + l;
+            if constexpr (Strided)
+                frame::report_error(st, int32_t(i), a, int32_t(inca), a, int32_t(inca), r,
+                                    int32_t(incr), r, int32_t(incr), name);
+            else
+                frame::report_error(st, int32_t(i), a, a, r, r, name);
+            z[l] = slot;
+        }
+        for (int l = 0; l < cnt; ++l) r[(i0 + l) * incr] = z[l];
+    }
+}
+
+template <typename K>
+void powx_plain(int n, const typename K::T* a, typename K::T b, typename K::T* r, const char* name) {
+    const frame::FpGuard guard = orv::vec::enter(true);
+    powx_run<K, false>(n, a, 1, b, r, 1, name);
+}
+
+template <typename K, typename Fn>
+void powx_strided(Fn* const* plain_table, int slot, int n, const typename K::T* a, int inca,
+                  typename K::T b, typename K::T* r, int incr, const char* name) {
+    if (inca == 1 && incr == 1) {
+        plain_table[slot](n, a, b, r);
+        return;
+    }
+    const frame::FpGuard guard = orv::vec::enter(true);
+    powx_run<K, true>(n, a, inca, b, r, incr, name);
+}
+
+}  // namespace
+}  // namespace orv::power
+
+using namespace orv::power;
+
+ORV_BINARY_KERNELS(sPow, PowS)
+ORV_BINARY_KERNELS(dPow, PowD)
+ORV_BINARY_KERNELS(sPowr, PowrS)
+ORV_BINARY_KERNELS(dPowr, PowrD)
+
+#define ORV_POWX_TIER(FN, SFX, SLOT, K)                                                        \
+    extern "C" void orv_kern_##FN##SFX(int n, const K::T* a, K::T b, K::T* r) {                 \
+        powx_plain<K>(n, a, b, r, orv::vtm::kName_##FN);                                        \
+    }                                                                                           \
+    extern "C" void orv_kern_##FN##I##SFX(int n, const K::T* a, int inca, K::T b, K::T* r,      \
+                                          int incr) {                                           \
+        powx_strided<K>(orv_vtm_kernel_##FN##_ttab, SLOT, n, a, inca, b, r, incr,               \
+                        orv::vtm::kName_##FN##I);                                               \
+    }
+
+ORV_POWX_TIER(sPowx, _la, 0, PowxLaS)
+ORV_POWX_TIER(sPowx, _ha, 1, PowS)
+ORV_POWX_TIER(sPowx, _ep, 2, PowxEpS)
+ORV_POWX_TIER(dPowx, _la, 0, PowxLaD)
+ORV_POWX_TIER(dPowx, _ha, 1, PowD)
+ORV_POWX_TIER(dPowx, _ep, 2, PowxEpD)
