@@ -72,7 +72,7 @@ void solve_erfc(mpfr_t x, const mpfr_t q) {
     mpfr_log(lq, q, MPFR_RNDN);
     const double l = -mpfr_get_d(lq, MPFR_RNDN);
     mpfr_set_d(x, l > 0.7 ? std::sqrt(l) : 0.9 * l, MPFR_RNDN);
-    for (int it = 0; it < 200; ++it) {
+    for (int it = 0; it < 60; ++it) {
         mpfr_erfc(f, x, MPFR_RNDN);
         mpfr_sqr(e, x, MPFR_RNDN);
         mpfr_neg(e, e, MPFR_RNDN);
@@ -86,7 +86,7 @@ void solve_erfc(mpfr_t x, const mpfr_t q) {
         mpfr_sub(f, f, lq, MPFR_RNDN);
         mpfr_div(dx, f, d, MPFR_RNDN);
         mpfr_sub(x, x, dx, MPFR_RNDN);
-        if (mpfr_zero_p(dx) || mpfr_get_exp(dx) < mpfr_get_exp(x) - p + 8) break;
+        if (mpfr_zero_p(dx) || mpfr_get_exp(dx) < mpfr_get_exp(x) - p + 24) break;
     }
 }
 
@@ -98,7 +98,7 @@ void solve_erf(mpfr_t x, const mpfr_t y) {
     mpfr_sqrt(k, k, MPFR_RNDN);
     mpfr_div_2ui(k, k, 1, MPFR_RNDN);  // sqrt(pi)/2
     mpfr_mul(x, y, k, MPFR_RNDN);
-    for (int it = 0; it < 200 && !mpfr_zero_p(x); ++it) {
+    for (int it = 0; it < 60 && !mpfr_zero_p(x); ++it) {
         mpfr_erf(f, x, MPFR_RNDN);
         mpfr_sub(f, f, y, MPFR_RNDN);
         mpfr_sqr(e, x, MPFR_RNDN);
@@ -106,7 +106,7 @@ void solve_erf(mpfr_t x, const mpfr_t y) {
         mpfr_mul(dx, f, e, MPFR_RNDN);
         mpfr_mul(dx, dx, k, MPFR_RNDN);  // f / (2/sqrt(pi) exp(-x^2))
         mpfr_sub(x, x, dx, MPFR_RNDN);
-        if (mpfr_zero_p(dx) || mpfr_get_exp(dx) < mpfr_get_exp(x) - p + 8) break;
+        if (mpfr_zero_p(dx) || mpfr_get_exp(dx) < mpfr_get_exp(x) - p + 24) break;
     }
 }
 
