@@ -1,0 +1,173 @@
+// Erf, Erfc, Erfcx, CdfNorm, ErfInv, ErfcInv and CdfNormInv in single and
+// double, plain and strided. Each element goes through the scalar routine
+// of erf_core.h (the block driver's callout-only shape); the single forms
+// compute in double and round once. Statuses: domain 1 for an argument
+// outside the inverse's range, pole 2 at its ends, overflow 3 for a finite
+// argument with an infinite result, underflow 4 where the exact result is
+// not zero and the returned one is denormal or zero.
+#include <cfloat>
+#include <cmath>
+#include <limits>
+
+#include "vector/block_driver.h"
+#include "vector/erf/erf_core.h"
+
+namespace orv::erfk {
+namespace {
+
+template <typename T>
+constexpr T kInfT = std::numeric_limits<T>::infinity();
+
+// Rounds v to T and classifies it; nonzero says the exact result is not 0.
+template <typename T>
+inline int32_t finish(double v, T* r, bool nonzero) {
+    const T t = static_cast<T>(v);
+    *r = t;
+    if (std::isinf(t)) return kOverflow;
+    if (nonzero && std::fabs(t) < std::numeric_limits<T>::min()) return kUnderflow;
+    return kOk;
+}
+
+// erf of a double denormal: 2/sqrt(pi) x scaled up, rounded once on the way back.
+inline double erf_tiny(double x) {
+    const double y = x * 0x1p200;
+    return (y + y * 0.1283791670955126) * 0x1p-200;  // 2/sqrt(pi) - 1
+}
+
+template <typename T>
+int32_t erf_c(T x, T* r) {
+    if (std::isnan(x)) return *r = x + x, kOk;
+    if (std::isinf(x)) return *r = x > 0 ? T(1) : T(-1), kOk;
+    const double xd = x;
+    const double v = std::fabs(xd) < 0x1p-1000 ? erf_tiny(xd) : erf_value(xd);
+    return finish(v, r, x != T(0));
+}
+
+template <typename T>
+int32_t erfc_c(T x, T* r) {
+    if (std::isnan(x)) return *r = x + x, kOk;
+    if (std::isinf(x)) return *r = x > 0 ? T(0) : T(2), kOk;
+    const Scaled m = erfc_any(double(x), 0.0);
+    return finish(unscale(m.hi, m.lo, m.n), r, true);
+}
+
+template <typename T>
+int32_t erfcx_c(T x, T* r) {
+    if (std::isnan(x)) return *r = x + x, kOk;
+    if (std::isinf(x)) return *r = x > 0 ? T(0) : kInfT<T>, kOk;
+    if (x < T(-26.7)) return *r = kInfT<T>, kOverflow;
+    const Scaled m = erfcx_any(double(x));
+    return finish(unscale(m.hi, m.lo, m.n), r, true);
+}
+
+template <typename T>
+int32_t cdfnorm_c(T x, T* r) {
+    if (std::isnan(x)) return *r = x + x, kOk;
+    if (std::isinf(x)) return *r = x > 0 ? T(1) : T(0), kOk;
+    return finish(cdfnorm_value(double(x)), r, true);
+}
+
+// Kind: 0 full guess, 1 the LA guess, 2 the EP guess; Refine: Halley step.
+template <typename T, int Kind, bool Refine>
+int32_t erfinv_c(T y, T* r) {
+    if (std::isnan(y)) return *r = y + y, kOk;
+    const T ay = std::fabs(y);
+    if (ay > T(1)) return *r = std::numeric_limits<T>::quiet_NaN(), kDomain;
+    if (ay == T(1)) return *r = y > 0 ? kInfT<T> : -kInfT<T>, kPole;
+    if (y == T(0)) return *r = y, kOk;
+    const double yd = y;
+    // Below 2^-500 the cubic term is far under an ulp: y sqrt(pi)/2, the
+    // constant in two parts, scaled.
+    double v;
+    if (std::fabs(yd) < 0x1p-500) {
+        const double ys = yd * 0x1p200;
+        const dd::Dd p = dd::two_prod(ys, 0.886226925452758);
+        v = (p.hi + (p.lo + ys * -3.8332932499128993e-17)) * 0x1p-200;
+    } else {
+        v = erfinv_value<Kind, Refine>(yd);
+    }
+    return finish(v, r, true);
+}
+
+template <typename T, bool Refine>
+int32_t erfcinv_c(T y, T* r) {
+    if (std::isnan(y)) return *r = y + y, kOk;
+    if (!(y >= T(0) && y <= T(2))) return *r = std::numeric_limits<T>::quiet_NaN(), kDomain;
+    if (y == T(0)) return *r = kInfT<T>, kPole;
+    if (y == T(2)) return *r = -kInfT<T>, kPole;
+    if (y == T(1)) return *r = T(0), kOk;
+    return finish(erfcinv_value<0, Refine>(double(y)), r, true);
+}
+
+template <typename T, bool Refine>
+int32_t cdfnorminv_c(T p, T* r) {
+    if (std::isnan(p)) return *r = p + p, kOk;
+    if (!(p >= T(0) && p <= T(1))) return *r = std::numeric_limits<T>::quiet_NaN(), kDomain;
+    if (p == T(0)) return *r = -kInfT<T>, kPole;
+    if (p == T(1)) return *r = kInfT<T>, kPole;
+    if (p == T(0.5)) return *r = T(0), kOk;
+    return finish(cdfnorminv_value<0, Refine>(double(p)), r, true);
+}
+
+// One element a round through the routine C (the block driver's
+// callout-only shape).
+template <typename T_, int32_t (*C)(T_, T_*), bool ReadsMode = true>
+struct Each {
+    using T = T_;
+    static constexpr int kArity = 1;
+    static constexpr bool kReadsMode = ReadsMode;
+    static constexpr bool kSpecial = true;
+    static constexpr bool kDivisorTest = false;
+    static constexpr bool kCalloutOnly = true;
+    static int32_t callout(T x, T* r) { return C(x, r); }
+};
+
+using ErfS = Each<float, erf_c<float>>;
+using ErfD = Each<double, erf_c<double>>;
+using ErfcS = Each<float, erfc_c<float>>;
+using ErfcD = Each<double, erfc_c<double>>;
+using ErfcxS = Each<float, erfcx_c<float>>;
+using ErfcxD = Each<double, erfcx_c<double>>;
+using CdfNormS = Each<float, cdfnorm_c<float>>;
+using CdfNormD = Each<double, cdfnorm_c<double>>;
+// Single ErfInv: the double guess rounded to single is within 1 ULP (full
+// guess) or 4 ULP (LA guess); the EP guess is good to 2^-14.
+using ErfInvSLa = Each<float, erfinv_c<float, 1, false>>;
+using ErfInvSHa = Each<float, erfinv_c<float, 0, false>>;
+using ErfInvSEp = Each<float, erfinv_c<float, 2, false>>;
+// Double ErfInv: the guess and one Halley step (LA and HA), the guess alone (EP).
+using ErfInvDHa = Each<double, erfinv_c<double, 0, true>>;
+using ErfInvDEp = Each<double, erfinv_c<double, 0, false>>;
+// The plain single ErfcInv and CdfNormInv keep the caller's rounding state.
+using ErfcInvS = Each<float, erfcinv_c<float, false>, false>;
+using ErfcInvD = Each<double, erfcinv_c<double, true>>;
+using CdfNormInvS = Each<float, cdfnorminv_c<float, false>, false>;
+using CdfNormInvD = Each<double, cdfnorminv_c<double, true>>;
+
+}  // namespace
+}  // namespace orv::erfk
+
+using namespace orv::erfk;
+
+ORV_UNARY_KERNELS(sErf, ErfS)
+ORV_UNARY_KERNELS(dErf, ErfD)
+ORV_UNARY_KERNELS(sErfc, ErfcS)
+ORV_UNARY_KERNELS(dErfc, ErfcD)
+ORV_UNARY_KERNELS(sErfcx, ErfcxS)
+ORV_UNARY_KERNELS(dErfcx, ErfcxD)
+// The three CdfNorm slots hold the one accurate kernel for now.
+ORV_UNARY_KERNELS_TIER(sCdfNorm, _la, 0, CdfNormS)
+ORV_UNARY_KERNELS_TIER(sCdfNorm, _ha, 1, CdfNormS)
+ORV_UNARY_KERNELS_TIER(sCdfNorm, _ep, 2, CdfNormS)
+ORV_UNARY_KERNELS_TIER(dCdfNorm, _la, 0, CdfNormD)
+ORV_UNARY_KERNELS_TIER(dCdfNorm, _ha, 1, CdfNormD)
+ORV_UNARY_KERNELS_TIER(dCdfNorm, _ep, 2, CdfNormD)
+ORV_UNARY_KERNELS_TIER(sErfInv, _la, 0, ErfInvSLa)
+ORV_UNARY_KERNELS_TIER(sErfInv, _ha, 1, ErfInvSHa)
+ORV_UNARY_KERNELS_TIER(sErfInv, _ep, 2, ErfInvSEp)
+ORV_UNARY_KERNELS_TIER(dErfInv, _ha, 1, ErfInvDHa)
+ORV_UNARY_KERNELS_TIER(dErfInv, _ep, 2, ErfInvDEp)
+ORV_UNARY_KERNELS(sErfcInv, ErfcInvS)
+ORV_UNARY_KERNELS(dErfcInv, ErfcInvD)
+ORV_UNARY_KERNELS(sCdfNormInv, CdfNormInvS)
+ORV_UNARY_KERNELS(dCdfNormInv, CdfNormInvD)
