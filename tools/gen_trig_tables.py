@@ -42,8 +42,12 @@ def dbl(x):
 
 
 def hilo(x):
-    hi = dbl(x)
-    return hi, dbl(x - hi)
+    """Double and double of the rest; below 2^-1000 (the exact zeros and
+    ones of the table, where x is the true value up to the precision) the
+    rest is exactly 0."""
+    hi = dbl(x) if abs(x) > mpmath.mpf(2) ** -1000 else 0.0
+    lo = x - hi
+    return hi, dbl(lo) if abs(lo) > mpmath.mpf(2) ** -1000 else 0.0
 
 
 def split(x, heads, head_bits):
