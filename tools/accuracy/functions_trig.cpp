@@ -8,6 +8,7 @@ namespace {
 
 void sin_(mpfr_t r, mpfr_t, const mpfr_t a, const mpfr_t) { mpfr_sin(r, a, MPFR_RNDN); }
 void cos_(mpfr_t r, mpfr_t, const mpfr_t a, const mpfr_t) { mpfr_cos(r, a, MPFR_RNDN); }
+void sincos_(mpfr_t r, mpfr_t r2, const mpfr_t a, const mpfr_t) { mpfr_sin_cos(r, r2, a, MPFR_RNDN); }
 void tan_(mpfr_t r, mpfr_t, const mpfr_t a, const mpfr_t) { mpfr_tan(r, a, MPFR_RNDN); }
 
 const double kPi = 3.141592653589793;
@@ -31,6 +32,8 @@ const Describe known({
     KNOWN(d, Cos, cos_, kTrigD, kRowsD),
     KNOWN(s, Tan, tan_, kTrigS, kRowsS),
     KNOWN(d, Tan, tan_, kTrigD, kRowsD),
+    KNOWN(s, SinCos, sincos_, kTrigS, kRowsS),
+    KNOWN(d, SinCos, sincos_, kTrigD, kRowsD),
 });
 
 }  // namespace
