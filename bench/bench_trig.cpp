@@ -1,0 +1,165 @@
+// Sin, Cos and Tan, single and double, at n = 1024 and 10^5, beside glibc's
+// scalar functions, libmvec's SSE, AVX2 and AVX-512 entry points
+// (_ZGVbN*, _ZGVdN*, _ZGVeN*) and SLEEF's 1-ULP (u10) and 3.5-ULP (u35)
+// functions of the same three widths. Inputs uniform on [-100, 100].
+// Names: <function>/<implementation>/<n>. Our kernels exist in the SSE2
+// variant only for now.
+#include <benchmark/benchmark.h>
+#include <immintrin.h>
+
+#include <cmath>
+#include <random>
+#include <vector>
+
+#include <orv/vtm.h>
+#include <orv/vtm_functions.h>
+
+#if __has_include(<sleef.h>)
+#include <sleef.h>
+#define HAVE_SLEEF 1
+#endif
+
+#define MVEC(fn)                                                                   \
+    __m128d _ZGVbN2v_##fn(__m128d);                                                \
+    __m128 _ZGVbN4v_##fn##f(__m128);                                               \
+    __attribute__((target("avx2"))) __m256d _ZGVdN4v_##fn(__m256d);                \
+    __attribute__((target("avx2"))) __m256 _ZGVdN8v_##fn##f(__m256);               \
+    __attribute__((target("avx512f"))) __m512d _ZGVeN8v_##fn(__m512d);             \
+    __attribute__((target("avx512f"))) __m512 _ZGVeN16v_##fn##f(__m512);
+extern "C" {
+MVEC(sin) MVEC(cos) MVEC(tan)
+}
+
+namespace {
+
+constexpr double kLo = -100.0, kHi = 100.0;
+
+template <typename T>
+std::vector<T> inputs(long n) {
+    std::mt19937_64 g(42);
+    std::uniform_real_distribution<double> u(kLo, kHi);
+    std::vector<T> v(n + 16);
+    for (auto& x : v) x = static_cast<T>(u(g));
+    return v;
+}
+
+template <typename T, void (*Fn)(int, const T*, T*)>
+void BM_orv(benchmark::State& st) {
+    const long n = st.range(0);
+    auto a = inputs<T>(n);
+    std::vector<T> r(n + 16);
+    _vtmSetMode(VTM_HA | VTM_ERRMODE_IGNORE);
+    for (auto _ : st) {
+        Fn(static_cast<int>(n), a.data(), r.data());
+        benchmark::ClobberMemory();
+    }
+    st.SetItemsProcessed(st.iterations() * n);
+}
+
+template <typename T, T (*Fn)(T)>
+void BM_scalar(benchmark::State& st) {
+    const long n = st.range(0);
+    auto a = inputs<T>(n);
+    std::vector<T> r(n + 16);
+    for (auto _ : st) {
+        for (long i = 0; i < n; ++i) r[i] = Fn(a[i]);
+        benchmark::ClobberMemory();
+    }
+    st.SetItemsProcessed(st.iterations() * n);
+}
+
+// A loop over one vector entry point of width W, compiled for its
+// instruction set.
+#define VEC_BENCH(NAME, TARGET, T, W, VT, LOAD, STORE)                                    \
+    template <VT (*Fn)(VT)>                                                                \
+    __attribute__((target(TARGET))) void NAME##_loop(const T* a, T* r, long n) {           \
+        for (long i = 0; i < n; i += W) STORE(r + i, Fn(LOAD(a + i)));                     \
+    }                                                                                      \
+    template <VT (*Fn)(VT)>                                                                \
+    void NAME(benchmark::State& st) {                                                      \
+        const long n = st.range(0);                                                        \
+        auto a = inputs<T>(n);                                                             \
+        std::vector<T> r(n + 16);                                                          \
+        for (auto _ : st) {                                                                \
+            NAME##_loop<Fn>(a.data(), r.data(), n);                                        \
+            benchmark::ClobberMemory();                                                    \
+        }                                                                                  \
+        st.SetItemsProcessed(st.iterations() * n);                                         \
+    }
+VEC_BENCH(BM_sse_d, "sse2", double, 2, __m128d, _mm_loadu_pd, _mm_storeu_pd)
+VEC_BENCH(BM_sse_s, "sse2", float, 4, __m128, _mm_loadu_ps, _mm_storeu_ps)
+VEC_BENCH(BM_avx2_d, "avx2", double, 4, __m256d, _mm256_loadu_pd, _mm256_storeu_pd)
+VEC_BENCH(BM_avx2_s, "avx2", float, 8, __m256, _mm256_loadu_ps, _mm256_storeu_ps)
+VEC_BENCH(BM_avx512_d, "avx512f", double, 8, __m512d, _mm512_loadu_pd, _mm512_storeu_pd)
+VEC_BENCH(BM_avx512_s, "avx512f", float, 16, __m512, _mm512_loadu_ps, _mm512_storeu_ps)
+
+#ifdef HAVE_SLEEF
+// sleef.h declares the AVX2 and AVX-512 functions only when the unit is
+// compiled for them; the library has them all.
+#define SLEEF_DECL(fn, u)                                                              \
+    extern "C" __attribute__((target("avx2"))) __m256d Sleef_##fn##d4_##u##avx2(__m256d); \
+    extern "C" __attribute__((target("avx2"))) __m256 Sleef_##fn##f8_##u##avx2(__m256);   \
+    extern "C" __attribute__((target("avx512f"))) __m512d Sleef_##fn##d8_##u##avx512f(__m512d); \
+    extern "C" __attribute__((target("avx512f"))) __m512 Sleef_##fn##f16_##u##avx512f(__m512);
+SLEEF_DECL(sin, u10) SLEEF_DECL(sin, u35) SLEEF_DECL(cos, u10) SLEEF_DECL(cos, u35)
+SLEEF_DECL(tan, u10) SLEEF_DECL(tan, u35)
+// SLEEF's declarations carry attributes that keep their addresses from being
+// template arguments; these forwarders inline to the call.
+#define SLEEF_WRAP(fn, u)                                                                          \
+    __m128d w_##fn##d2_##u(__m128d x) { return Sleef_##fn##d2_##u##sse2(x); }                      \
+    __m128 w_##fn##f4_##u(__m128 x) { return Sleef_##fn##f4_##u##sse2(x); }                        \
+    __attribute__((target("avx2"))) __m256d w_##fn##d4_##u(__m256d x) { return Sleef_##fn##d4_##u##avx2(x); } \
+    __attribute__((target("avx2"))) __m256 w_##fn##f8_##u(__m256 x) { return Sleef_##fn##f8_##u##avx2(x); }   \
+    __attribute__((target("avx512f"))) __m512d w_##fn##d8_##u(__m512d x) {                          \
+        return Sleef_##fn##d8_##u##avx512f(x);                                                       \
+    }                                                                                              \
+    __attribute__((target("avx512f"))) __m512 w_##fn##f16_##u(__m512 x) {                           \
+        return Sleef_##fn##f16_##u##avx512f(x);                                                      \
+    }
+SLEEF_WRAP(sin, u10) SLEEF_WRAP(sin, u35) SLEEF_WRAP(cos, u10) SLEEF_WRAP(cos, u35)
+SLEEF_WRAP(tan, u10) SLEEF_WRAP(tan, u35)
+#endif
+
+#define SIZES ->Arg(1024)->Arg(100000)
+#define REG(name, ...) benchmark::RegisterBenchmark(name, __VA_ARGS__) SIZES
+
+#define SLEEF_ROWS(Fn, fn, u)                                                 \
+    REG("s" #Fn "/sleef_" #u "_sse", BM_sse_s<w_##fn##f4_##u>);               \
+    REG("s" #Fn "/sleef_" #u "_avx2", BM_avx2_s<w_##fn##f8_##u>);             \
+    REG("s" #Fn "/sleef_" #u "_avx512", BM_avx512_s<w_##fn##f16_##u>);        \
+    REG("d" #Fn "/sleef_" #u "_sse", BM_sse_d<w_##fn##d2_##u>);               \
+    REG("d" #Fn "/sleef_" #u "_avx2", BM_avx2_d<w_##fn##d4_##u>);             \
+    REG("d" #Fn "/sleef_" #u "_avx512", BM_avx512_d<w_##fn##d8_##u>);
+
+#define FAMILY(Fn, fn)                                                                        \
+    REG("s" #Fn "/orv", BM_orv<float, _vtms##Fn##_HA>);                                       \
+    REG("s" #Fn "/glibc", BM_scalar<float, static_cast<float (*)(float)>(::fn##f)>);          \
+    REG("s" #Fn "/libmvec_sse", BM_sse_s<_ZGVbN4v_##fn##f>);                                  \
+    REG("s" #Fn "/libmvec_avx2", BM_avx2_s<_ZGVdN8v_##fn##f>);                                \
+    REG("s" #Fn "/libmvec_avx512", BM_avx512_s<_ZGVeN16v_##fn##f>);                           \
+    REG("d" #Fn "/orv", BM_orv<double, _vtmd##Fn##_HA>);                                      \
+    REG("d" #Fn "/glibc", BM_scalar<double, static_cast<double (*)(double)>(::fn)>);          \
+    REG("d" #Fn "/libmvec_sse", BM_sse_d<_ZGVbN2v_##fn>);                                     \
+    REG("d" #Fn "/libmvec_avx2", BM_avx2_d<_ZGVdN4v_##fn>);                                   \
+    REG("d" #Fn "/libmvec_avx512", BM_avx512_d<_ZGVeN8v_##fn>);
+
+void register_all() {
+    FAMILY(Sin, sin)
+    FAMILY(Cos, cos)
+    FAMILY(Tan, tan)
+#ifdef HAVE_SLEEF
+    SLEEF_ROWS(Sin, sin, u10) SLEEF_ROWS(Sin, sin, u35)
+    SLEEF_ROWS(Cos, cos, u10) SLEEF_ROWS(Cos, cos, u35)
+    SLEEF_ROWS(Tan, tan, u10) SLEEF_ROWS(Tan, tan, u35)
+#endif
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    register_all();
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}
