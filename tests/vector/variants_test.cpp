@@ -138,7 +138,7 @@ TEST(Variants, SameBitsStatusesAndRecordsAsTheBaseline) {
     ASSERT_NE(base, nullptr);
     const uint32_t mode = _vtmGetMode();
     const VtmErrorCallBack cb = _vtmSetErrorCallBack(record);
-    int ran = 0;
+    int ran = 0, compared = 0;
     for (const Variant& v : kVariants) {
         void* lib = dlopen(v.path, RTLD_NOW | RTLD_LOCAL);
         ASSERT_NE(lib, nullptr) << dlerror();
@@ -152,6 +152,10 @@ TEST(Variants, SameBitsStatusesAndRecordsAsTheBaseline) {
         ++ran;
         for (const Row& row : kRows) {
             if (row.shape != "unary" && row.shape != "binary" && row.shape != "two_results") continue;
+            // A family not yet on the width-generic vocabulary is absent from the
+            // variant (the front end runs the baseline's table for it).
+            if (!dlsym(lib, ("orv_vtm_kernel_" + std::string(row.name) + "_ttab").c_str())) continue;
+            ++compared;
             std::mt19937_64 gen(std::hash<std::string>{}(row.name));
             for (int n : {1, 3, 13, 37, 1000}) {
                 for (int slot = 0; slot < 3; ++slot) {
@@ -173,6 +177,7 @@ TEST(Variants, SameBitsStatusesAndRecordsAsTheBaseline) {
     _vtmSetMode(mode);
     dlclose(base);
     if (ran == 0) GTEST_SKIP() << "this processor runs neither wider variant";
+    EXPECT_GT(compared, 0);
 }
 
 }  // namespace
