@@ -1,0 +1,185 @@
+// Median and mean absolute deviation against scipy and numpy
+// (tests/data/stats/mad_kat.txt), both layouts, weights, a caller's centre,
+// a variable left out; the weighted median against a direct weighted rule.
+#include <orv/orv.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <fstream>
+#include <numeric>
+#include <random>
+#include <sstream>
+#include <string>
+#include <tuple>
+#include <vector>
+
+namespace {
+
+struct Kat {
+    int64_t n, p;
+    std::vector<double> x, w, median, mean, wmean;  // x by observation
+};
+
+std::vector<Kat> read_kat() {
+    std::ifstream in(ORV_SS_DATA_DIR "/mad_kat.txt");
+    std::vector<Kat> cases;
+    std::string line;
+    while (std::getline(in, line)) {
+        std::istringstream ls(line);
+        std::string tag;
+        ls >> tag;
+        if (tag == "case") {
+            cases.emplace_back();
+            ls >> cases.back().n >> cases.back().p;
+            continue;
+        }
+        std::vector<double>* into = tag == "x" ? &cases.back().x : tag == "w" ? &cases.back().w
+            : tag == "median" ? &cases.back().median : tag == "mean" ? &cases.back().mean
+            : tag == "wmean" ? &cases.back().wmean : nullptr;
+        for (double v; into && ls >> v;) into->push_back(v);
+    }
+    return cases;
+}
+
+// double, by observation, weighted, given mean
+using Case = std::tuple<bool, bool, bool, bool>;
+class Deviations : public ::testing::TestWithParam<Case> {};
+
+template <typename T>
+void check(const Kat& k, bool by_obs, bool weighted, bool given) {
+    const int64_t p = k.p, n = k.n;
+    const int64_t storage = by_obs ? SS_STORAGE_BY_OBSERVATION : SS_STORAGE_BY_VARIABLE;
+    std::vector<T> x(n * p), w(k.w.begin(), k.w.end());
+    for (int64_t i = 0; i < n; ++i)
+        for (int64_t j = 0; j < p; ++j) x[by_obs ? i * p + j : j * n + i] = static_cast<T>(k.x[i * p + j]);
+    const std::vector<int64_t> mask = {0, 1, 1, 1};  // variable 0 left out
+    std::vector<T> med(p, T(-1)), mean(p, T(-1)), centre(p);
+    // The caller's centre: the variable's first value, the mean form's
+    // oracle written here.
+    std::vector<double> want_given(p, 0.0);
+    for (int64_t j = 0; j < p; ++j) {
+        centre[j] = x[by_obs ? j : j * n];
+        for (int64_t i = 0; i < n; ++i)
+            want_given[j] += std::fabs(double(x[by_obs ? i * p + j : j * n + i]) - double(centre[j])) / n;
+    }
+    SsTask* task = nullptr;
+    const auto create = sizeof(T) == 8 ? __vstdSSNewTask : __vstsSSNewTask;
+    ASSERT_EQ(create(&task, &p, &n, &storage, x.data(), weighted ? w.data() : nullptr,
+                     mask.data(), 1), SS_OK);
+    __vstdSSEditTask(task, SS_ED_median_abs_dev, med.data());
+    __vstdSSEditTask(task, SS_ED_mean_abs_dev, mean.data());
+    __vstdSSEditTask(task, SS_ED_mean, centre.data());
+    const uint64_t method = given ? SS_METHOD_PLAIN_SUMS | SS_METHOD_GIVEN_MEAN : SS_METHOD_PLAIN_SUMS;
+    ASSERT_EQ((sizeof(T) == 8 ? vstdSSMAD : vstsSSMAD)(
+                  task, SS_EST_MEDIAN_ABS_DEV | SS_EST_MEAN_ABS_DEV, method), SS_OK);
+    __vstSSDeleteTask(&task);
+    const double tol = sizeof(T) == 8 ? 1e-13 : 2e-5;
+    EXPECT_EQ(med[0], T(-1));
+    EXPECT_EQ(mean[0], T(-1));
+    for (int64_t j = 1; j < p; ++j) {
+        EXPECT_NEAR(med[j], k.median[j], tol * (1 + k.median[j])) << j;
+        if (given && !weighted) {
+            EXPECT_NEAR(mean[j], want_given[j], tol * (1 + want_given[j])) << j;
+        } else if (!given) {
+            const double want = weighted ? k.wmean[j] : k.mean[j];
+            EXPECT_NEAR(mean[j], want, tol * (1 + want)) << j;
+        }
+    }
+}
+
+TEST_P(Deviations, MatchScipyAndNumpy) {
+    const auto [dbl, by_obs, weighted, given] = GetParam();
+    const auto cases = read_kat();
+    ASSERT_FALSE(cases.empty());
+    for (const Kat& k : cases) {
+        SCOPED_TRACE("n " + std::to_string(k.n));
+        if (dbl)
+            check<double>(k, by_obs, weighted, given);
+        else
+            check<float>(k, by_obs, weighted, given);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(All, Deviations,
+                         ::testing::Combine(::testing::Bool(), ::testing::Bool(),
+                                            ::testing::Bool(), ::testing::Bool()));
+
+// The weighted q-point read directly off the running weight: the first value
+// whose running weight reaches t = q * total; on an exact hit with an even
+// count, the midpoint with the next value of positive weight; past t, the
+// straight line from the last value of positive weight below (at its running
+// weight) to this one, except at the centre of an odd count.
+double direct_rule(std::vector<std::pair<double, double>> vw, double q) {
+    std::sort(vw.begin(), vw.end());
+    const int64_t n = static_cast<int64_t>(vw.size());
+    std::vector<double> run(n);
+    double total = 0;
+    for (int64_t i = 0; i < n; ++i) run[i] = total += vw[i].second;
+    const double t = q * total;
+    const int64_t i = std::min<int64_t>(std::lower_bound(run.begin(), run.end(), t) - run.begin(), n - 1);
+    auto positive = [&](int64_t from, int step) {
+        for (int64_t j = from; j >= 0 && j < n; j += step)
+            if (vw[j].second > 0) return j;
+        return int64_t(-1);
+    };
+    if (run[i] == t) {
+        if (n % 2 || i == n - 1) return vw[i].first;
+        const int64_t j = positive(i + 1, 1);
+        return (vw[i].first + vw[j < 0 ? n - 1 : j].first) / 2;
+    }
+    const double below = run[i] - vw[i].second;
+    const int64_t k = positive(i - 1, -1);
+    if (below <= 0 || k < 0 || (n % 2 && below == (total - vw[i].second) * q)) return vw[i].first;
+    return vw[k].first + (vw[i].first - vw[k].first) * (t - run[k]) / (run[i] - run[k]);
+}
+
+TEST(WMedian, IntegerWeightsFollowTheDirectRule) {
+    std::mt19937_64 g(17);
+    for (int64_t n : {1, 2, 3, 4, 5, 8, 9, 100, 101}) {
+        for (double q : {0.0, 0.25, 0.5, 0.9, 1.0}) {
+            const int64_t p = 2, storage = SS_STORAGE_BY_OBSERVATION;
+            std::vector<double> x(n * p), w(n), out(p, -1);
+            std::vector<std::pair<double, double>> col[2];
+            for (int64_t i = 0; i < n; ++i) {
+                w[i] = static_cast<double>(g() % 4);  // zero weights too
+                for (int64_t j = 0; j < p; ++j) {
+                    x[i * p + j] = static_cast<double>(g() % 1000000) / 7;  // distinct in practice
+                    col[j].push_back({x[i * p + j], w[i]});
+                }
+            }
+            SsTask* task = nullptr;
+            ASSERT_EQ(__vstdSSNewTask(&task, &p, &n, &storage, x.data(), w.data(), nullptr, 1), SS_OK);
+            task->quantile_orders = &q;
+            task->quantiles = out.data();
+            ASSERT_EQ(vstdSSWMedian(task, 0, 0), SS_OK);
+            __vstSSDeleteTask(&task);
+            for (int64_t j = 0; j < p; ++j)
+                EXPECT_NEAR(out[j], direct_rule(col[j], q), 1e-12 * std::fabs(out[j]))
+                    << "n " << n << " q " << q;
+        }
+    }
+}
+
+// Unit weights give the plain median (midpoint of the two middle values for
+// an even count).
+TEST(WMedian, UnitWeightsGiveTheMedian) {
+    for (int64_t n : {1, 2, 5, 6, 1001, 1002}) {
+        std::vector<float> x(n), w(n, 1.0f);
+        std::mt19937 g(static_cast<uint32_t>(n));
+        for (auto& v : x) v = static_cast<float>(g() % 997);
+        const int64_t p = 1, storage = SS_STORAGE_BY_VARIABLE;
+        float q = 0.5f, got = -1;
+        SsTask* task = nullptr;
+        ASSERT_EQ(__vstsSSNewTask(&task, &p, &n, &storage, x.data(), w.data(), nullptr, 1), SS_OK);
+        task->quantile_orders = &q;
+        task->quantiles = &got;
+        ASSERT_EQ(vstsSSWMedian(task, 0, 0), SS_OK);
+        __vstSSDeleteTask(&task);
+        std::sort(x.begin(), x.end());
+        EXPECT_EQ(got, n % 2 ? x[n / 2] : (x[n / 2 - 1] + x[n / 2]) * 0.5f) << n;
+    }
+}
+
+}  // namespace
