@@ -163,47 +163,4 @@ TEST(QSort, SortStepAndSelectAgreeWithTheStandardLibrary) {
     __vstdQSort(0, nullptr);
 }
 
-// Each cause with every later one present; nothing is written on a refusal.
-TEST(Quantiles, StatusesInOrder) {
-    const char* steps[] = {"null task", "other precision", "storage pointer", "storage value",
-                           "quantiles", "orders", "count pointer", "count negative",
-                           "order above 1", "order NaN", "order stats", "order stats storage",
-                           "order stats layout", "method", "dimension", "observations", "data"};
-    const int32_t want[] = {SS_ERR_NULL_TASK, SS_ERR_METHOD, SS_ERR_STORAGE_WORD,
-                            SS_ERR_STORAGE_VALUE, SS_ERR_QUANTILES, SS_ERR_QUANTILE_ORDERS,
-                            SS_ERR_QUANTILE_COUNT, SS_ERR_QUANTILE_COUNT, SS_ERR_QUANTILE_COUNT,
-                            SS_ERR_QUANTILE_COUNT, SS_ERR_ORDER_STATS, SS_ERR_STORAGE_WORD,
-                            SS_ERR_STORAGE_VALUE, SS_ERR_METHOD, SS_ERR_DIMENSION,
-                            SS_ERR_OBSERVATIONS, SS_ERR_NULL_DATA};
-    for (int k = 0; k < 17; ++k) {
-        int64_t p = 1, n = 3, storage = 0, count = -1, os_storage = 0;
-        const int64_t ok = SS_STORAGE_BY_VARIABLE;
-        double x[3] = {3, 1, 2}, orders[2] = {0.5, NAN}, q[2] = {7, 7}, os[3] = {7, 7, 7};
-        SsTask* task = nullptr;
-        ASSERT_EQ(__vstsSSNewTask(&task, &p, &n, &ok, x, nullptr, nullptr, 1), SS_OK);
-        task->data_storage = &storage;
-        p = n = 0;
-        task->data = nullptr;
-        if (k > 1) task->is_double = 1;
-        if (k == 2) task->data_storage = nullptr;
-        if (k > 3) storage = ok;
-        if (k > 4) task->quantiles = q;
-        if (k > 5) task->quantile_orders = orders;
-        if (k > 6) task->quantile_count = &count;
-        if (k > 7) count = 2, orders[1] = 1.5;
-        if (k > 8) orders[1] = NAN;
-        if (k > 9) orders[1] = 1.0;
-        if (k > 10) task->order_stats = os;
-        if (k > 11) task->order_stats_storage = &os_storage;
-        if (k > 12) os_storage = ok;
-        const uint64_t method = k > 13 ? SS_METHOD_PLAIN_SUMS : SS_METHOD_RUNNING;
-        if (k > 14) p = 1;
-        if (k > 15) n = 3;
-        EXPECT_EQ(vstdSSQuantiles(k == 0 ? nullptr : task, SS_EST_QUANTILES | SS_EST_ORDER_STATS,
-                                  method), want[k]) << steps[k];
-        EXPECT_EQ(q[0] + q[1] + os[0] + os[1] + os[2], 35.0) << steps[k];
-        __vstSSDeleteTask(&task);
-    }
-}
-
 }  // namespace

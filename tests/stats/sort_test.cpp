@@ -124,34 +124,4 @@ TEST(Sort, KeyRulePlacesZerosInfinitiesAndNan) {
     key_rule<float>();
 }
 
-TEST(Sort, StatusesInOrder) {
-    struct Step { const char* what; int32_t want; };
-    const Step steps[] = {{"null task", SS_ERR_NULL_TASK}, {"other precision", SS_ERR_METHOD},
-                          {"sorted", SS_ERR_SORTED}, {"sorted storage", SS_ERR_STORAGE_WORD},
-                          {"in place, layouts differ", SS_ERR_STORAGE_WORD},
-                          {"in place with indices", SS_ERR_SORT_IN_PLACE_INDICES},
-                          {"layout value", SS_ERR_STORAGE_VALUE}, {"method", SS_ERR_METHOD},
-                          {"dimension", SS_ERR_DIMENSION}, {"observations", SS_ERR_OBSERVATIONS}};
-    for (int k = 0; k < 10; ++k) {
-        int64_t p = 2, n = 2, out_word = SS_STORAGE_BY_OBSERVATION, mask[2] = {1, 1};
-        const int64_t by_var = SS_STORAGE_BY_VARIABLE;
-        int64_t word = by_var;
-        double x[4] = {4, 3, 2, 1};
-        SsTask* task = nullptr;
-        ASSERT_EQ(__vstsSSNewTask(&task, &p, &n, &word, x, nullptr, mask, 1), SS_OK);
-        p = n = 0;
-        if (k > 1) task->is_double = 1;
-        if (k > 2) task->sorted = x;  // in place
-        if (k > 3) task->sorted_storage = &out_word;
-        if (k > 4) out_word = by_var | 0x40000;
-        if (k > 5) task->indices = nullptr;
-        if (k == 6) word = out_word = 0x40000 | 0;  // same bit 0x10000 (clear), no layout
-        const uint64_t method = k > 7 ? SS_METHOD_RADIX : SS_METHOD_PLAIN_SUMS;
-        if (k > 8) p = 2;
-        EXPECT_EQ(vstdSSSort(k == 0 ? nullptr : task, 0, method), steps[k].want) << steps[k].what;
-        EXPECT_EQ(x[0] * 1000 + x[1] * 100 + x[2] * 10 + x[3], 4321.0) << steps[k].what;
-        __vstSSDeleteTask(&task);
-    }
-}
-
 }  // namespace
