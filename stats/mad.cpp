@@ -1,9 +1,12 @@
 // _vstdSSMAD, _vstsSSMAD: median absolute deviation (median of |x - median|,
 // unscaled) and mean absolute deviation (the weighted mean of |x - centre|)
-// of each variable, result at index v. Both forms work through the other
-// entries on a record made on the stack for one variable: the median by
-// _vstdSSQuantiles, the means by _vstdSSBasic.
+// of each variable, result at index v. The median form selects on one
+// working copy of the variable (the interpolation rule of _vstdSSQuantiles:
+// the two middle ranks, selected on a buffer that stays partly ordered),
+// takes the absolute deviations in place and selects again; the mean form
+// works through _vstdSSBasic on a record made on the stack for one variable.
 #include "stats/frame.h"
+#include "stats/qsort.h"
 
 #include <cmath>
 
@@ -26,10 +29,13 @@ struct Context {
     int32_t status;       // a failure inside an item
 };
 
+// The median of s[0..n) by the interpolation rule at order 1/2: the mean
+// of the two middle ranks (one rank when n is odd), s left partly ordered.
 template <typename T>
-int32_t quantiles_entry(SsTask* t) {
-    return sizeof(T) == 8 ? _vstdSSQuantiles(t, SS_EST_QUANTILES, SS_METHOD_PLAIN_SUMS, nullptr)
-                          : _vstsSSQuantiles(t, SS_EST_QUANTILES, SS_METHOD_PLAIN_SUMS, nullptr);
+T median(T* s, int64_t n) {
+    const int64_t lo = (n - 1) / 2, ranks[2] = {lo, n - 1 - lo};
+    select_ranks(s, n, ranks, 2);
+    return n % 2 ? s[lo] : static_cast<T>((s[ranks[1]] - s[lo]) * T(0.5) + s[lo]);
 }
 template <typename T>
 int32_t mean_entry(SsTask* t) {
@@ -52,13 +58,21 @@ void item(int v, int thread, int, void* vctx) {
         s = own.get();
     }
     const T* row = c.x + v * n;
+    if (c.median) {
+        // One copy, selected on, replaced by the deviations, selected again.
+        for (int64_t i = 0; i < n; ++i) s[i] = c.by_var ? row[i] : c.x[i * c.p + v];
+        const T centre = median(s, n);
+        for (int64_t i = 0; i < n; ++i) s[i] = std::fabs(s[i] - centre);
+        c.out[v] = median(s, n);
+        return;
+    }
     if (!c.by_var) {
         for (int64_t i = 0; i < n; ++i) s[i] = c.x[i * c.p + v];
         row = s;
     }
     // One variable as a record of its own.
-    int64_t one = 1, nn = n, storage = SS_STORAGE_BY_VARIABLE, count = 1;
-    T order = T(0.5), centre = 0, result = 0;
+    int64_t one = 1, nn = n, storage = SS_STORAGE_BY_VARIABLE;
+    T centre = 0, result = 0;
     SsTask t;
     std::memset(static_cast<void*>(&t), 0, sizeof t);
     t.int_is_64 = 1;
@@ -66,31 +80,18 @@ void item(int v, int thread, int, void* vctx) {
     t.observations = &nn;
     t.data_storage = &storage;
     t.data = const_cast<T*>(row);
-    int32_t rc;
-    if (c.median) {
-        t.quantile_count = &count;
-        t.quantile_orders = &order;
-        t.quantiles = &centre;
-        rc = quantiles_entry<T>(&t);
-    } else {
-        t.weights = const_cast<void*>(c.weights);
-        t.mean = &centre;
-        rc = c.given_mean ? SS_OK : mean_entry<T>(&t);
-        if (c.given_mean) centre = c.given_mean[v];
-    }
+    t.weights = const_cast<void*>(c.weights);
+    t.mean = &centre;
+    int32_t rc = c.given_mean ? SS_OK : mean_entry<T>(&t);
+    if (c.given_mean) centre = c.given_mean[v];
     if (rc != SS_OK) {
         c.status = rc;
         return;
     }
     for (int64_t i = 0; i < n; ++i) s[i] = std::fabs(row[i] - centre);
     t.data = s;
-    if (c.median) {
-        t.quantiles = &result;
-        rc = quantiles_entry<T>(&t);
-    } else {
-        t.mean = &result;
-        rc = mean_entry<T>(&t);
-    }
+    t.mean = &result;
+    rc = mean_entry<T>(&t);
     if (rc != SS_OK) {
         c.status = rc;
         return;
