@@ -135,51 +135,40 @@ double direct_rule(std::vector<std::pair<double, double>> vw, double q) {
     return vw[k].first + (vw[i].first - vw[k].first) * (t - run[k]) / (run[i] - run[k]);
 }
 
-TEST(WMedian, IntegerWeightsFollowTheDirectRule) {
+// Random integer weights (zeros among them) against the direct rule; unit
+// weights at 1/2 against the plain median (midpoint of the two middle values
+// for an even count), in both layouts.
+TEST(WMedian, FollowsTheDirectRuleAndUnitWeightsGiveTheMedian) {
     std::mt19937_64 g(17);
-    for (int64_t n : {1, 2, 3, 4, 5, 8, 9, 100, 101}) {
-        for (double q : {0.0, 0.25, 0.5, 0.9, 1.0}) {
-            const int64_t p = 2, storage = SS_STORAGE_BY_OBSERVATION;
-            std::vector<double> x(n * p), w(n), out(p, -1);
-            std::vector<std::pair<double, double>> col[2];
-            for (int64_t i = 0; i < n; ++i) {
-                w[i] = static_cast<double>(g() % 4);  // zero weights too
+    for (int64_t n : {1, 2, 3, 4, 5, 8, 9, 100, 101})
+        for (double q : {0.0, 0.25, 0.5, 0.9, 1.0})
+            for (bool unit : {false, true}) {
+                const int64_t p = 2, storage = unit ? SS_STORAGE_BY_VARIABLE : SS_STORAGE_BY_OBSERVATION;
+                std::vector<double> x(n * p), w(n), out(p, -1);
+                std::vector<std::pair<double, double>> col[2];
+                for (int64_t i = 0; i < n; ++i) {
+                    w[i] = unit ? 1.0 : static_cast<double>(g() % 4);
+                    for (int64_t j = 0; j < p; ++j) {
+                        const double v = static_cast<double>(g() % 1000000) / 7;  // distinct in practice
+                        x[unit ? j * n + i : i * p + j] = v;
+                        col[j].push_back({v, w[i]});
+                    }
+                }
+                SsTask* task = nullptr;
+                ASSERT_EQ(__vstdSSNewTask(&task, &p, &n, &storage, x.data(), w.data(), nullptr, 1), SS_OK);
+                task->quantile_orders = &q;
+                task->quantiles = out.data();
+                ASSERT_EQ(vstdSSWMedian(task, 0, 0), SS_OK);
+                __vstSSDeleteTask(&task);
                 for (int64_t j = 0; j < p; ++j) {
-                    x[i * p + j] = static_cast<double>(g() % 1000000) / 7;  // distinct in practice
-                    col[j].push_back({x[i * p + j], w[i]});
+                    EXPECT_NEAR(out[j], direct_rule(col[j], q), 1e-12 * std::fabs(out[j]))
+                        << "n " << n << " q " << q;
+                    if (!unit || q != 0.5) continue;
+                    std::sort(col[j].begin(), col[j].end());
+                    EXPECT_EQ(out[j], n % 2 ? col[j][n / 2].first
+                                            : (col[j][n / 2 - 1].first + col[j][n / 2].first) * 0.5);
                 }
             }
-            SsTask* task = nullptr;
-            ASSERT_EQ(__vstdSSNewTask(&task, &p, &n, &storage, x.data(), w.data(), nullptr, 1), SS_OK);
-            task->quantile_orders = &q;
-            task->quantiles = out.data();
-            ASSERT_EQ(vstdSSWMedian(task, 0, 0), SS_OK);
-            __vstSSDeleteTask(&task);
-            for (int64_t j = 0; j < p; ++j)
-                EXPECT_NEAR(out[j], direct_rule(col[j], q), 1e-12 * std::fabs(out[j]))
-                    << "n " << n << " q " << q;
-        }
-    }
-}
-
-// Unit weights give the plain median (midpoint of the two middle values for
-// an even count).
-TEST(WMedian, UnitWeightsGiveTheMedian) {
-    for (int64_t n : {1, 2, 5, 6, 1001, 1002}) {
-        std::vector<float> x(n), w(n, 1.0f);
-        std::mt19937 g(static_cast<uint32_t>(n));
-        for (auto& v : x) v = static_cast<float>(g() % 997);
-        const int64_t p = 1, storage = SS_STORAGE_BY_VARIABLE;
-        float q = 0.5f, got = -1;
-        SsTask* task = nullptr;
-        ASSERT_EQ(__vstsSSNewTask(&task, &p, &n, &storage, x.data(), w.data(), nullptr, 1), SS_OK);
-        task->quantile_orders = &q;
-        task->quantiles = &got;
-        ASSERT_EQ(vstsSSWMedian(task, 0, 0), SS_OK);
-        __vstSSDeleteTask(&task);
-        std::sort(x.begin(), x.end());
-        EXPECT_EQ(got, n % 2 ? x[n / 2] : (x[n / 2 - 1] + x[n / 2]) * 0.5f) << n;
-    }
 }
 
 }  // namespace
