@@ -115,7 +115,16 @@ void select_ranks(A a, int64_t n, const int64_t* ks, int64_t m) {
         const Span s = stack[--top];
         if (s.i >= s.j || s.l > s.r) continue;
         const int64_t mid = s.i + (s.j - s.i) / 2, k = ks[mid];
-        select_in(a, s.l, s.r, k);
+        if (k == s.l || k == s.r) {
+            // The bracket's least or greatest element (the upper neighbour
+            // of a rank just placed, mostly): one scan instead of partitions.
+            int64_t best = s.l;
+            for (int64_t e = s.l + 1; e <= s.r; ++e)
+                if (k == s.l ? a[e] < a[best] : !(a[e] < a[best])) best = e;
+            std::swap(a[best], a[k]);
+        } else {
+            select_in(a, s.l, s.r, k);
+        }
         // Ranks equal to k are in place already.
         int64_t lo = mid, hi = mid + 1;
         while (lo > s.i && ks[lo - 1] == k) --lo;

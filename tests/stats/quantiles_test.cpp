@@ -129,6 +129,47 @@ TEST(Quantiles, ClearedRecordWithAFewFields) {
     EXPECT_EQ(median, 4.0);
 }
 
+// Long rows (where the ranks are found through a histogram of the keys'
+// top bits): spread data, data packed into a narrow range of keys, ties,
+// negative values and zeros of both signs, against std::nth_element.
+template <typename T>
+void long_rows() {
+    std::mt19937_64 g(11);
+    std::normal_distribution<double> normal(0, 1);
+    const int64_t n = 100003, p = 1, storage = SS_STORAGE_BY_VARIABLE;
+    std::vector<T> orders = {0, T(1e-5), T(0.01), T(0.5), T(0.75), T(0.99999), 1};
+    const int64_t count = static_cast<int64_t>(orders.size());
+    for (int kind = 0; kind < 4; ++kind) {
+        std::vector<T> x(n), q(count);
+        for (auto& v : x) {
+            const double z = normal(g);
+            v = static_cast<T>(kind == 0 ? z * 1e3 : kind == 1 ? 1000 + z * 1e-4
+                               : kind == 2 ? std::floor(z * 3) : (z < 0 ? -0.0 : z > 1 ? z : 0.0));
+        }
+        SsTask* task = nullptr;
+        const auto create = sizeof(T) == 8 ? __vstdSSNewTask : __vstsSSNewTask;
+        ASSERT_EQ(create(&task, &p, &n, &storage, x.data(), nullptr, nullptr, 1), SS_OK);
+        __vstdSSEditQuantiles(task, &count, orders.data(), q.data(), nullptr, nullptr);
+        ASSERT_EQ((sizeof(T) == 8 ? vstdSSQuantiles : vstsSSQuantiles)(task, SS_EST_QUANTILES,
+                                                                       SS_METHOD_PLAIN_SUMS), SS_OK);
+        __vstSSDeleteTask(&task);
+        for (int64_t r = 0; r < count; ++r) {
+            const double h = orders[r] * double(n - 1);
+            const int64_t lo = static_cast<int64_t>(h), hi = std::min(lo + 1, n - 1);
+            std::nth_element(x.begin(), x.begin() + lo, x.end());
+            const T a = x[lo];
+            std::nth_element(x.begin(), x.begin() + hi, x.end());
+            EXPECT_EQ(q[r], static_cast<T>((x[hi] - a) * static_cast<T>(h - lo) + a))
+                << "kind " << kind << " order " << orders[r];
+        }
+    }
+}
+
+TEST(Quantiles, LongRowsMatchTheStandardLibrary) {
+    long_rows<double>();
+    long_rows<float>();
+}
+
 // Sorting and selection on sizes around the insertion threshold and large,
 // with many ties, against the standard library; strided rows; NaN stays in
 // bounds.
