@@ -1,9 +1,9 @@
 // _vstdSSMAD, _vstsSSMAD: median absolute deviation (median of |x - median|,
 // unscaled) and mean absolute deviation (the weighted mean of |x - centre|)
-// of each variable, result at index v. The median form selects on one
-// working copy of the variable (the interpolation rule of _vstdSSQuantiles:
-// the two middle ranks, selected on a buffer that stays partly ordered),
-// takes the absolute deviations in place and selects again; the mean form
+// of each variable, result at index v. The median form finds the two middle
+// ranks (the interpolation rule of _vstdSSQuantiles at 1/2) of the values
+// and then of their absolute deviations, each within the histogram buckets
+// that hold them (on a copy for short rows); the mean form
 // works through _vstdSSBasic on a record made on the stack for one variable.
 #include "stats/frame.h"
 #include "stats/qsort.h"
@@ -29,14 +29,23 @@ struct Context {
     int32_t status;       // a failure inside an item
 };
 
-// The median of s[0..n) by the interpolation rule at order 1/2: the mean
-// of the two middle ranks (one rank when n is odd), s left partly ordered.
-template <typename T>
-T median(T* s, int64_t n) {
+// The median of the n values read by `value`, by the interpolation rule at
+// order 1/2: the mean of the two middle ranks (one rank when n is odd).
+// Long rows select within the histogram buckets holding those ranks; short
+// ones (or values packed into a few buckets) on a copy in s.
+template <typename T, typename V>
+T median(V value, int64_t n, T* s, int64_t* work) {
     const int64_t lo = (n - 1) / 2, ranks[2] = {lo, n - 1 - lo};
-    select_ranks(s, n, ranks, 2);
-    return n % 2 ? s[lo] : static_cast<T>((s[ranks[1]] - s[lo]) * T(0.5) + s[lo]);
+    T at[2];
+    if (n < kBucketMinimum || !bucket_select(value, n, ranks, 2, s, work, at)) {
+        for (int64_t i = 0; i < n; ++i) s[i] = value(i);
+        select_ranks(s, n, ranks, 2);
+        at[0] = s[lo];
+        at[1] = s[ranks[1]];
+    }
+    return n % 2 ? at[0] : static_cast<T>((at[1] - at[0]) * T(0.5) + at[0]);
 }
+
 template <typename T>
 int32_t mean_entry(SsTask* t) {
     return sizeof(T) == 8 ? _vstdSSBasic(t, SS_EST_MEAN, SS_METHOD_PLAIN_SUMS, nullptr)
@@ -59,11 +68,18 @@ void item(int v, int thread, int, void* vctx) {
     }
     const T* row = c.x + v * n;
     if (c.median) {
-        // One copy, selected on, replaced by the deviations, selected again.
-        for (int64_t i = 0; i < n; ++i) s[i] = c.by_var ? row[i] : c.x[i * c.p + v];
-        const T centre = median(s, n);
-        for (int64_t i = 0; i < n; ++i) s[i] = std::fabs(s[i] - centre);
-        c.out[v] = median(s, n);
+        // The median of the values, then of their absolute deviations,
+        // read from the data without a copy where the buckets allow.
+        Buffer<int64_t> work;
+        if (!work.allocate(2 * kBuckets + 2, false)) {
+            c.status = SS_ERR_NO_MEMORY;
+            return;
+        }
+        const T* x = c.x;
+        const int64_t p = c.p;
+        auto at = [=](int64_t i) { return c.by_var ? row[i] : x[i * p + v]; };
+        const T centre = median<T>(at, n, s, work.get());
+        c.out[v] = median<T>([=](int64_t i) { return std::fabs(at(i) - centre); }, n, s, work.get());
         return;
     }
     if (!c.by_var) {

@@ -106,6 +106,36 @@ INSTANTIATE_TEST_SUITE_P(All, Deviations,
                          ::testing::Combine(::testing::Bool(), ::testing::Bool(),
                                             ::testing::Bool(), ::testing::Bool()));
 
+// Long rows (the medians found through histogram buckets, no copy): odd
+// and even counts, by observation, against medians by std::nth_element.
+TEST(Deviations, LongRowsMatchMediansByTheStandardLibrary) {
+    auto median = [](std::vector<double> v) {
+        const std::size_t h = v.size() / 2;
+        std::nth_element(v.begin(), v.begin() + h, v.end());
+        const double upper = v[h];
+        if (v.size() % 2) return upper;
+        return (upper - *std::max_element(v.begin(), v.begin() + h)) * 0.5 +
+               *std::max_element(v.begin(), v.begin() + h);
+    };
+    std::mt19937_64 g(23);
+    std::lognormal_distribution<double> skewed(0, 1);
+    for (int64_t n : {100001, 100000}) {
+        const int64_t p = 2, storage = SS_STORAGE_BY_OBSERVATION;
+        std::vector<double> x(n * p), col[2], out(p);
+        for (int64_t i = 0; i < n * p; ++i) col[i % p].push_back(x[i] = skewed(g) * (i % p ? -1 : 1));
+        SsTask* task = nullptr;
+        ASSERT_EQ(__vstdSSNewTask(&task, &p, &n, &storage, x.data(), nullptr, nullptr, 1), SS_OK);
+        __vstdSSEditTask(task, SS_ED_median_abs_dev, out.data());
+        ASSERT_EQ(vstdSSMAD(task, SS_EST_MEDIAN_ABS_DEV, SS_METHOD_PLAIN_SUMS), SS_OK);
+        __vstSSDeleteTask(&task);
+        for (int64_t j = 0; j < p; ++j) {
+            const double m = median(col[j]);
+            for (double& v : col[j]) v = std::fabs(v - m);
+            EXPECT_EQ(out[j], median(col[j])) << n << " " << j;
+        }
+    }
+}
+
 // The weighted q-point read directly off the running weight: the first value
 // whose running weight reaches t = q * total; on an exact hit with an even
 // count, the midpoint with the next value of positive weight; past t, the
