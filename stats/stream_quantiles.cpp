@@ -322,7 +322,9 @@ int32_t stream_quantiles(SsTask* task, uint64_t, uint64_t method,
         const int64_t step = std::min(room, remaining);
         ctx.offset = n - remaining;
         ctx.step_count = step;
-        run_items(threading, static_cast<int>(p), 0, &ctx, &feed_item<T>);
+        // As many threads as the table offers, at most one per variable.
+        run_items(threading, static_cast<int>(p),
+                  static_cast<int>(std::min<int64_t>(max_threads(threading), p)), &ctx, &feed_item<T>);
         if (ctx.status.load() != SS_OK) return ctx.status.load();
         room -= step;
         remaining -= step;
