@@ -5,47 +5,17 @@
 
 #include <gtest/gtest.h>
 
+#include "kat.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <fstream>
 #include <random>
-#include <sstream>
 #include <string>
 #include <tuple>
 #include <vector>
 
 namespace {
-
-struct Kat {
-    int64_t n, p;
-    std::vector<double> x, q, s;  // x by observation; q and s one row per variable
-};
-
-std::vector<double> g_orders;
-
-std::vector<Kat> read_kat() {
-    std::ifstream in(ORV_SS_DATA_DIR "/order_kat.txt");
-    std::vector<Kat> cases;
-    g_orders.clear();
-    std::string line;
-    while (std::getline(in, line)) {
-        std::istringstream ls(line);
-        std::string tag;
-        ls >> tag;
-        std::vector<double>* into = nullptr;
-        if (tag == "orders") into = &g_orders;
-        if (tag == "case") {
-            cases.emplace_back();
-            ls >> cases.back().n >> cases.back().p;
-        }
-        if (tag == "x") into = &cases.back().x;
-        if (tag == "q") into = &cases.back().q;
-        if (tag == "s") into = &cases.back().s;
-        for (double v; into && ls >> v;) into->push_back(v);
-    }
-    return cases;
-}
 
 // double, data by observation, order statistics (none, by variable, by
 // observation), masked
@@ -53,13 +23,15 @@ using Case = std::tuple<bool, bool, int, bool>;
 class Quantiles : public ::testing::TestWithParam<Case> {};
 
 template <typename T>
-void check(const Kat& k, bool by_obs, int os_layout, bool masked) {
+void check(const kat::Case& k, const std::vector<double>& g_orders, bool by_obs, int os_layout,
+           bool masked) {
     const int64_t p = k.p, n = k.n, count = static_cast<int64_t>(g_orders.size());
+    const auto &kx = k.rows.at("x"), &kq = k.rows.at("q"), &ks = k.rows.at("s");
     const int64_t storage = by_obs ? SS_STORAGE_BY_OBSERVATION : SS_STORAGE_BY_VARIABLE;
     const int64_t os_storage = os_layout == 1 ? SS_STORAGE_BY_VARIABLE : SS_STORAGE_BY_OBSERVATION;
     std::vector<T> x(n * p), orders(g_orders.begin(), g_orders.end());
     for (int64_t i = 0; i < n; ++i)
-        for (int64_t j = 0; j < p; ++j) x[by_obs ? i * p + j : j * n + i] = static_cast<T>(k.x[i * p + j]);
+        for (int64_t j = 0; j < p; ++j) x[by_obs ? i * p + j : j * n + i] = static_cast<T>(kx[i * p + j]);
     std::vector<int64_t> mask(p, 1);
     if (masked) mask[0] = 0;
     std::vector<int64_t> admitted;
@@ -83,11 +55,11 @@ void check(const Kat& k, bool by_obs, int os_layout, bool masked) {
     for (int64_t a = 0; a < rows; ++a) {
         const int64_t v = admitted[a];
         for (int64_t r = 0; r < count; ++r)
-            EXPECT_NEAR(q[a * count + r], k.q[v * count + r], tol * (1 + std::fabs(k.q[v * count + r])))
+            EXPECT_NEAR(q[a * count + r], kq[v * count + r], tol * (1 + std::fabs(kq[v * count + r])))
                 << "row " << a << " order " << r;
         for (int64_t i = 0; os_layout && i < n; ++i) {
             const T got = os_layout == 1 ? os[a * n + i] : os[i * p + a];
-            EXPECT_EQ(got, static_cast<T>(k.s[v * n + i])) << "row " << a << " i " << i;
+            EXPECT_EQ(got, static_cast<T>(ks[v * n + i])) << "row " << a << " i " << i;
         }
     }
     // Rows past the admitted ones are left alone.
@@ -96,14 +68,16 @@ void check(const Kat& k, bool by_obs, int os_layout, bool masked) {
 
 TEST_P(Quantiles, MatchNumpy) {
     const auto [dbl, by_obs, os_layout, masked] = GetParam();
-    for (const Kat& k : read_kat()) {
+    const kat::File f = kat::read("order_kat.txt");
+    const std::vector<double>& orders = f.head.at("orders");
+    ASSERT_FALSE(f.cases.empty());
+    for (const kat::Case& k : f.cases) {
         SCOPED_TRACE("n " + std::to_string(k.n));
         if (dbl)
-            check<double>(k, by_obs, os_layout, masked);
+            check<double>(k, orders, by_obs, os_layout, masked);
         else
-            check<float>(k, by_obs, os_layout, masked);
+            check<float>(k, orders, by_obs, os_layout, masked);
     }
-    ASSERT_FALSE(g_orders.empty());
 }
 
 INSTANTIATE_TEST_SUITE_P(All, Quantiles,

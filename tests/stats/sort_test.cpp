@@ -1,38 +1,19 @@
 // The sort entry against numpy's sorted rows (tests/data/stats/order_kat.txt),
 // every layout pair, masked and in place; the key rule for zeros,
-// infinities and NaN; the statuses in their order.
+// infinities and NaN.
 #include <orv/orv.h>
 
 #include <gtest/gtest.h>
 
+#include "kat.h"
+
 #include <cmath>
 #include <cstring>
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <tuple>
 #include <vector>
 
 namespace {
-
-struct Rows { int64_t n, p; std::vector<double> x, s; };
-
-std::vector<Rows> read_sorted() {
-    std::ifstream in(ORV_SS_DATA_DIR "/order_kat.txt");
-    std::vector<Rows> out;
-    for (std::string line; std::getline(in, line);) {
-        std::istringstream ls(line);
-        std::string tag;
-        ls >> tag;
-        if (tag == "case") {
-            out.emplace_back();
-            ls >> out.back().n >> out.back().p;
-        }
-        std::vector<double>* into = tag == "x" ? &out.back().x : tag == "s" ? &out.back().s : nullptr;
-        for (double v; into && ls >> v;) into->push_back(v);
-    }
-    return out;
-}
 
 template <typename T>
 uint64_t bits(T v) {
@@ -46,13 +27,13 @@ using Case = std::tuple<bool, bool, bool, bool, bool>;
 class Sort : public ::testing::TestWithParam<Case> {};
 
 template <typename T>
-void check(const Rows& r, bool x_obs, bool out_obs, bool masked, bool in_place) {
+void check(const kat::Case& r, bool x_obs, bool out_obs, bool masked, bool in_place) {
     const int64_t p = r.p, n = r.n;
     const int64_t storage = x_obs ? SS_STORAGE_BY_OBSERVATION : SS_STORAGE_BY_VARIABLE;
     const int64_t out_storage = out_obs ? SS_STORAGE_BY_OBSERVATION : SS_STORAGE_BY_VARIABLE;
     std::vector<T> x(n * p), out(n * p, T(-999));
     for (int64_t i = 0; i < n; ++i)
-        for (int64_t j = 0; j < p; ++j) x[x_obs ? i * p + j : j * n + i] = static_cast<T>(r.x[i * p + j]);
+        for (int64_t j = 0; j < p; ++j) x[x_obs ? i * p + j : j * n + i] = static_cast<T>(r.rows.at("x")[i * p + j]);
     std::vector<int64_t> mask(p, 1);
     if (masked) mask[0] = 0;
     SsTask* task = nullptr;
@@ -69,14 +50,14 @@ void check(const Rows& r, bool x_obs, bool out_obs, bool masked, bool in_place) 
     for (int64_t v = 0; v < p; ++v) {
         if (!mask[v]) continue;
         for (int64_t i = 0; i < n; ++i)
-            ASSERT_EQ(dst[obs ? i * p + a : a * n + i], static_cast<T>(r.s[v * n + i])) << v << " " << i;
+            ASSERT_EQ(dst[obs ? i * p + a : a * n + i], static_cast<T>(r.rows.at("s")[v * n + i])) << v << " " << i;
         ++a;
     }
 }
 
 TEST_P(Sort, MatchesNumpy) {
     const auto [dbl, x_obs, out_obs, masked, in_place] = GetParam();
-    for (const Rows& r : read_sorted()) {
+    for (const kat::Case& r : kat::read("order_kat.txt").cases) {
         if (dbl)
             check<double>(r, x_obs, out_obs, masked, in_place);
         else
