@@ -5,6 +5,8 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
+#include <type_traits>
 #include <utility>
 
 namespace orv::ss {
@@ -115,7 +117,16 @@ void select_ranks(A a, int64_t n, const int64_t* ks, int64_t m) {
         const Span s = stack[--top];
         if (s.i >= s.j || s.l > s.r) continue;
         const int64_t mid = s.i + (s.j - s.i) / 2, k = ks[mid];
-        select_in(a, s.l, s.r, k);
+        if (k == s.l || k == s.r) {
+            // The bracket's least or greatest element (the upper neighbour
+            // of a rank just placed, mostly): one scan instead of partitions.
+            int64_t best = s.l;
+            for (int64_t e = s.l + 1; e <= s.r; ++e)
+                if (k == s.l ? a[e] < a[best] : !(a[e] < a[best])) best = e;
+            std::swap(a[best], a[k]);
+        } else {
+            select_in(a, s.l, s.r, k);
+        }
         // Ranks equal to k are in place already.
         int64_t lo = mid, hi = mid + 1;
         while (lo > s.i && ks[lo - 1] == k) --lo;
@@ -123,6 +134,60 @@ void select_ranks(A a, int64_t n, const int64_t* ks, int64_t m) {
         stack[top++] = {s.l, k - 1, s.i, lo};
         stack[top++] = {k + 1, s.r, hi, s.j};
     }
+}
+
+// Order-preserving keys (as the radix sort's): sign clear, the sign bit
+// set; sign set, every bit inverted. Bucket: the key's top 16 bits.
+template <typename T>
+inline uint32_t bucket_of(T v) {
+    using K = std::conditional_t<sizeof(T) == 8, uint64_t, uint32_t>;
+    constexpr K sign = K(1) << (sizeof(K) * 8 - 1);
+    K u;
+    std::memcpy(&u, &v, sizeof u);
+    u = (u & sign) ? ~u : (u | sign);
+    return static_cast<uint32_t>(u >> (sizeof(K) * 8 - 16));
+}
+
+constexpr int kBuckets = 1 << 16;
+// Below this many values a full copy costs less than the histogram.
+constexpr int64_t kBucketMinimum = 1 << 15;
+
+// The elements of ranks ks[0..m) (ascending) of the n values read by
+// `value`, into out[0..m): a histogram of the keys' top 16 bits finds the
+// bucket of each rank; a second pass gathers those buckets alone into s (in
+// bucket order, so that they stay ordered among themselves) and selection
+// within them places the ranks. False, with nothing written, when those
+// buckets hold more than a quarter of the data (values packed into a narrow
+// range of keys): the caller then selects on a full copy. work holds
+// 2 * kBuckets + m integers.
+template <typename T, typename V>
+bool bucket_select(V value, int64_t n, const int64_t* ks, int64_t m, T* s, int64_t* work, T* out) {
+    int64_t* const count = work;            // then: place in s of the next gathered element
+    int64_t* const gather = work + kBuckets;  // 1 for a bucket holding a rank
+    int64_t* const local = work + 2 * kBuckets;  // the ranks' places in s
+    std::memset(count, 0, kBuckets * sizeof(int64_t));
+    for (int64_t i = 0; i < n; ++i) ++count[bucket_of(value(i))];
+    int64_t start = 0, gathered = 0, r = 0;
+    for (int b = 0; b < kBuckets; ++b) {
+        const int64_t c = count[b];
+        gather[b] = 0;
+        for (; r < m && ks[r] < start + c; ++r) {
+            local[r] = gathered + ks[r] - start;
+            gather[b] = 1;
+        }
+        count[b] = gathered;
+        if (gather[b]) gathered += c;
+        start += c;
+    }
+    if (gathered > n / 4 + 64) return false;
+    for (int64_t i = 0; i < n; ++i) {
+        const T v = value(i);
+        const uint32_t b = bucket_of(v);
+        if (gather[b]) s[count[b]++] = v;
+    }
+    select_ranks(s, gathered, local, m);
+    for (int64_t j = 0; j < m; ++j) out[j] = s[local[j]];
+    return true;
 }
 
 }  // namespace orv::ss

@@ -5,6 +5,8 @@
 #include "stats/qsort.h"
 
 #include <algorithm>
+#include <cstring>
+#include <type_traits>
 #include <cmath>
 
 namespace {
@@ -73,24 +75,33 @@ void item(int a, int thread, int, void* vctx) {
         }
         s = own.get();
     }
+    const int64_t m = 2 * c.count;
+    const bool buckets = n >= kBucketMinimum;
     Buffer<int64_t> ranks;
-    if (!ranks.allocate(static_cast<std::size_t>(2 * c.count), false)) {
+    Buffer<T> vals;
+    if (!ranks.allocate(static_cast<std::size_t>(m + (buckets ? 2 * kBuckets + m : 0)), false) ||
+        !vals.allocate(static_cast<std::size_t>(m), false)) {
         c.status = SS_ERR_NO_MEMORY;
         return;
     }
     int64_t* ks = ranks.get();
+    T* at = vals.get();  // the element of rank ks[j]
     for (int64_t r = 0; r < c.count; ++r) {
         double frac;
         interpolation(c.orders[r], n, &ks[2 * r], &ks[2 * r + 1], &frac);
     }
-    std::sort(ks, ks + 2 * c.count);
-    for (int64_t i = 0; i < n; ++i) s[i] = value(i);
-    select_ranks(s, n, ks, 2 * c.count);
+    std::sort(ks, ks + m);
+    if (!buckets || !bucket_select(value, n, ks, m, s, ks + m, at)) {
+        for (int64_t i = 0; i < n; ++i) s[i] = value(i);
+        select_ranks(s, n, ks, m);
+        for (int64_t j = 0; j < m; ++j) at[j] = s[ks[j]];
+    }
+    auto element = [&](int64_t k) { return at[std::lower_bound(ks, ks + m, k) - ks]; };
     for (int64_t r = 0; r < c.count; ++r) {
         int64_t lo, hi;
         double frac;
         interpolation(c.orders[r], n, &lo, &hi, &frac);
-        c.quantiles[a * c.count + r] = interpolate(s[lo], s[hi], frac);
+        c.quantiles[a * c.count + r] = interpolate(element(lo), element(hi), frac);
     }
 }
 

@@ -23,6 +23,19 @@ ORV_API int32_t vstdSSQuantiles(SsTask* task, uint64_t estimates, uint64_t metho
 ORV_API int32_t vstsSSQuantiles(SsTask* task, uint64_t estimates, uint64_t method);
 ORV_API int32_t vstdSSSort(SsTask* task, uint64_t estimates, uint64_t method);
 ORV_API int32_t vstsSSSort(SsTask* task, uint64_t estimates, uint64_t method);
+/* Median and mean absolute deviation, one result per variable at index v. */
+ORV_API int32_t vstdSSMAD(SsTask* task, uint64_t estimates, uint64_t method);
+ORV_API int32_t vstsSSMAD(SsTask* task, uint64_t estimates, uint64_t method);
+/* Weighted quantile of order quantile_orders[0] into quantiles[v]: refuses a
+ * missing p or n (SS_ERR_DIMENSION, SS_ERR_OBSERVATIONS), storage word
+ * (SS_ERR_STORAGE_WORD), data, weights, orders or quantiles (their field
+ * statuses); estimate and method words are not read. */
+ORV_API int32_t vstdSSWMedian(SsTask* task, uint64_t estimates, uint64_t method);
+ORV_API int32_t vstsSSWMedian(SsTask* task, uint64_t estimates, uint64_t method);
+/* Streaming quantiles: feeds n observations into the task's summaries and,
+ * with SS_METHOD_STREAM_QUERY, answers within eps*N ranks. */
+ORV_API int32_t vstdSSStreamQuantiles(SsTask* task, uint64_t estimates, uint64_t method);
+ORV_API int32_t vstsSSStreamQuantiles(SsTask* task, uint64_t estimates, uint64_t method);
 
 #ifdef __cplusplus
 }

@@ -147,6 +147,8 @@ enum SsParameterNumber {
 #define SS_EST_CROSS_PRODUCT  0x100000000ULL
 #define SS_EST_QUANTILES      0x10000ULL   /* _vstdSSQuantiles: quantiles */
 #define SS_EST_ORDER_STATS    0x20000ULL   /* _vstdSSQuantiles: sorted observations */
+#define SS_EST_MEDIAN_ABS_DEV 0x200000000ULL /* _vstdSSMAD: median absolute deviation */
+#define SS_EST_MEAN_ABS_DEV   0x400000000ULL /* _vstdSSMAD: mean absolute deviation */
 
 /* Method word bits. */
 #define SS_METHOD_PLAIN_SUMS   0x1ULL    /* power sums normalised by the total weight */
@@ -155,6 +157,8 @@ enum SsParameterNumber {
 #define SS_METHOD_FROM_SUMS    0x200ULL  /* no data pass: moments from sums */
 #define SS_METHOD_FROM_SUMS_2  0x400ULL  /* same as SS_METHOD_FROM_SUMS */
 #define SS_METHOD_RADIX        0x100000ULL  /* _vstdSSSort: radix sort */
+#define SS_METHOD_STREAM_QUERY  0x40ULL  /* _vstdSSStreamQuantiles: summaries and quantiles */
+#define SS_METHOD_STREAM_ONLY   0x80ULL  /* _vstdSSStreamQuantiles: summaries only */
 
 typedef struct SsTask SsTask;
 typedef void (*SsReleaseOp)(SsTask* task);
@@ -335,6 +339,35 @@ ORV_SS_API int32_t _vstdSSSort(SsTask* task, uint64_t estimates, uint64_t method
                                const SsThreadingTable* threading);
 ORV_SS_API int32_t _vstsSSSort(SsTask* task, uint64_t estimates, uint64_t method,
                                const SsThreadingTable* threading);
+
+/* Median absolute deviation (SS_EST_MEDIAN_ABS_DEV, method 0x1): the median
+ * of |x - median| (unscaled), and mean absolute deviation
+ * (SS_EST_MEAN_ABS_DEV): the (weighted) mean of |x - centre|, the centre
+ * being mean[v] with method SS_METHOD_GIVEN_MEAN, else the (weighted) mean
+ * (method 0x1). One result per variable at index v. */
+ORV_SS_API int32_t _vstdSSMAD(SsTask* task, uint64_t estimates, uint64_t method,
+                              const SsThreadingTable* threading);
+ORV_SS_API int32_t _vstsSSMAD(SsTask* task, uint64_t estimates, uint64_t method,
+                              const SsThreadingTable* threading);
+
+/* Weighted median (order quantile_orders[0]) of every variable into
+ * quantiles[v], by the weights; estimate and method words are not read. */
+ORV_SS_API int32_t _vstdSSWMedian(SsTask* task, uint64_t estimates, uint64_t method,
+                                  const SsThreadingTable* threading);
+ORV_SS_API int32_t _vstsSSWMedian(SsTask* task, uint64_t estimates, uint64_t method,
+                                  const SsThreadingTable* threading);
+
+/* Streaming quantiles within rank error eps*N (eps = stream_params[0]) of the
+ * N observations fed so far, from summaries kept in the task across calls
+ * (Zhang-Wang). Method SS_METHOD_STREAM_QUERY feeds and answers into one
+ * compact row of stream_quantiles per active variable; SS_METHOD_STREAM_ONLY
+ * only feeds. The summaries are released with the task. */
+ORV_SS_API int32_t _vstdSSStreamQuantiles(SsTask* task, uint64_t estimates, uint64_t method,
+                                          const SsThreadingTable* threading);
+ORV_SS_API int32_t _vstsSSStreamQuantiles(SsTask* task, uint64_t estimates, uint64_t method,
+                                          const SsThreadingTable* threading);
+/* Releases the streaming summaries of a task and clears stream_state. */
+ORV_SS_API void __vstSQuantilesFreeBuffers(SsTask* task);
 
 /* In-place ascending sort of n reals (a stride apart), and selection of the
  * element of rank k (0-based), which leaves a partially ordered. Nothing

@@ -95,45 +95,4 @@ TEST(Minmax, OneEstimateLeavesTheOtherArray) {
     __vstSSDeleteTask(&task);
 }
 
-// Each cause with every later one present; nothing is written on a refusal.
-TEST(Minmax, StatusesInOrder) {
-    struct Step { const char* what; int32_t want; };
-    const Step steps[] = {{"null task", SS_ERR_NULL_TASK},
-                          {"other precision", SS_ERR_METHOD},
-                          {"storage pointer", SS_ERR_STORAGE_WORD},
-                          {"storage value", SS_ERR_STORAGE_VALUE},
-                          {"minimum", SS_ERR_MIN},
-                          {"maximum", SS_ERR_MAX},
-                          {"method", SS_ERR_METHOD},
-                          {"dimension", SS_ERR_DIMENSION},
-                          {"observations", SS_ERR_OBSERVATIONS},
-                          {"data", SS_ERR_NULL_DATA}};
-    const int64_t storage_ok = SS_STORAGE_BY_OBSERVATION;
-    for (std::size_t k = 0; k < std::size(steps); ++k) {
-        int64_t p = 2, n = 2, storage = 0x40000;
-        double x[4] = {1, 2, 3, 4};
-        SsTask* task = nullptr;
-        ASSERT_EQ(__vstsSSNewTask(&task, &p, &n, &storage_ok, x, nullptr, nullptr, 1), SS_OK);
-        // Later causes: a bad storage word, no arrays, no method, p and n 0, no data.
-        task->data_storage = &storage;
-        p = n = 0;
-        task->data = nullptr;
-        // Earlier causes repaired, this one kept.
-        const std::string what = steps[k].what;
-        if (k > 1) task->is_double = 1;
-        if (what == "storage pointer") task->data_storage = nullptr;
-        if (k > 3) storage = storage_ok;
-        double mn[2] = {9, 9}, mx[2] = {9, 9};
-        if (k > 4) __vstdSSEditTask(task, SS_ED_minimum, mn);
-        if (k > 5) __vstdSSEditTask(task, SS_ED_maximum, mx);
-        const uint64_t method = k > 6 ? SS_METHOD_RUNNING : 0x100;
-        if (k > 7) p = 2;
-        if (k > 8) n = 2;
-        EXPECT_EQ(vstdSSMinmax(k == 0 ? nullptr : task, SS_EST_MIN | SS_EST_MAX, method),
-                  steps[k].want) << what;
-        EXPECT_EQ(mn[0] + mn[1] + mx[0] + mx[1], 36.0) << what;
-        __vstSSDeleteTask(&task);
-    }
-}
-
 }  // namespace

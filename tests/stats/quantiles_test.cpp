@@ -5,47 +5,17 @@
 
 #include <gtest/gtest.h>
 
+#include "kat.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <fstream>
 #include <random>
-#include <sstream>
 #include <string>
 #include <tuple>
 #include <vector>
 
 namespace {
-
-struct Kat {
-    int64_t n, p;
-    std::vector<double> x, q, s;  // x by observation; q and s one row per variable
-};
-
-std::vector<double> g_orders;
-
-std::vector<Kat> read_kat() {
-    std::ifstream in(ORV_SS_DATA_DIR "/order_kat.txt");
-    std::vector<Kat> cases;
-    g_orders.clear();
-    std::string line;
-    while (std::getline(in, line)) {
-        std::istringstream ls(line);
-        std::string tag;
-        ls >> tag;
-        std::vector<double>* into = nullptr;
-        if (tag == "orders") into = &g_orders;
-        if (tag == "case") {
-            cases.emplace_back();
-            ls >> cases.back().n >> cases.back().p;
-        }
-        if (tag == "x") into = &cases.back().x;
-        if (tag == "q") into = &cases.back().q;
-        if (tag == "s") into = &cases.back().s;
-        for (double v; into && ls >> v;) into->push_back(v);
-    }
-    return cases;
-}
 
 // double, data by observation, order statistics (none, by variable, by
 // observation), masked
@@ -53,13 +23,15 @@ using Case = std::tuple<bool, bool, int, bool>;
 class Quantiles : public ::testing::TestWithParam<Case> {};
 
 template <typename T>
-void check(const Kat& k, bool by_obs, int os_layout, bool masked) {
+void check(const kat::Case& k, const std::vector<double>& g_orders, bool by_obs, int os_layout,
+           bool masked) {
     const int64_t p = k.p, n = k.n, count = static_cast<int64_t>(g_orders.size());
+    const auto &kx = k.rows.at("x"), &kq = k.rows.at("q"), &ks = k.rows.at("s");
     const int64_t storage = by_obs ? SS_STORAGE_BY_OBSERVATION : SS_STORAGE_BY_VARIABLE;
     const int64_t os_storage = os_layout == 1 ? SS_STORAGE_BY_VARIABLE : SS_STORAGE_BY_OBSERVATION;
     std::vector<T> x(n * p), orders(g_orders.begin(), g_orders.end());
     for (int64_t i = 0; i < n; ++i)
-        for (int64_t j = 0; j < p; ++j) x[by_obs ? i * p + j : j * n + i] = static_cast<T>(k.x[i * p + j]);
+        for (int64_t j = 0; j < p; ++j) x[by_obs ? i * p + j : j * n + i] = static_cast<T>(kx[i * p + j]);
     std::vector<int64_t> mask(p, 1);
     if (masked) mask[0] = 0;
     std::vector<int64_t> admitted;
@@ -83,11 +55,11 @@ void check(const Kat& k, bool by_obs, int os_layout, bool masked) {
     for (int64_t a = 0; a < rows; ++a) {
         const int64_t v = admitted[a];
         for (int64_t r = 0; r < count; ++r)
-            EXPECT_NEAR(q[a * count + r], k.q[v * count + r], tol * (1 + std::fabs(k.q[v * count + r])))
+            EXPECT_NEAR(q[a * count + r], kq[v * count + r], tol * (1 + std::fabs(kq[v * count + r])))
                 << "row " << a << " order " << r;
         for (int64_t i = 0; os_layout && i < n; ++i) {
             const T got = os_layout == 1 ? os[a * n + i] : os[i * p + a];
-            EXPECT_EQ(got, static_cast<T>(k.s[v * n + i])) << "row " << a << " i " << i;
+            EXPECT_EQ(got, static_cast<T>(ks[v * n + i])) << "row " << a << " i " << i;
         }
     }
     // Rows past the admitted ones are left alone.
@@ -96,14 +68,16 @@ void check(const Kat& k, bool by_obs, int os_layout, bool masked) {
 
 TEST_P(Quantiles, MatchNumpy) {
     const auto [dbl, by_obs, os_layout, masked] = GetParam();
-    for (const Kat& k : read_kat()) {
+    const kat::File f = kat::read("order_kat.txt");
+    const std::vector<double>& orders = f.head.at("orders");
+    ASSERT_FALSE(f.cases.empty());
+    for (const kat::Case& k : f.cases) {
         SCOPED_TRACE("n " + std::to_string(k.n));
         if (dbl)
-            check<double>(k, by_obs, os_layout, masked);
+            check<double>(k, orders, by_obs, os_layout, masked);
         else
-            check<float>(k, by_obs, os_layout, masked);
+            check<float>(k, orders, by_obs, os_layout, masked);
     }
-    ASSERT_FALSE(g_orders.empty());
 }
 
 INSTANTIATE_TEST_SUITE_P(All, Quantiles,
@@ -127,6 +101,47 @@ TEST(Quantiles, ClearedRecordWithAFewFields) {
     t.quantiles = &median;
     ASSERT_EQ(_vstdSSQuantiles(&t, SS_EST_QUANTILES, SS_METHOD_PLAIN_SUMS, nullptr), SS_OK);
     EXPECT_EQ(median, 4.0);
+}
+
+// Long rows (where the ranks are found through a histogram of the keys'
+// top bits): spread data, data packed into a narrow range of keys, ties,
+// negative values and zeros of both signs, against std::nth_element.
+template <typename T>
+void long_rows() {
+    std::mt19937_64 g(11);
+    std::normal_distribution<double> normal(0, 1);
+    const int64_t n = 100003, p = 1, storage = SS_STORAGE_BY_VARIABLE;
+    std::vector<T> orders = {0, T(1e-5), T(0.01), T(0.5), T(0.75), T(0.99999), 1};
+    const int64_t count = static_cast<int64_t>(orders.size());
+    for (int kind = 0; kind < 4; ++kind) {
+        std::vector<T> x(n), q(count);
+        for (auto& v : x) {
+            const double z = normal(g);
+            v = static_cast<T>(kind == 0 ? z * 1e3 : kind == 1 ? 1000 + z * 1e-4
+                               : kind == 2 ? std::floor(z * 3) : (z < 0 ? -0.0 : z > 1 ? z : 0.0));
+        }
+        SsTask* task = nullptr;
+        const auto create = sizeof(T) == 8 ? __vstdSSNewTask : __vstsSSNewTask;
+        ASSERT_EQ(create(&task, &p, &n, &storage, x.data(), nullptr, nullptr, 1), SS_OK);
+        __vstdSSEditQuantiles(task, &count, orders.data(), q.data(), nullptr, nullptr);
+        ASSERT_EQ((sizeof(T) == 8 ? vstdSSQuantiles : vstsSSQuantiles)(task, SS_EST_QUANTILES,
+                                                                       SS_METHOD_PLAIN_SUMS), SS_OK);
+        __vstSSDeleteTask(&task);
+        for (int64_t r = 0; r < count; ++r) {
+            const double h = orders[r] * double(n - 1);
+            const int64_t lo = static_cast<int64_t>(h), hi = std::min(lo + 1, n - 1);
+            std::nth_element(x.begin(), x.begin() + lo, x.end());
+            const T a = x[lo];
+            std::nth_element(x.begin(), x.begin() + hi, x.end());
+            EXPECT_EQ(q[r], static_cast<T>((x[hi] - a) * static_cast<T>(h - lo) + a))
+                << "kind " << kind << " order " << orders[r];
+        }
+    }
+}
+
+TEST(Quantiles, LongRowsMatchTheStandardLibrary) {
+    long_rows<double>();
+    long_rows<float>();
 }
 
 // Sorting and selection on sizes around the insertion threshold and large,
@@ -161,49 +176,6 @@ TEST(QSort, SortStepAndSelectAgreeWithTheStandardLibrary) {
     __vstdQSort(1000, nan_mix.data());  // no order for NaN, but no overrun (sanitizer build)
     __vstdQSortSelect(1000, nan_mix.data(), 500);
     __vstdQSort(0, nullptr);
-}
-
-// Each cause with every later one present; nothing is written on a refusal.
-TEST(Quantiles, StatusesInOrder) {
-    const char* steps[] = {"null task", "other precision", "storage pointer", "storage value",
-                           "quantiles", "orders", "count pointer", "count negative",
-                           "order above 1", "order NaN", "order stats", "order stats storage",
-                           "order stats layout", "method", "dimension", "observations", "data"};
-    const int32_t want[] = {SS_ERR_NULL_TASK, SS_ERR_METHOD, SS_ERR_STORAGE_WORD,
-                            SS_ERR_STORAGE_VALUE, SS_ERR_QUANTILES, SS_ERR_QUANTILE_ORDERS,
-                            SS_ERR_QUANTILE_COUNT, SS_ERR_QUANTILE_COUNT, SS_ERR_QUANTILE_COUNT,
-                            SS_ERR_QUANTILE_COUNT, SS_ERR_ORDER_STATS, SS_ERR_STORAGE_WORD,
-                            SS_ERR_STORAGE_VALUE, SS_ERR_METHOD, SS_ERR_DIMENSION,
-                            SS_ERR_OBSERVATIONS, SS_ERR_NULL_DATA};
-    for (int k = 0; k < 17; ++k) {
-        int64_t p = 1, n = 3, storage = 0, count = -1, os_storage = 0;
-        const int64_t ok = SS_STORAGE_BY_VARIABLE;
-        double x[3] = {3, 1, 2}, orders[2] = {0.5, NAN}, q[2] = {7, 7}, os[3] = {7, 7, 7};
-        SsTask* task = nullptr;
-        ASSERT_EQ(__vstsSSNewTask(&task, &p, &n, &ok, x, nullptr, nullptr, 1), SS_OK);
-        task->data_storage = &storage;
-        p = n = 0;
-        task->data = nullptr;
-        if (k > 1) task->is_double = 1;
-        if (k == 2) task->data_storage = nullptr;
-        if (k > 3) storage = ok;
-        if (k > 4) task->quantiles = q;
-        if (k > 5) task->quantile_orders = orders;
-        if (k > 6) task->quantile_count = &count;
-        if (k > 7) count = 2, orders[1] = 1.5;
-        if (k > 8) orders[1] = NAN;
-        if (k > 9) orders[1] = 1.0;
-        if (k > 10) task->order_stats = os;
-        if (k > 11) task->order_stats_storage = &os_storage;
-        if (k > 12) os_storage = ok;
-        const uint64_t method = k > 13 ? SS_METHOD_PLAIN_SUMS : SS_METHOD_RUNNING;
-        if (k > 14) p = 1;
-        if (k > 15) n = 3;
-        EXPECT_EQ(vstdSSQuantiles(k == 0 ? nullptr : task, SS_EST_QUANTILES | SS_EST_ORDER_STATS,
-                                  method), want[k]) << steps[k];
-        EXPECT_EQ(q[0] + q[1] + os[0] + os[1] + os[2], 35.0) << steps[k];
-        __vstSSDeleteTask(&task);
-    }
 }
 
 }  // namespace

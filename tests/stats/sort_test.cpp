@@ -1,38 +1,19 @@
 // The sort entry against numpy's sorted rows (tests/data/stats/order_kat.txt),
 // every layout pair, masked and in place; the key rule for zeros,
-// infinities and NaN; the statuses in their order.
+// infinities and NaN.
 #include <orv/orv.h>
 
 #include <gtest/gtest.h>
 
+#include "kat.h"
+
 #include <cmath>
 #include <cstring>
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <tuple>
 #include <vector>
 
 namespace {
-
-struct Rows { int64_t n, p; std::vector<double> x, s; };
-
-std::vector<Rows> read_sorted() {
-    std::ifstream in(ORV_SS_DATA_DIR "/order_kat.txt");
-    std::vector<Rows> out;
-    for (std::string line; std::getline(in, line);) {
-        std::istringstream ls(line);
-        std::string tag;
-        ls >> tag;
-        if (tag == "case") {
-            out.emplace_back();
-            ls >> out.back().n >> out.back().p;
-        }
-        std::vector<double>* into = tag == "x" ? &out.back().x : tag == "s" ? &out.back().s : nullptr;
-        for (double v; into && ls >> v;) into->push_back(v);
-    }
-    return out;
-}
 
 template <typename T>
 uint64_t bits(T v) {
@@ -46,13 +27,13 @@ using Case = std::tuple<bool, bool, bool, bool, bool>;
 class Sort : public ::testing::TestWithParam<Case> {};
 
 template <typename T>
-void check(const Rows& r, bool x_obs, bool out_obs, bool masked, bool in_place) {
+void check(const kat::Case& r, bool x_obs, bool out_obs, bool masked, bool in_place) {
     const int64_t p = r.p, n = r.n;
     const int64_t storage = x_obs ? SS_STORAGE_BY_OBSERVATION : SS_STORAGE_BY_VARIABLE;
     const int64_t out_storage = out_obs ? SS_STORAGE_BY_OBSERVATION : SS_STORAGE_BY_VARIABLE;
     std::vector<T> x(n * p), out(n * p, T(-999));
     for (int64_t i = 0; i < n; ++i)
-        for (int64_t j = 0; j < p; ++j) x[x_obs ? i * p + j : j * n + i] = static_cast<T>(r.x[i * p + j]);
+        for (int64_t j = 0; j < p; ++j) x[x_obs ? i * p + j : j * n + i] = static_cast<T>(r.rows.at("x")[i * p + j]);
     std::vector<int64_t> mask(p, 1);
     if (masked) mask[0] = 0;
     SsTask* task = nullptr;
@@ -69,14 +50,14 @@ void check(const Rows& r, bool x_obs, bool out_obs, bool masked, bool in_place) 
     for (int64_t v = 0; v < p; ++v) {
         if (!mask[v]) continue;
         for (int64_t i = 0; i < n; ++i)
-            ASSERT_EQ(dst[obs ? i * p + a : a * n + i], static_cast<T>(r.s[v * n + i])) << v << " " << i;
+            ASSERT_EQ(dst[obs ? i * p + a : a * n + i], static_cast<T>(r.rows.at("s")[v * n + i])) << v << " " << i;
         ++a;
     }
 }
 
 TEST_P(Sort, MatchesNumpy) {
     const auto [dbl, x_obs, out_obs, masked, in_place] = GetParam();
-    for (const Rows& r : read_sorted()) {
+    for (const kat::Case& r : kat::read("order_kat.txt").cases) {
         if (dbl)
             check<double>(r, x_obs, out_obs, masked, in_place);
         else
@@ -122,36 +103,6 @@ void key_rule() {
 TEST(Sort, KeyRulePlacesZerosInfinitiesAndNan) {
     key_rule<double>();
     key_rule<float>();
-}
-
-TEST(Sort, StatusesInOrder) {
-    struct Step { const char* what; int32_t want; };
-    const Step steps[] = {{"null task", SS_ERR_NULL_TASK}, {"other precision", SS_ERR_METHOD},
-                          {"sorted", SS_ERR_SORTED}, {"sorted storage", SS_ERR_STORAGE_WORD},
-                          {"in place, layouts differ", SS_ERR_STORAGE_WORD},
-                          {"in place with indices", SS_ERR_SORT_IN_PLACE_INDICES},
-                          {"layout value", SS_ERR_STORAGE_VALUE}, {"method", SS_ERR_METHOD},
-                          {"dimension", SS_ERR_DIMENSION}, {"observations", SS_ERR_OBSERVATIONS}};
-    for (int k = 0; k < 10; ++k) {
-        int64_t p = 2, n = 2, out_word = SS_STORAGE_BY_OBSERVATION, mask[2] = {1, 1};
-        const int64_t by_var = SS_STORAGE_BY_VARIABLE;
-        int64_t word = by_var;
-        double x[4] = {4, 3, 2, 1};
-        SsTask* task = nullptr;
-        ASSERT_EQ(__vstsSSNewTask(&task, &p, &n, &word, x, nullptr, mask, 1), SS_OK);
-        p = n = 0;
-        if (k > 1) task->is_double = 1;
-        if (k > 2) task->sorted = x;  // in place
-        if (k > 3) task->sorted_storage = &out_word;
-        if (k > 4) out_word = by_var | 0x40000;
-        if (k > 5) task->indices = nullptr;
-        if (k == 6) word = out_word = 0x40000 | 0;  // same bit 0x10000 (clear), no layout
-        const uint64_t method = k > 7 ? SS_METHOD_RADIX : SS_METHOD_PLAIN_SUMS;
-        if (k > 8) p = 2;
-        EXPECT_EQ(vstdSSSort(k == 0 ? nullptr : task, 0, method), steps[k].want) << steps[k].what;
-        EXPECT_EQ(x[0] * 1000 + x[1] * 100 + x[2] * 10 + x[3], 4321.0) << steps[k].what;
-        __vstSSDeleteTask(&task);
-    }
 }
 
 }  // namespace
