@@ -45,6 +45,8 @@ constexpr Route kRoutes[] = {
     {SS_EST_QUANTILES | SS_EST_ORDER_STATS, SS_METHOD_PLAIN_SUMS, SS_METHOD_PLAIN_SUMS, true,
      _vstdSSQuantiles, _vstsSSQuantiles},
     {SS_EST_SORTED, SS_METHOD_RADIX, SS_METHOD_RADIX, false, _vstdSSSort, _vstsSSSort},
+    {SS_EST_MEDIAN_ABS_DEV | SS_EST_MEAN_ABS_DEV, SS_METHOD_PLAIN_SUMS | SS_METHOD_GIVEN_MEAN,
+     SS_METHOD_PLAIN_SUMS, true, _vstdSSMAD, _vstsSSMAD},
 };
 
 constexpr uint64_t known_bits() {

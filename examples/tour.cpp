@@ -47,15 +47,6 @@ void check_near(const char* what, double got, double want, double tol) {
     check(std::fabs(got - want) <= tol, what, got, want, tol);
 }
 
-// Uniform numbers on [a, b) from the stream.
-// The lead swaps this for the public vstdRngUniform at merge; it is the one
-// call of the tour below the public layer.
-int draw_uniform(OrvStreamPtr stream, int n, double* r, double a, double b) {
-    BrngRow row;
-    const int st = vstGetBrngProperties(vstGetStreamStateBrng(stream), &row);
-    return st < 0 ? st : row.doubleFill(stream, n, r, a, b);
-}
-
 double normal_cdf(double x) { return 0.5 * std::erfc(-x / std::sqrt(2.0)); }
 
 double black_scholes_call(double strike) {
@@ -73,23 +64,25 @@ double terminal_density(double s) {
 }
 
 // Terminal prices of paths [first, first + count) from one stream: pairs of
-// uniforms become pairs of Gaussians (Box-Muller), the log-prices are
-// exponentiated by the vector call.
+// uniforms become pairs of Gaussians (Box-Muller on the vector Ln, Sqrt and
+// SinCos), the log-prices are exponentiated by the vector call.
 int simulate(OrvStreamPtr stream, int64_t count, double* out, std::atomic<int64_t>* done) {
-    std::vector<double> u(kChunk), rad(kChunk / 2);
+    std::vector<double> u(kChunk), rad(kChunk / 2), angle(kChunk / 2), sine(kChunk / 2),
+        cosine(kChunk / 2);
     const double drift = (kRate - 0.5 * kVol * kVol) * kYears, sd = kVol * std::sqrt(kYears);
     for (int64_t start = 0; start < count; start += kChunk) {
         const int n = static_cast<int>(std::min<int64_t>(kChunk, count - start));
-        if (int st = draw_uniform(stream, n, u.data(), 0.0, 1.0)) return st;
+        if (int st = vstdRngUniform(0, stream, n, u.data(), 0.0, 1.0)) return st;
         for (int i = 0; i < n / 2; ++i) rad[i] = 1.0 - u[2 * i];  // in (0, 1]
         vtmdLn(n / 2, rad.data(), rad.data());
         for (int i = 0; i < n / 2; ++i) rad[i] *= -2.0;
         vtmdSqrt(n / 2, rad.data(), rad.data());
         double* x = out + start;
+        for (int i = 0; i < n / 2; ++i) angle[i] = 2 * kPi * u[2 * i + 1];
+        vtmdSinCos(n / 2, angle.data(), sine.data(), cosine.data());
         for (int i = 0; i < n / 2; ++i) {
-            const double angle = 2 * kPi * u[2 * i + 1];
-            x[2 * i] = drift + sd * rad[i] * std::cos(angle);
-            x[2 * i + 1] = drift + sd * rad[i] * std::sin(angle);
+            x[2 * i] = drift + sd * rad[i] * cosine[i];
+            x[2 * i + 1] = drift + sd * rad[i] * sine[i];
         }
         vtmdExp(n, x, x);
         for (int i = 0; i < n; ++i) x[i] *= kSpot;

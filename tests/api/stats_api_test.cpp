@@ -19,7 +19,7 @@ constexpr double kSentinel = 12345.0;
 struct Job {
     int64_t p = 2, n = 101, storage = SS_STORAGE_BY_VARIABLE, qcount = 3, form = SS_MATRIX_FULL;
     std::vector<double> x;
-    double mean[2], raw2[2], c2[2], mn[2], mx[2], cov[4], orders[3] = {0, 0.5, 0.9}, q[6];
+    double mean[2], raw2[2], c2[2], mn[2], mx[2], mad[2], cov[4], orders[3] = {0, 0.5, 0.9}, q[6];
     std::vector<double> sorted;
     SsTask* task = nullptr;
     explicit Job(double offset = 0) : x(p * n), sorted(p * n, kSentinel) {
@@ -34,12 +34,13 @@ struct Job {
         EXPECT_EQ(vstdSSEditQuantiles(task, &qcount, orders, q, nullptr, nullptr), 0);
         EXPECT_EQ(vstdSSEditTask(task, SS_ED_minimum, mn), 0);
         EXPECT_EQ(vstdSSEditTask(task, SS_ED_maximum, mx), 0);
+        EXPECT_EQ(vstdSSEditTask(task, SS_ED_median_abs_dev, mad), 0);
         EXPECT_EQ(vstdSSEditTask(task, SS_ED_sorted, sorted.data()), 0);
         EXPECT_EQ(vstiSSEditTask(task, SS_ED_sorted_storage, &storage), 0);
     }
     ~Job() { vstSSDeleteTask(&task); }
     void arm() {
-        for (double* a : {mean, raw2, c2, mn, mx}) std::fill(a, a + 2, kSentinel);
+        for (double* a : {mean, raw2, c2, mn, mx, mad}) std::fill(a, a + 2, kSentinel);
         std::fill(cov, cov + 4, kSentinel);
         std::fill(q, q + 6, kSentinel);
         std::fill(sorted.begin(), sorted.end(), kSentinel);
@@ -48,14 +49,14 @@ struct Job {
         auto all = [](const double* a, int k) {
             return std::all_of(a, a + k, [](double v) { return v == kSentinel; });
         };
-        return all(mean, 2) && all(raw2, 2) && all(c2, 2) && all(mn, 2) && all(mx, 2) &&
+        return all(mean, 2) && all(raw2, 2) && all(c2, 2) && all(mn, 2) && all(mx, 2) && all(mad, 2) &&
                all(cov, 4) && all(q, 6) && all(sorted.data(), int(sorted.size()));
     }
     std::vector<double> column(int j) const { return {x.begin() + j * n, x.begin() + (j + 1) * n}; }
 };
 
 constexpr uint64_t kAll = SS_EST_MEAN | SS_EST_CENTRAL2 | SS_EST_COV | SS_EST_MIN | SS_EST_MAX |
-                          SS_EST_QUANTILES | SS_EST_SORTED;
+                          SS_EST_QUANTILES | SS_EST_SORTED | SS_EST_MEDIAN_ABS_DEV;
 
 TEST(StatsCompute, EveryEstimateReachesItsEntry) {
     Job job;
@@ -73,6 +74,9 @@ TEST(StatsCompute, EveryEstimateReachesItsEntry) {
         EXPECT_EQ(job.mx[j], v.back());
         EXPECT_EQ(job.q[3 * j + 1], v[50]);  // median of 101 values
         EXPECT_TRUE(std::equal(v.begin(), v.end(), job.sorted.begin() + j * job.n));
+        for (double& e : v) e = std::fabs(e - job.q[3 * j + 1]);
+        std::sort(v.begin(), v.end());
+        EXPECT_EQ(job.mad[j], v[50]);
     }
 }
 
