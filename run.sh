@@ -62,9 +62,8 @@ check_installed() {
     for exe in "$stage/consumer/consumer_cmake" "$stage/consumer/consumer_pkgconfig" "$stage/make/consumer_make"; do
         env -u LD_LIBRARY_PATH "$exe"
     done
-    for page in vector rng stats datafit; do  # the documentation's examples, both ways
-        env -u LD_LIBRARY_PATH "$stage/consumer/docs_$page" > /dev/null
-        env -u LD_LIBRARY_PATH "$stage/make/docs_$page" > /dev/null
+    for exe in "$stage"/consumer/docs_* "$stage"/make/docs_*; do  # the documentation's examples, both ways
+        env -u LD_LIBRARY_PATH "$exe" > /dev/null
     done
 }
 

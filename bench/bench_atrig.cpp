@@ -14,6 +14,8 @@
 #include <orv/vtm.h>
 #include <orv/vtm_functions.h>
 
+#include "vector_bench.h"
+
 #if __has_include(<sleef.h>)
 #include <sleef.h>
 #define HAVE_SLEEF 1
@@ -41,87 +43,7 @@ __m512 _ZGVeN16vv_atan2f(__m512, __m512);
 
 namespace {
 
-template <typename T>
-std::vector<T> inputs(long n, double lo, double hi, uint64_t seed = 42) {
-    std::mt19937_64 g(seed);
-    std::uniform_real_distribution<double> u(lo, hi);
-    std::vector<T> v(n);
-    for (auto& x : v) x = static_cast<T>(u(g));
-    return v;
-}
-
-template <typename T, void (*Fn)(int, const T*, T*)>
-void BM_orv(benchmark::State& st, double lo, double hi) {
-    const long n = st.range(0);
-    auto a = inputs<T>(n, lo, hi);
-    std::vector<T> r(n);
-    _vtmSetMode(VTM_HA | VTM_ERRMODE_IGNORE);
-    for (auto _ : st) {
-        Fn(static_cast<int>(n), a.data(), r.data());
-        benchmark::ClobberMemory();
-    }
-    st.SetItemsProcessed(st.iterations() * n);
-}
-template <typename T, void (*Fn)(int, const T*, const T*, T*)>
-void BM_orv2(benchmark::State& st, double lo, double hi) {
-    const long n = st.range(0);
-    auto a = inputs<T>(n, lo, hi), b = inputs<T>(n, lo, hi, 7);
-    std::vector<T> r(n);
-    _vtmSetMode(VTM_HA | VTM_ERRMODE_IGNORE);
-    for (auto _ : st) {
-        Fn(static_cast<int>(n), a.data(), b.data(), r.data());
-        benchmark::ClobberMemory();
-    }
-    st.SetItemsProcessed(st.iterations() * n);
-}
-
-template <typename T, T (*Fn)(T)>
-void BM_scalar(benchmark::State& st, double lo, double hi) {
-    const long n = st.range(0);
-    auto a = inputs<T>(n, lo, hi);
-    std::vector<T> r(n);
-    for (auto _ : st) {
-        for (long i = 0; i < n; ++i) r[i] = Fn(a[i]);
-        benchmark::ClobberMemory();
-    }
-    st.SetItemsProcessed(st.iterations() * n);
-}
-template <typename T, T (*Fn)(T, T)>
-void BM_scalar2(benchmark::State& st, double lo, double hi) {
-    const long n = st.range(0);
-    auto a = inputs<T>(n, lo, hi), b = inputs<T>(n, lo, hi, 7);
-    std::vector<T> r(n);
-    for (auto _ : st) {
-        for (long i = 0; i < n; ++i) r[i] = Fn(a[i], b[i]);
-        benchmark::ClobberMemory();
-    }
-    st.SetItemsProcessed(st.iterations() * n);
-}
-
-// A vector peer of any width: Step loads, calls and stores one register
-// (compiled for that register's instruction set).
-template <typename T, void (*Step)(const T*, T*), int L>
-void BM_vec(benchmark::State& st, double lo, double hi) {
-    const long n = st.range(0);
-    auto a = inputs<T>(n, lo, hi);
-    std::vector<T> r(n);
-    for (auto _ : st) {
-        for (long i = 0; i < n; i += L) Step(&a[i], &r[i]);
-        benchmark::ClobberMemory();
-    }
-    st.SetItemsProcessed(st.iterations() * n);
-}
-template <typename T, void (*Step)(const T*, const T*, T*), int L>
-void BM_vec2(benchmark::State& st, double lo, double hi) {
-    const long n = st.range(0);
-    auto a = inputs<T>(n, lo, hi), b = inputs<T>(n, lo, hi, 7);
-    std::vector<T> r(n);
-    for (auto _ : st) {
-        for (long i = 0; i < n; i += L) Step(&a[i], &b[i], &r[i]);
-        benchmark::ClobberMemory();
-    }
-    st.SetItemsProcessed(st.iterations() * n);
-}
+using namespace orv_bench;
 
 // Step functions: NAME_<width> for a peer call F on register type Vt.
 #define STEP(name, Vt, T, tgt, F)                                                     \
@@ -194,10 +116,7 @@ STEP2(sl_atan2_u35_s4, __m128, float, "sse2", Sleef_atan2f4_u35sse2)
 STEP2(sl_atan2_u35_s8, __m256, float, "avx2", Sleef_atan2f8_u35avx2)
 #endif
 
-#define SIZES ->Arg(1024)->Arg(100000)
-using BenchFn = void (*)(benchmark::State&, double, double);
-#define REG(name, lo, hi, ...) \
-    benchmark::RegisterBenchmark(name, static_cast<BenchFn>(__VA_ARGS__), double(lo), double(hi)) SIZES
+#define REG ORV_BENCH_REG
 
 #define cpu_has(feature) __builtin_cpu_supports(feature)
 

@@ -12,6 +12,8 @@
 #include <orv/vtm.h>
 #include <orv/vtm_functions.h>
 
+#include "vector_bench.h"
+
 #if __has_include(<sleef.h>)
 #include <sleef.h>
 #define HAVE_SLEEF 1
@@ -38,76 +40,12 @@ __m128 _ZGVbN4v_log1pf(__m128);
 
 namespace {
 
-template <typename T>
-std::vector<T> inputs(long n, double lo, double hi) {
-    std::mt19937_64 g(42);
-    std::uniform_real_distribution<double> u(lo, hi);
-    std::vector<T> v(n);
-    for (auto& x : v) x = static_cast<T>(u(g));
-    return v;
-}
-
-template <typename T>
-void finish(benchmark::State& st, long n) {
-    st.SetItemsProcessed(st.iterations() * n);
-}
-
-template <typename T, void (*Fn)(int, const T*, T*)>
-void BM_orv(benchmark::State& st, double lo, double hi) {
-    const long n = st.range(0);
-    auto a = inputs<T>(n, lo, hi);
-    std::vector<T> r(n);
-    _vtmSetMode(VTM_HA | VTM_ERRMODE_IGNORE);
-    for (auto _ : st) {
-        Fn(static_cast<int>(n), a.data(), r.data());
-        benchmark::ClobberMemory();
-    }
-    finish<T>(st, n);
-}
-
-template <typename T, T (*Fn)(T)>
-void BM_scalar(benchmark::State& st, double lo, double hi) {
-    const long n = st.range(0);
-    auto a = inputs<T>(n, lo, hi);
-    std::vector<T> r(n);
-    for (auto _ : st) {
-        for (long i = 0; i < n; ++i) r[i] = Fn(a[i]);
-        benchmark::ClobberMemory();
-    }
-    finish<T>(st, n);
-}
-
-template <__m128d (*Fn)(__m128d)>
-void BM_vec_d(benchmark::State& st, double lo, double hi) {
-    const long n = st.range(0);
-    auto a = inputs<double>(n, lo, hi);
-    std::vector<double> r(n);
-    for (auto _ : st) {
-        for (long i = 0; i < n; i += 2) _mm_storeu_pd(&r[i], Fn(_mm_loadu_pd(&a[i])));
-        benchmark::ClobberMemory();
-    }
-    finish<double>(st, n);
-}
-
-template <__m128 (*Fn)(__m128)>
-void BM_vec_s(benchmark::State& st, double lo, double hi) {
-    const long n = st.range(0);
-    auto a = inputs<float>(n, lo, hi);
-    std::vector<float> r(n);
-    for (auto _ : st) {
-        for (long i = 0; i < n; i += 4) _mm_storeu_ps(&r[i], Fn(_mm_loadu_ps(&a[i])));
-        benchmark::ClobberMemory();
-    }
-    finish<float>(st, n);
-}
+using namespace orv_bench;
 
 double logb_d(double x) { return std::logb(x); }
 float logb_s(float x) { return std::logb(x); }
 
-#define SIZES ->Arg(1024)->Arg(100000)
-using BenchFn = void (*)(benchmark::State&, double, double);
-#define REG(name, lo, hi, ...) \
-    benchmark::RegisterBenchmark(name, static_cast<BenchFn>(__VA_ARGS__), double(lo), double(hi)) SIZES
+#define REG ORV_BENCH_REG
 
 // One function in both precisions: ours, glibc scalar, libmvec, SLEEF.
 #define FAMILY(Fn, libm, lo_s, hi_s, lo_d, hi_d)                                              \

@@ -1,7 +1,7 @@
 // Absolute deviations and streaming quantiles, ours beside the peers in one
 // run: median and mean absolute deviation of 10^7 normal values (one
 // variable, and two variables on one thread and on two; numpy and scipy are
-// timed by bench/numpy_stats_deviation.py in the same job); streaming
+// timed by bench/numpy_stats.py in the same job); streaming
 // quantiles of 10^8 values fed in blocks of 10^6, against the exact
 // quantiles by selection over all 10^8 held in memory (_vstdSSQuantiles and
 // std::nth_element). Memory: the counter summary_MiB is what the streaming

@@ -1,7 +1,9 @@
 #!/usr/bin/env python3
 """numpy's peers of bench_stats, timed in the same job: np.cov of the same
 problems (variables in rows, the layout by variable), on one BLAS thread;
-np.sort, np.quantile (5 orders) and min plus max of 10^7 values.
+np.sort, np.quantile (5 orders) and min plus max of 10^7 values; scipy's
+median_abs_deviation and numpy's mean absolute deviation
+(np.mean(np.abs(x - x.mean()))) of 10^7 values, one variable and two.
 Writes Google Benchmark JSON for tools/stats_bench_table.py.
 
   OPENBLAS_NUM_THREADS=1 /usr/bin/python3 bench/numpy_stats.py numpy.json
@@ -43,6 +45,15 @@ def main():
         wall, cpu = timed(fn, 5)
         rows.append({"name": f"BM_numpy_{name}/10000000/real_time", "run_type": "iteration",
                      "real_time": wall, "cpu_time": cpu, "time_unit": "ms"})
+    from scipy.stats import median_abs_deviation
+    for p in (1, 2):
+        x = 3.0 + rng.standard_normal((p, 10000000))
+        for name, fn in (("median_abs_dev", lambda: median_abs_deviation(x, axis=1)),
+                         ("mean_abs_dev",
+                          lambda: np.mean(np.abs(x - x.mean(axis=1, keepdims=True)), axis=1))):
+            wall, cpu = timed(fn, 5)
+            rows.append({"name": f"BM_numpy_{name}/10000000/{p}/real_time", "run_type": "iteration",
+                         "real_time": wall, "cpu_time": cpu, "time_unit": "ms"})
     json.dump({"context": {"numpy": np.__version__}, "benchmarks": rows},
               open(sys.argv[1], "w"), indent=1)
 

@@ -1,0 +1,93 @@
+// The loops every vector-function benchmark runs: ours through a kernel
+// entry, a scalar peer element by element, and a vector peer one register
+// at a time, over the same seeded inputs on [lo, hi). Registered as
+// <function>/<implementation> at n = 1024 and 10^5.
+#pragma once
+
+#include <benchmark/benchmark.h>
+#include <immintrin.h>
+
+#include <cstdint>
+#include <random>
+#include <vector>
+
+#include <orv/vtm.h>
+
+namespace orv_bench {
+
+template <typename T>
+std::vector<T> inputs(long n, double lo, double hi, uint64_t seed = 42) {
+    std::mt19937_64 g(seed);
+    std::uniform_real_distribution<double> u(lo, hi);
+    std::vector<T> v(n);
+    for (auto& x : v) x = static_cast<T>(u(g));
+    return v;
+}
+
+// Times body(a, b, r, n) over inputs a and b (second seed) on [lo, hi).
+template <typename T, typename Body>
+void timed(benchmark::State& st, double lo, double hi, Body body) {
+    const long n = st.range(0);
+    auto a = inputs<T>(n, lo, hi), b = inputs<T>(n, lo, hi, 7);
+    std::vector<T> r(n);
+    _vtmSetMode(VTM_HA | VTM_ERRMODE_IGNORE);
+    for (auto _ : st) {
+        body(a.data(), b.data(), r.data(), n);
+        benchmark::ClobberMemory();
+    }
+    st.SetItemsProcessed(st.iterations() * n);
+}
+
+template <typename T, void (*Fn)(int, const T*, T*)>
+void BM_orv(benchmark::State& st, double lo, double hi) {
+    timed<T>(st, lo, hi, [](const T* a, const T*, T* r, long n) { Fn(int(n), a, r); });
+}
+template <typename T, void (*Fn)(int, const T*, const T*, T*)>
+void BM_orv2(benchmark::State& st, double lo, double hi) {
+    timed<T>(st, lo, hi, [](const T* a, const T* b, T* r, long n) { Fn(int(n), a, b, r); });
+}
+template <typename T, T (*Fn)(T)>
+void BM_scalar(benchmark::State& st, double lo, double hi) {
+    timed<T>(st, lo, hi, [](const T* a, const T*, T* r, long n) {
+        for (long i = 0; i < n; ++i) r[i] = Fn(a[i]);
+    });
+}
+template <typename T, T (*Fn)(T, T)>
+void BM_scalar2(benchmark::State& st, double lo, double hi) {
+    timed<T>(st, lo, hi, [](const T* a, const T* b, T* r, long n) {
+        for (long i = 0; i < n; ++i) r[i] = Fn(a[i], b[i]);
+    });
+}
+// A vector peer of any width: Step loads, calls and stores one register of
+// L lanes (compiled for that register's instruction set).
+template <typename T, void (*Step)(const T*, T*), int L>
+void BM_vec(benchmark::State& st, double lo, double hi) {
+    timed<T>(st, lo, hi, [](const T* a, const T*, T* r, long n) {
+        for (long i = 0; i < n; i += L) Step(a + i, r + i);
+    });
+}
+template <typename T, void (*Step)(const T*, const T*, T*), int L>
+void BM_vec2(benchmark::State& st, double lo, double hi) {
+    timed<T>(st, lo, hi, [](const T* a, const T* b, T* r, long n) {
+        for (long i = 0; i < n; i += L) Step(a + i, b + i, r + i);
+    });
+}
+// SSE2 peers taking one register.
+template <__m128d (*Fn)(__m128d)>
+void step_d2(const double* a, double* r) { _mm_storeu_pd(r, Fn(_mm_loadu_pd(a))); }
+template <__m128 (*Fn)(__m128)>
+void step_s4(const float* a, float* r) { _mm_storeu_ps(r, Fn(_mm_loadu_ps(a))); }
+template <__m128d (*Fn)(__m128d)>
+void BM_vec_d(benchmark::State& st, double lo, double hi) { BM_vec<double, step_d2<Fn>, 2>(st, lo, hi); }
+template <__m128 (*Fn)(__m128)>
+void BM_vec_s(benchmark::State& st, double lo, double hi) { BM_vec<float, step_s4<Fn>, 4>(st, lo, hi); }
+
+using BenchFn = void (*)(benchmark::State&, double, double);
+
+}  // namespace orv_bench
+
+#define ORV_BENCH_REG(name, lo, hi, ...)                                                        \
+    benchmark::RegisterBenchmark(name, static_cast<orv_bench::BenchFn>(__VA_ARGS__), double(lo), \
+                                 double(hi))                                                    \
+        ->Arg(1024)                                                                             \
+        ->Arg(100000)
