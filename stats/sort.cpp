@@ -11,8 +11,8 @@ using namespace orv::ss;
 constexpr uint64_t kMethodRadix = 0x100000;
 
 template <typename T> struct KeyOf;
-template <> struct KeyOf<double> { using type = uint64_t; static constexpr int digits[6] = {11, 11, 10, 11, 11, 10}; };
-template <> struct KeyOf<float> { using type = uint32_t; static constexpr int digits[3] = {11, 11, 10}; };
+template <> struct KeyOf<double> { using type = uint64_t; };
+template <> struct KeyOf<float> { using type = uint32_t; };
 
 // Sign clear: the sign bit set; sign set: every bit inverted. Unsigned order
 // is then real order, with -NaN below -inf, -0 below +0 and +NaN above +inf.
@@ -27,52 +27,115 @@ inline K from_key(K k) {
     return (k & sign) ? (k ^ sign) : ~k;
 }
 
-// Sorts a[0..n) with scratch s[0..n). All digit histograms are counted in
-// the one pass that turns values into keys; a digit every key shares is not
-// scattered.
+// 11-bit digits: 6 for a double (the top one 9 bits wide), 3 for a float.
+constexpr int kDigitBits = 11;
+constexpr uint32_t kDigitMask = (1u << kDigitBits) - 1;
+
+// One scatter of n keys by the digit at `shift`: the first reads the values
+// themselves (stride apart) and makes their keys, the last writes values
+// back; `pos` holds each bucket's start.
+template <typename K, typename T>
+inline K key_at(const T* x, int64_t i) {
+    K u;
+    std::memcpy(&u, x + i, sizeof u);
+    return to_key(u);
+}
+
+template <typename K, bool kLast, typename T>
+void scatter_first(const T* x, int64_t stride, K* to, int64_t n, int shift, int64_t* pos) {
+    for (int64_t i = 0; i < n; ++i) {
+        const K k = key_at<K>(x, i * stride);
+        to[pos[(k >> shift) & kDigitMask]++] = kLast ? from_key(k) : k;
+    }
+}
+template <typename K, bool kLast>
+void scatter(const K* from, K* to, int64_t n, int shift, int64_t* pos) {
+    for (int64_t i = 0; i < n; ++i) {
+        const K k = from[i];
+        to[pos[(k >> shift) & kDigitMask]++] = kLast ? from_key(k) : k;
+    }
+}
+
+// Sorts the n values src[0], src[stride], ... into row[0..n) with scratch
+// s[0..n); src may be row itself (stride 1). All digit histograms are
+// counted in one pass over the values; a digit every key shares is not
+// scattered. The first scatter makes the keys and the last turns them back
+// into values, and the first goes to row or to s so that the last ends in
+// row: one read pass and one scatter per digit that varies.
 template <typename T>
-void radix_sort(T* a, T* s, int64_t n) {
+void radix_sort(const T* src, int64_t stride, T* row, T* s, int64_t n) {
     using K = typename KeyOf<T>::type;
-    constexpr auto& width = KeyOf<T>::digits;
-    constexpr int passes = sizeof(width) / sizeof(width[0]);
-    int shift[passes];
-    for (int d = 0, at = 0; d < passes; at += width[d], ++d) shift[d] = at;
     static_assert(sizeof(K) == sizeof(T));
-    K* keys = reinterpret_cast<K*>(a);
-    K* other = reinterpret_cast<K*>(s);
-    int64_t count[passes][2048] = {};
-    for (int64_t i = 0; i < n; ++i) {
-        K u;
-        std::memcpy(&u, &a[i], sizeof u);
-        const K k = to_key(u);
-        keys[i] = k;
-        for (int d = 0; d < passes; ++d) ++count[d][(k >> shift[d]) & ((K(1) << width[d]) - 1)];
-    }
-    K* from = keys;
-    K* to = other;
-    for (int d = 0; d < passes; ++d) {
-        const K mask = (K(1) << width[d]) - 1;
-        if (count[d][(from[0] >> shift[d]) & mask] == n) continue;
-        int64_t start = 0;
-        for (K b = 0; b <= mask; ++b) {
-            const int64_t c = count[d][b];
-            count[d][b] = start;
-            start += c;
+    constexpr int bits = sizeof(K) * 8;
+    constexpr int passes = (bits + kDigitBits - 1) / kDigitBits;
+    uint32_t count[passes][kDigitMask + 1] = {};
+    // The top digit takes few values on most data, so that one counter is
+    // bumped again and again; two sets of counters for it (even and odd
+    // elements) halve that chain of increments.
+    uint32_t top[2][kDigitMask + 1] = {};
+    constexpr int top_shift = (passes - 1) * kDigitBits;
+    int64_t i = 0;
+    for (; i + 1 < n; i += 2) {
+        const K k = key_at<K>(src, i * stride), m = key_at<K>(src, (i + 1) * stride);
+        for (int d = 0; d + 1 < passes; ++d) {
+            ++count[d][(k >> (d * kDigitBits)) & kDigitMask];
+            ++count[d][(m >> (d * kDigitBits)) & kDigitMask];
         }
-        for (int64_t i = 0; i < n; ++i) to[count[d][(from[i] >> shift[d]) & mask]++] = from[i];
-        std::swap(from, to);
+        ++top[0][k >> top_shift];
+        ++top[1][m >> top_shift];
     }
-    for (int64_t i = 0; i < n; ++i) {
-        const K u = from_key(from[i]);
-        std::memcpy(&a[i], &u, sizeof u);
+    for (; i < n; ++i) {
+        const K k = key_at<K>(src, i * stride);
+        for (int d = 0; d + 1 < passes; ++d) ++count[d][(k >> (d * kDigitBits)) & kDigitMask];
+        ++top[0][k >> top_shift];
     }
+    for (uint32_t b = 0; b <= kDigitMask; ++b) count[passes - 1][b] = top[0][b] + top[1][b];
+
+    int active[passes];
+    int na = 0;
+    const K k0 = key_at<K>(src, 0);
+    for (int d = 0; d < passes; ++d)
+        if (count[d][(k0 >> (d * kDigitBits)) & kDigitMask] != n) active[na++] = d;
+    K* const out = reinterpret_cast<K*>(row);
+    K* const other = reinterpret_cast<K*>(s);
+    const bool in_place = src == row;
+    if (na == 0) {
+        if (!in_place)
+            for (int64_t j = 0; j < n; ++j) row[j] = src[j * stride];
+        return;
+    }
+    // Scatter j of na goes to row when na - j is odd; in place the first one
+    // cannot, and the result is copied back from s at the end.
+    K* to = (na % 2 == 1 && !in_place) ? out : other;
+    const K* from = nullptr;
+    int64_t pos[kDigitMask + 1];
+    for (int j = 0; j < na; ++j) {
+        const int d = active[j], shift = d * kDigitBits;
+        int64_t start = 0;
+        for (uint32_t b = 0; b <= kDigitMask; ++b) {
+            pos[b] = start;
+            start += count[d][b];
+        }
+        const bool first = j == 0, last = j == na - 1;
+        if (first && last)
+            scatter_first<K, true>(src, stride, to, n, shift, pos);
+        else if (first)
+            scatter_first<K, false>(src, stride, to, n, shift, pos);
+        else if (last)
+            scatter<K, true>(from, to, n, shift, pos);
+        else
+            scatter<K, false>(from, to, n, shift, pos);
+        from = to;
+        to = to == other ? out : other;
+    }
+    if (from != out) std::memcpy(row, from, static_cast<std::size_t>(n) * sizeof(T));
 }
 
 template <typename T>
 struct Context {
     const T* x;
     int64_t p, n;
-    bool x_by_var, out_by_var, in_place;
+    bool x_by_var, out_by_var;
     T* sorted;
     const Admitted* admitted;
     T* scratch;  // per thread: n for the radix sort, and n more for the row when out is by observation
@@ -91,12 +154,15 @@ void item(int a, int thread, int, void* vctx) {
         s = own.get();
     }
     T* row = c.out_by_var ? c.sorted + a * n : s + n;
-    if (!(c.in_place && c.x_by_var && c.out_by_var))
-        for (int64_t i = 0; i < n; ++i) row[i] = c.x_by_var ? c.x[v * n + i] : c.x[i * c.p + v];
-    if (n <= 0x7fffffff)
-        radix_sort(row, s, n);
-    else
+    const T* src = c.x_by_var ? c.x + v * n : c.x + v;
+    const int64_t stride = c.x_by_var ? 1 : c.p;
+    if (n <= 0x7fffffff) {
+        radix_sort(src, stride, row, s, n);
+    } else {
+        if (src != row)
+            for (int64_t i = 0; i < n; ++i) row[i] = src[i * stride];
         quicksort(row, n);
+    }
     if (!c.out_by_var)
         for (int64_t i = 0; i < n; ++i) c.sorted[i * c.p + a] = row[i];
 }
@@ -145,7 +211,7 @@ int32_t sort(SsTask* task, uint64_t, uint64_t method, const SsThreadingTable* th
     Admitted admitted;
     if (!admitted.build(view.mask(), p) || admitted.count > INT32_MAX) return SS_ERR_NO_MEMORY;
     Context<T> ctx{x, p, n, (word & SS_STORAGE_BY_VARIABLE) || p == 1, out_by_var || p == 1,
-                   in_place, out, &admitted, scratch.get(), per_thread,
+                   out, &admitted, scratch.get(), per_thread,
                    static_cast<int>(threads)};
     run_items(threading, static_cast<int>(admitted.count), static_cast<int>(threads), &ctx, &item<T>);
     return SS_OK;

@@ -7,6 +7,7 @@
 
 #include "kat.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <string>
@@ -106,3 +107,45 @@ TEST(Sort, KeyRulePlacesZerosInfinitiesAndNan) {
 }
 
 }  // namespace
+
+// Data on which some digits of the keys are shared by every value, so that
+// their passes are skipped and an odd or even number of scatters is left
+// (none for equal values): against std::sort, in place and into another
+// array.
+template <typename T>
+void constant_digits(bool in_place) {
+    const int64_t n = 5000, p = 1;
+    const auto shuffled = [&](auto f) {
+        std::vector<T> v(n);
+        for (int64_t i = 0; i < n; ++i) v[i] = static_cast<T>(f((i * 7919) % n));
+        return v;
+    };
+    const std::vector<std::vector<T>> sets = {
+        shuffled([](int64_t) { return 7.0; }),
+        shuffled([](int64_t i) { return 16.0 + i % 16; }),
+        shuffled([](int64_t i) { return 1.0 + i / 1024.0; }),
+        shuffled([](int64_t i) { return static_cast<double>(i); }),
+        shuffled([](int64_t i) { return -std::ldexp(1.0 + i / 4096.0, static_cast<int>(i % 5)); })};
+    for (std::vector<T> x : sets) {
+        std::vector<T> want = x, out(n, T(-999));
+        std::sort(want.begin(), want.end());
+        const int64_t storage = SS_STORAGE_BY_VARIABLE;
+        SsTask* task = nullptr;
+        const auto create = sizeof(T) == 8 ? __vstdSSNewTask : __vstsSSNewTask;
+        ASSERT_EQ(create(&task, &p, &n, &storage, x.data(), nullptr, nullptr, 1), SS_OK);
+        T* dst = in_place ? x.data() : out.data();
+        __vstdSSEditTask(task, SS_ED_sorted, dst);
+        __vstiSSEditTask(task, SS_ED_sorted_storage, &storage);
+        ASSERT_EQ(sizeof(T) == 8 ? vstdSSSort(task, 0, SS_METHOD_RADIX) : vstsSSSort(task, 0, SS_METHOD_RADIX),
+                  SS_OK);
+        __vstSSDeleteTask(&task);
+        for (int64_t i = 0; i < n; ++i) ASSERT_EQ(bits(dst[i]), bits(want[i])) << i;
+    }
+}
+
+TEST(Sort, SkipsDigitsEveryKeyShares) {
+    for (const bool in_place : {false, true}) {
+        constant_digits<double>(in_place);
+        constant_digits<float>(in_place);
+    }
+}
