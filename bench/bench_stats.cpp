@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 #include <random>
 #include <vector>
@@ -231,12 +232,71 @@ void BM_orv_minmax(benchmark::State& st) {
     }
 }
 
+// Two variables of 10^7 (by variable) through the OpenMP table on 1 and 2
+// threads: the entries split by variables. CPU time counts every thread of
+// the process. Args: n, threads.
+struct TwoVariables {
+    int64_t n, p = 2, storage = SS_STORAGE_BY_VARIABLE, count = 5;
+    std::vector<double> x, out, q, orders{kOrders, kOrders + 5};
+    SsTask* task = nullptr;
+    explicit TwoVariables(int64_t n_) : n(n_), x(make_data(n_, 2)), out(2 * n_), q(10) {
+        __vstdSSNewTask(&task, &p, &n, &storage, x.data(), nullptr, nullptr, 1);
+        __vstdSSEditTask(task, SS_ED_sorted, out.data());
+        __vstiSSEditTask(task, SS_ED_sorted_storage, &storage);
+        __vstdSSEditQuantiles(task, &count, orders.data(), q.data(), nullptr, nullptr);
+    }
+    ~TwoVariables() { __vstSSDeleteTask(&task); }
+};
+void BM_orv_sort_2vars(benchmark::State& st) {
+    TwoVariables v(st.range(0));
+    orv_set_num_threads(static_cast<int>(st.range(1)));
+    for (auto _ : st) {
+        if (_vstdSSSort(v.task, 0, SS_METHOD_RADIX, orv_ss_threading_openmp()) != 0) st.SkipWithError("status");
+        benchmark::DoNotOptimize(v.out[0]);
+    }
+    orv_set_num_threads(0);
+}
+void BM_orv_quantiles_2vars(benchmark::State& st) {
+    TwoVariables v(st.range(0));
+    orv_set_num_threads(static_cast<int>(st.range(1)));
+    for (auto _ : st) {
+        if (_vstdSSQuantiles(v.task, SS_EST_QUANTILES, SS_METHOD_PLAIN_SUMS, orv_ss_threading_openmp()) != 0)
+            st.SkipWithError("status");
+        benchmark::DoNotOptimize(v.q[0]);
+    }
+    orv_set_num_threads(0);
+}
+
+// One call in a fresh process, as a user who sorts once pays it: the result
+// array is allocated (not yet touched) inside the timed call. Run alone:
+//   bench_stats --benchmark_filter=BM_orv_sort_once
+void BM_orv_sort_once(benchmark::State& st) {
+    int64_t n = st.range(0), p = 1, storage = SS_STORAGE_BY_VARIABLE;
+    const std::vector<double> x = make_data(n, 1);
+    for (auto _ : st) {
+        auto* out = static_cast<double*>(std::malloc(sizeof(double) * n));
+        SsTask* task = nullptr;
+        __vstdSSNewTask(&task, &p, &n, &storage, x.data(), nullptr, nullptr, 1);
+        __vstdSSEditTask(task, SS_ED_sorted, out);
+        __vstiSSEditTask(task, SS_ED_sorted_storage, &storage);
+        if (_vstdSSSort(task, 0, SS_METHOD_RADIX, nullptr) != 0) st.SkipWithError("status");
+        benchmark::DoNotOptimize(out[n / 2]);
+        __vstSSDeleteTask(&task);
+        std::free(out);
+    }
+}
+
 #define ORDER_OPTS ->Arg(10000000)->Unit(benchmark::kMillisecond)->UseRealTime()
 BENCHMARK(BM_orv_sort) ORDER_OPTS;
 BENCHMARK(BM_std_sort) ORDER_OPTS;
 BENCHMARK(BM_orv_quantiles) ORDER_OPTS;
 BENCHMARK(BM_std_nth_element_quantiles) ORDER_OPTS;
 BENCHMARK(BM_orv_minmax) ORDER_OPTS;
+#define TWO_VAR_OPTS ->Args({10000000, 1})->Args({10000000, 2})->Unit(benchmark::kMillisecond) \
+    ->UseRealTime()->MeasureProcessCPUTime()
+BENCHMARK(BM_orv_sort_2vars) TWO_VAR_OPTS;
+BENCHMARK(BM_orv_quantiles_2vars) TWO_VAR_OPTS;
+BENCHMARK(BM_orv_sort_once)->Arg(10000000)->Iterations(1)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 #define MOMENT_SIZES ->Unit(benchmark::kMillisecond)->UseRealTime()
 BENCHMARK(BM_gsl_moments)->Arg(10000000) MOMENT_SIZES;

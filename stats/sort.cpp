@@ -33,7 +33,11 @@ constexpr uint32_t kDigitMask = (1u << kDigitBits) - 1;
 
 // One scatter of n keys by the digit at `shift`: the first reads the values
 // themselves (stride apart) and makes their keys, the last writes values
-// back; `pos` holds each bucket's start.
+// back; `pos` holds each bucket's next place. Each store asks for the line
+// 128 bytes further on in its bucket, so that the next lines of up to 2048
+// buckets are on their way before they are written (a prefetch past the
+// end of the array never faults).
+constexpr int kAheadBytes = 128;
 template <typename K, typename T>
 inline K key_at(const T* x, int64_t i) {
     K u;
@@ -45,14 +49,18 @@ template <typename K, bool kLast, typename T>
 void scatter_first(const T* x, int64_t stride, K* to, int64_t n, int shift, int64_t* pos) {
     for (int64_t i = 0; i < n; ++i) {
         const K k = key_at<K>(x, i * stride);
-        to[pos[(k >> shift) & kDigitMask]++] = kLast ? from_key(k) : k;
+        const int64_t at = pos[(k >> shift) & kDigitMask]++;
+        to[at] = kLast ? from_key(k) : k;
+        __builtin_prefetch(reinterpret_cast<const char*>(to + at) + kAheadBytes, 1);
     }
 }
 template <typename K, bool kLast>
 void scatter(const K* from, K* to, int64_t n, int shift, int64_t* pos) {
     for (int64_t i = 0; i < n; ++i) {
         const K k = from[i];
-        to[pos[(k >> shift) & kDigitMask]++] = kLast ? from_key(k) : k;
+        const int64_t at = pos[(k >> shift) & kDigitMask]++;
+        to[at] = kLast ? from_key(k) : k;
+        __builtin_prefetch(reinterpret_cast<const char*>(to + at) + kAheadBytes, 1);
     }
 }
 
