@@ -168,7 +168,10 @@ inline void sincos_dd(VD r, double kh, double kl, VD* sh, VD* sl, VD* ch, VD* cl
     namespace dd = orv::vec::dd;
     VD e;
     const VD uh = dd::two_prod(r, k<VD>(kh), &e);
-    const VD ul = e + r * k<VD>(kl);
+    // Below 2^-900 Dekker's product loses its exactness to underflow; there
+    // uh alone is within half an ulp and a hair of r K.
+    const VD big = as<VD>(simd::bandnot(k<VD>(-0.0), uh) >= k<VD>(0x1p-900));
+    const VD ul = band(big, e + r * k<VD>(kl));
     // sin(uh + ul) = sin uh + ul cos uh, with cos uh = 1 - z/2 to this order.
     const VD z = uh * uh;
     *sh = uh;
