@@ -3,7 +3,8 @@
 // (_ZGVbN*, _ZGVdN*, _ZGVeN*) and SLEEF's 1-ULP (u10) and 3.5-ULP (u35)
 // functions of the same three widths. Inputs uniform on [-100, 100].
 // Names: <function>/<implementation>/<n>. Our kernels exist in the SSE2
-// variant only for now.
+// variant only for now. Below, the pi- and degree-scaled functions in their
+// three tiers, with SLEEF's sinpi and cospi.
 #include <benchmark/benchmark.h>
 #include <immintrin.h>
 
@@ -118,6 +119,10 @@ SLEEF_DECL(tan, u10) SLEEF_DECL(tan, u35)
     }
 SLEEF_WRAP(sin, u10) SLEEF_WRAP(sin, u35) SLEEF_WRAP(cos, u10) SLEEF_WRAP(cos, u35)
 SLEEF_WRAP(tan, u10) SLEEF_WRAP(tan, u35)
+// The pi-scaled peers: SLEEF has sinpi and cospi at 0.5 ULP (u05) only, and
+// no tanpi or degree functions.
+SLEEF_DECL(sinpi, u05) SLEEF_DECL(cospi, u05)
+SLEEF_WRAP(sinpi, u05) SLEEF_WRAP(cospi, u05)
 #endif
 
 #define SIZES ->Arg(1024)->Arg(100000)
@@ -143,6 +148,47 @@ SLEEF_WRAP(tan, u10) SLEEF_WRAP(tan, u35)
     REG("d" #Fn "/libmvec_avx2", BM_avx2_d<_ZGVdN4v_##fn>);                                   \
     REG("d" #Fn "/libmvec_avx512", BM_avx512_d<_ZGVeN8v_##fn>);
 
+// The pi- and degree-scaled functions in each tier (they hold different
+// kernels); glibc 2.36 and numpy have none of them.
+template <typename T, void (*Fn)(int, const T*, T*, T*)>
+void BM_orv2(benchmark::State& st) {
+    const long n = st.range(0);
+    auto a = inputs<T>(n);
+    std::vector<T> r1(n + 16), r2(n + 16);
+    for (auto _ : st) {
+        Fn(static_cast<int>(n), a.data(), r1.data(), r2.data());
+        benchmark::ClobberMemory();
+    }
+    st.SetItemsProcessed(st.iterations() * n);
+}
+#define TIERS(Fn)                                         \
+    REG("s" #Fn "/orv", BM_orv<float, _vtms##Fn##_HA>);   \
+    REG("s" #Fn "/orv_la", BM_orv<float, _vtms##Fn##_21>); \
+    REG("s" #Fn "/orv_ep", BM_orv<float, _vtms##Fn##_11>); \
+    REG("d" #Fn "/orv", BM_orv<double, _vtmd##Fn##_HA>);  \
+    REG("d" #Fn "/orv_la", BM_orv<double, _vtmd##Fn##_50>); \
+    REG("d" #Fn "/orv_ep", BM_orv<double, _vtmd##Fn##_26>);
+
+void register_scaled() {
+    TIERS(Sinpi) TIERS(Cospi) TIERS(Tanpi) TIERS(Sind) TIERS(Cosd) TIERS(Tand)
+    REG("sSinCospi/orv", BM_orv2<float, _vtmsSinCospi_HA>);
+    REG("dSinCospi/orv", BM_orv2<double, _vtmdSinCospi_HA>);
+#ifdef HAVE_SLEEF
+    REG("sSinpi/sleef_u05_sse", BM_sse_s<w_sinpif4_u05>);
+    REG("sSinpi/sleef_u05_avx2", BM_avx2_s<w_sinpif8_u05>);
+    REG("sSinpi/sleef_u05_avx512", BM_avx512_s<w_sinpif16_u05>);
+    REG("dSinpi/sleef_u05_sse", BM_sse_d<w_sinpid2_u05>);
+    REG("dSinpi/sleef_u05_avx2", BM_avx2_d<w_sinpid4_u05>);
+    REG("dSinpi/sleef_u05_avx512", BM_avx512_d<w_sinpid8_u05>);
+    REG("sCospi/sleef_u05_sse", BM_sse_s<w_cospif4_u05>);
+    REG("sCospi/sleef_u05_avx2", BM_avx2_s<w_cospif8_u05>);
+    REG("sCospi/sleef_u05_avx512", BM_avx512_s<w_cospif16_u05>);
+    REG("dCospi/sleef_u05_sse", BM_sse_d<w_cospid2_u05>);
+    REG("dCospi/sleef_u05_avx2", BM_avx2_d<w_cospid4_u05>);
+    REG("dCospi/sleef_u05_avx512", BM_avx512_d<w_cospid8_u05>);
+#endif
+}
+
 void register_all() {
     FAMILY(Sin, sin)
     FAMILY(Cos, cos)
@@ -158,6 +204,7 @@ void register_all() {
 
 int main(int argc, char** argv) {
     register_all();
+    register_scaled();
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
