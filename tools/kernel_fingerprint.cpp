@@ -9,6 +9,9 @@
 //   g++ -O2 -std=c++20 -Iinclude -Ibuild/gen tools/kernel_fingerprint.cpp -Lbuild -lorv_kernel -o kfp
 //   LD_LIBRARY_PATH=old ./kfp 10000000 [names...] > old.txt
 //   LD_LIBRARY_PATH=new ./kfp 10000000 [names...] > new.txt; cmp old.txt new.txt
+//
+// With ORV_FP_LIB naming a wider kernel library (liborv_kernel_avx512.so),
+// its tables are fingerprinted instead, for comparing it with the baseline.
 #include <dlfcn.h>
 
 #include <cmath>
@@ -103,6 +106,14 @@ int main(int argc, char** argv) {
     const long total = argc > 1 ? std::atol(argv[1]) : 1000000;
     _vtmSetMode(VTM_ERRMODE_CALLBACK | VTM_FTZDAZ_OFF);
     _vtmSetErrorCallBack(record);
+    void* lib = RTLD_DEFAULT;
+    if (const char* path = std::getenv("ORV_FP_LIB")) {
+        lib = dlopen(path, RTLD_NOW | RTLD_LOCAL);
+        if (!lib) {
+            std::fprintf(stderr, "%s\n", dlerror());
+            return 1;
+        }
+    }
     for (const Row& row : kRows) {
         const std::string shape = row.shape;
         if (shape != "unary" && shape != "binary" && shape != "two_results") continue;
@@ -111,7 +122,7 @@ int main(int argc, char** argv) {
         for (int i = 2; i < argc; ++i) wanted |= std::strcmp(argv[i], row.name) == 0;
         if (!wanted) continue;
         auto* const* tab = static_cast<void* const*>(
-            dlsym(RTLD_DEFAULT, ("orv_vtm_kernel_" + std::string(row.name) + "_ttab").c_str()));
+            dlsym(lib, ("orv_vtm_kernel_" + std::string(row.name) + "_ttab").c_str()));
         if (!tab) continue;
         for (int slot = 0; slot < 3; ++slot) {
             g_hash = 0xcbf29ce484222325ULL;

@@ -53,7 +53,7 @@
 
 namespace orv::vec {
 
-inline constexpr int kBlock = 16;
+inline constexpr int kBlock = ORV_SIMD_BYTES == 64 ? 32 : 16;
 // Tail blocks are one register wide.
 template <typename T>
 inline constexpr int kTailLanes = simd::Reg<T>::kWidth;
