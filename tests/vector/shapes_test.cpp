@@ -21,45 +21,37 @@ using orv::vec::ShapedArgs;
 using C8 = OrvComplex8;
 using Z16 = OrvComplex16;
 
+template <typename I, typename O, Shape S, bool ReadsMode = true>
+struct Base {
+    using In = I;
+    using Out = O;
+    static constexpr Shape kShape = S;
+    static constexpr bool kReadsMode = ReadsMode, kSpecial = true;
+};
+
 // Complex to complex: (2 re, -im); NaN real part is a domain error.
-struct ConjTwice {
-    using In = Z16;
-    using Out = Z16;
-    static constexpr Shape kShape = Shape::Unary;
-    static constexpr bool kReadsMode = true, kSpecial = true;
+struct ConjTwice : Base<Z16, Z16, Shape::Unary> {
     static Out fast(In x) { return {2 * x.re, -x.im}; }
     static bool special(In x) { return std::isnan(x.re); }
     static int32_t callout(In x, Out* r) { *r = {x.re, 7.0}; return VtmStatusDomain; }
     static In input(int i) { return {i % 5 == 3 ? NAN : 0.5 * i, 1.0 + i}; }
 };
 // Complex to real: re^2 + im^2; a huge real part overflows.
-struct Norm2 {
-    using In = C8;
-    using Out = float;
-    static constexpr Shape kShape = Shape::Unary;
-    static constexpr bool kReadsMode = false, kSpecial = true;
+struct Norm2 : Base<C8, float, Shape::Unary, false> {
     static Out fast(In x) { return x.re * x.re + x.im * x.im; }
     static bool special(In x) { return x.re > 1e30f; }
     static int32_t callout(In, Out* r) { *r = INFINITY; return VtmStatusOverflow; }
     static In input(int i) { return {i % 7 == 2 ? 3e35f : 0.25f * i, -1.0f * i}; }
 };
 // Real to complex: (x, 2x); negative x is a domain error with (0, x).
-struct Twin {
-    using In = double;
-    using Out = Z16;
-    static constexpr Shape kShape = Shape::Unary;
-    static constexpr bool kReadsMode = true, kSpecial = true;
+struct Twin : Base<double, Z16, Shape::Unary> {
     static Out fast(In x) { return {x, 2 * x}; }
     static bool special(In x) { return x < 0; }
     static int32_t callout(In x, Out* r) { *r = {0.0, x}; return VtmStatusDomain; }
     static In input(int i) { return i % 6 == 1 ? -1.0 - i : 1.0 + i; }
 };
 // Binary complex: a + b; a zero real part of b is a pole.
-struct CAdd {
-    using In = C8;
-    using Out = C8;
-    static constexpr Shape kShape = Shape::Binary;
-    static constexpr bool kReadsMode = true, kSpecial = true;
+struct CAdd : Base<C8, C8, Shape::Binary> {
     static Out fast(In x, In y) { return {x.re + y.re, x.im + y.im}; }
     static bool special(In, In y) { return y.re == 0; }
     static int32_t callout(In x, In, Out* r) { *r = {x.re, INFINITY}; return VtmStatusPole; }
@@ -67,23 +59,15 @@ struct CAdd {
     static In input_b(int i) { return {i % 4 == 0 ? 0.0f : 0.5f * i, 1.0f}; }
 };
 // Two results: x + 1 and x - 1; negative x is a domain error.
-struct PlusMinus {
-    using In = double;
-    using Out = double;
-    static constexpr Shape kShape = Shape::TwoResults;
-    static constexpr bool kReadsMode = false, kSpecial = true;
+struct PlusMinus : Base<double, double, Shape::TwoResults, false> {
     static void fast(In x, Out* r1, Out* r2) { *r1 = x + 1; *r2 = x - 1; }
     static bool special(In x) { return x < 0; }
     static int32_t callout(In x, Out* r1, Out* r2) { *r1 = -x; *r2 = NAN; return VtmStatusDomain; }
     static In input(int i) { return i % 5 == 4 ? -0.5 * i : 0.5 * i; }
 };
 // Scalar parameter: x p; a zero x is a pole.
-struct Scale {
-    using In = float;
-    using Out = float;
+struct Scale : Base<float, float, Shape::ScalarParam> {
     using P = float;
-    static constexpr Shape kShape = Shape::ScalarParam;
-    static constexpr bool kReadsMode = true, kSpecial = true;
     static Out fast(In x, P p) { return x * p; }
     static bool special(In x, P) { return x == 0; }
     static int32_t callout(In, P, Out* r) { *r = INFINITY; return VtmStatusPole; }
@@ -91,12 +75,8 @@ struct Scale {
     static P param() { return 2.5f; }
 };
 // Integer parameter: x + order; x above 100 overflows.
-struct Shift {
-    using In = double;
-    using Out = double;
+struct Shift : Base<double, double, Shape::IntegerParam> {
     using P = int;
-    static constexpr Shape kShape = Shape::IntegerParam;
-    static constexpr bool kReadsMode = true, kSpecial = true;
     static Out fast(In x, P k) { return x + k; }
     static bool special(In x, P) { return x > 100; }
     static int32_t callout(In, P, Out* r) { *r = INFINITY; return VtmStatusOverflow; }
