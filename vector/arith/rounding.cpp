@@ -116,47 +116,28 @@ void rint_strided(Fn* const* table, int n, const typename K::T* a, int inca, typ
     orv::vec::run<K>(orv::vec::Access<typename K::T, true>{a, a, r, inca, inca, incr}, n, "");
 }
 
-// Modf: integral part to r1, fraction to r2, one element a round. It
-// bypasses the block driver, which reads and writes one array of results.
-template <typename T>
-inline void modf_one(T x, T& r1, T& r2) {
-    const Parts<T> p = parts(x);
-    if (!p.big) {
-        r1 = with_sign(p.fl, p.s);
-        r2 = with_sign(p.ax - p.fl, p.s);
-    } else if (orv::vec::is_nan_bits(x)) {
-        r1 = r2 = x + x;
-    } else {
-        r1 = x;
-        r2 = with_sign(T(0), p.s);
+// Modf: integral part to r1, fraction to r2, through the driver's
+// two-result shape.
+template <typename E>
+struct ModfK {
+    using In = E;
+    using Out = E;
+    static constexpr orv::vec::Shape kShape = orv::vec::Shape::TwoResults;
+    static constexpr bool kReadsMode = false;
+    static constexpr bool kSpecial = false;
+    static void fast(E x, E* r1, E* r2) {
+        const Parts<E> p = parts(x);
+        if (!p.big) {
+            *r1 = with_sign(p.fl, p.s);
+            *r2 = with_sign(p.ax - p.fl, p.s);
+        } else if (orv::vec::is_nan_bits(x)) {
+            *r1 = *r2 = x + x;
+        } else {
+            *r1 = x;
+            *r2 = with_sign(E(0), p.s);
+        }
     }
-}
-
-template <typename T>
-void modf_plain(int n, const T* a, T* r1, T* r2) {
-    orv::frame::FpGuard guard = orv::vec::enter(false);
-    for (long i = 0; i < n; ++i) {
-        T i1, f;
-        modf_one(a[i], i1, f);
-        r1[i] = i1;
-        r2[i] = f;
-    }
-}
-template <typename T, typename Fn>
-void modf_strided(Fn* const* table, int n, const T* a, int inca, T* r1, int incr1, T* r2,
-                  int incr2) {
-    if (inca == 1 && incr1 == 1 && incr2 == 1) {
-        table[orv::frame::kSlotHA](n, a, r1, r2);
-        return;
-    }
-    orv::frame::FpGuard guard = orv::vec::enter(true);
-    for (long i = 0; i < n; ++i) {
-        T i1, f;
-        modf_one(a[i * inca], i1, f);
-        r1[i * incr1] = i1;
-        r2[i * incr2] = f;
-    }
-}
+};
 
 }  // namespace
 
@@ -192,13 +173,7 @@ void orv_kern_dNearbyIntI(int n, const double* a, int inca, double* r, int incr)
     rint_strided<DRint>(orv_vtm_kernel_dNearbyInt_ttab, n, a, inca, r, incr);
 }
 
-void orv_kern_sModf(int n, const float* a, float* r1, float* r2) { modf_plain(n, a, r1, r2); }
-void orv_kern_dModf(int n, const double* a, double* r1, double* r2) { modf_plain(n, a, r1, r2); }
-void orv_kern_sModfI(int n, const float* a, int inca, float* r1, int incr1, float* r2, int incr2) {
-    modf_strided(orv_vtm_kernel_sModf_ttab, n, a, inca, r1, incr1, r2, incr2);
-}
-void orv_kern_dModfI(int n, const double* a, int inca, double* r1, int incr1, double* r2,
-                     int incr2) {
-    modf_strided(orv_vtm_kernel_dModf_ttab, n, a, inca, r1, incr1, r2, incr2);
-}
 }  // extern "C"
+
+ORV_TWO_RESULTS_KERNELS(sModf, ModfK<float>)
+ORV_TWO_RESULTS_KERNELS(dModf, ModfK<double>)

@@ -27,9 +27,17 @@ inline uint32_t above(simd::VF x, int32_t bound) {
 }
 // For doubles only the high word's comparison matters: its result fills the
 // top of the 64-bit lane, whose sign bit gives the lane's bit.
+// Where 64-bit comparisons exist (AVX2, AVX-512) one of them does the same:
+// |x| > (bound_hi << 32 | 0xFFFFFFFF) exactly when the high word of |x| is
+// above bound_hi.
 inline uint32_t above(simd::VD x, int32_t bound_hi) {
+#if ORV_SIMD_BYTES == 16
     const simd::VI32 ax = simd::as<simd::VI32>(x) & 0x7FFFFFFF;
     return simd::lanes(simd::as<simd::VD>(ax > bound_hi));
+#else
+    const simd::VI64 ax = simd::as<simd::VI64>(x) & INT64_MAX;
+    return simd::lanes(simd::as<simd::VD>(ax > ((int64_t(bound_hi) << 32) | 0xFFFFFFFF)));
+#endif
 }
 
 }  // namespace orv::vec::bitops

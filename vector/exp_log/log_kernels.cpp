@@ -9,6 +9,7 @@
 #include "vector/block_driver.h"
 #include "vector/common/bits.h"
 #include "vector/common/dd.h"
+#include "vector/common/gather.h"
 #include "vector/common/poly.h"
 #include "vector/exp_log/explog_internal.h"
 #include "vector/exp_log/explog_tables.h"
@@ -75,9 +76,8 @@ inline LogReduced log_reduce(VD x) {
     // z split into 32 leading bits and the rest, so that zh R - 1 is exact.
     const VD zh = as<VD>(as<VI64>(z) & ~int64_t(0x1FFFFF));
     const VD zl = z - zh;
-    const VD rcp = simd::gather<3>(&kLogD[0][0], idx);  // R, Lhi, Llo
-    v.lhi = simd::gather<3>(&kLogD[0][1], idx);
-    v.llo = simd::gather<3>(&kLogD[0][2], idx);
+    VD rcp;
+    orv::vec::gather::rows3(kLogD, idx, &rcp, &v.lhi, &v.llo);  // R, Lhi, Llo
     v.a = zh * rcp - splat(1.0);  // exact
     v.b = zl * rcp;
     return v;
