@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstring>
 #include <functional>
+#include <tuple>
 #include <vector>
 
 #include <orv/orv.h>
@@ -141,46 +142,30 @@ TEST(DistFrontEnd, EveryCallRefusesEachBadArgumentAndOtherwiseIsTheKernel) {
 }
 
 // The multivariate call: a dimension below 1, a count that overflows with it,
-// an unknown storage, a null mean or factor, a mean not finite, and a factor
-// with a zero or negative diagonal or a read element not finite, in each
-// storage; an element the storage does not read may be anything.
+// an unknown storage, a null mean or factor, a mean not finite, and in each
+// storage a factor with a diagonal not positive or a read element not finite
+// (the part above the full storage's diagonal is not read).
 TEST(DistFrontEnd, MultivariateRefusesWhatIsNotAValidFactor) {
     OrvStreamPtr s = nullptr;
     ASSERT_EQ(vstNewStream(&s, ORV_BRNG_MCG59, 5), 0);
-    const double nan = std::nan("");
-    const double a[2] = {0, 1};
-    const double full[4] = {1, nan, 0.5, 2}, packed[3] = {1, 0.5, 2}, diagonal[2] = {1, 2};
-    const double* t[3] = {full, packed, diagonal};
-    double r[8];
-    auto mv = [&](int n, int dimen, int mstorage, const double* mean, const double* factor) {
+    const double nan = std::nan(""), a[2] = {0, 1}, bad_a[2] = {0, INFINITY};
+    const double full[4] = {1, nan, 0.5, 2}, packed[3] = {1, 0.5, 2}, diag[2] = {1, 2};
+    const double full_zero[4] = {1, 0, 0.5, 0}, packed_nan[3] = {1, nan, 2}, diag_neg[2] = {1, -2};
+    const std::tuple<int, int, int, const double*, const double*> cases[] = {
+        {ORV_RNG_ERROR_BAD_DIMENSION, 0, 0, a, full}, {ORV_RNG_ERROR_BAD_COUNT, 2, 0, a, full},
+        {ORV_RNG_ERROR_BAD_STORAGE, 2, 3, a, full},   {ORV_RNG_ERROR_NULL_ARRAY, 2, 0, nullptr, full},
+        {ORV_RNG_ERROR_NULL_ARRAY, 2, 1, a, nullptr}, {ORV_RNG_ERROR_BAD_DISPLACEMENT, 2, 2, bad_a, diag},
+        {ORV_RNG_ERROR_BAD_FACTOR, 2, 0, a, full_zero}, {ORV_RNG_ERROR_BAD_FACTOR, 2, 1, a, packed_nan},
+        {ORV_RNG_ERROR_BAD_FACTOR, 2, 2, a, diag_neg}, {0, 2, 0, a, full}, {0, 2, 1, a, packed}, {0, 2, 2, a, diag}};
+    for (const auto& [status, dimen, mstorage, mean, factor] : cases) {
+        double r[8];
         std::memset(r, 0x5A, sizeof r);
         const std::vector<char> before = image(s);
-        const int st = vstdRngGaussianMV(0, s, n, r, dimen, mstorage, mean, factor);
-        if (st != 0) {
-            for (const double v : r) EXPECT_EQ(std::memcmp(&v, &r[7], sizeof v), 0);
-            EXPECT_EQ(image(s), before);
-        }
-        return st;
-    };
-    EXPECT_EQ(mv(4, 0, 0, a, full), ORV_RNG_ERROR_BAD_DIMENSION);
-    EXPECT_EQ(mv(1 << 30, 2, 0, a, full), ORV_RNG_ERROR_BAD_COUNT);
-    EXPECT_EQ(mv(4, 2, 3, a, full), ORV_RNG_ERROR_BAD_STORAGE);
-    EXPECT_EQ(mv(4, 2, 0, nullptr, full), ORV_RNG_ERROR_NULL_ARRAY);
-    EXPECT_EQ(mv(4, 2, 0, a, nullptr), ORV_RNG_ERROR_NULL_ARRAY);
-    const double bad_mean[2] = {0, INFINITY};
-    EXPECT_EQ(mv(4, 2, 1, bad_mean, packed), ORV_RNG_ERROR_BAD_DISPLACEMENT);
-    for (int mstorage = 0; mstorage < 3; ++mstorage) {
-        EXPECT_EQ(mv(4, 2, mstorage, a, t[mstorage]), 0) << mstorage;
-        const int elements[] = {4, 3, 2};
-        for (int e = 0; e < elements[mstorage]; ++e) {
-            if (mstorage == 0 && e == 1) continue;  // above the diagonal: not read
-            std::vector<double> f(t[mstorage], t[mstorage] + elements[mstorage]);
-            const bool diag = mstorage == 2 || (mstorage == 0 && e != 2) || (mstorage == 1 && e != 1);
-            for (const double v : {nan, diag ? 0.0 : INFINITY, diag ? -1.0 : -INFINITY}) {
-                f[size_t(e)] = v;
-                EXPECT_EQ(mv(4, 2, mstorage, a, f.data()), ORV_RNG_ERROR_BAD_FACTOR) << mstorage << " " << e << " " << v;
-            }
-        }
+        const int n = status == ORV_RNG_ERROR_BAD_COUNT ? 1 << 30 : 4;
+        EXPECT_EQ(vstdRngGaussianMV(0, s, n, r, dimen, mstorage, mean, factor), status) << mstorage;
+        if (status == 0) continue;
+        for (const double v : r) EXPECT_EQ(std::memcmp(&v, &r[7], sizeof v), 0);
+        EXPECT_EQ(image(s), before);
     }
     vstDeleteStream(&s);
 }
