@@ -60,6 +60,26 @@ void apply_kernel(KernelTable<T> table, int32_t n, T* r) {
     orv_vtm_kernel_SetMode(saved);
 }
 
+// Sine and cosine of a together, into two arrays.
+template <typename T>
+using TwoResultTable = void (*const*)(int, const T*, T*, T*);
+template <typename T>
+void apply_kernel(TwoResultTable<T> table, int32_t n, const T* a, T* r1, T* r2) {
+    const uint32_t saved = orv_vtm_kernel_SetMode(VTM_FTZDAZ_OFF);
+    table[2](n, a, r1, r2);
+    orv_vtm_kernel_SetMode(saved);
+}
+
+// Every element raised to one exponent, in place.
+template <typename T>
+using PowxTable = void (*const*)(int, const T*, T, T*);
+template <typename T>
+void apply_kernel(PowxTable<T> table, int32_t n, T* r, T exponent) {
+    const uint32_t saved = orv_vtm_kernel_SetMode(VTM_FTZDAZ_OFF);
+    table[2](n, r, exponent, r);
+    orv_vtm_kernel_SetMode(saved);
+}
+
 // The kernels the transforms use, by element type.
 template <typename T>
 struct Kernels;
@@ -68,12 +88,24 @@ struct Kernels<double> {
     static KernelTable<double> ln() { return orv_vtm_kernel_dLn_ttab; }
     static KernelTable<double> sqrt() { return orv_vtm_kernel_dSqrt_ttab; }
     static KernelTable<double> exp() { return orv_vtm_kernel_dExp_ttab; }
+    static KernelTable<double> sin() { return orv_vtm_kernel_dSin_ttab; }
+    static KernelTable<double> cos() { return orv_vtm_kernel_dCos_ttab; }
+    static KernelTable<double> tan() { return orv_vtm_kernel_dTan_ttab; }
+    static KernelTable<double> erfinv() { return orv_vtm_kernel_dErfInv_ttab; }
+    static TwoResultTable<double> sincos() { return orv_vtm_kernel_dSinCos_ttab; }
+    static PowxTable<double> powx() { return orv_vtm_kernel_dPowx_ttab; }
 };
 template <>
 struct Kernels<float> {
     static KernelTable<float> ln() { return orv_vtm_kernel_sLn_ttab; }
     static KernelTable<float> sqrt() { return orv_vtm_kernel_sSqrt_ttab; }
     static KernelTable<float> exp() { return orv_vtm_kernel_sExp_ttab; }
+    static KernelTable<float> sin() { return orv_vtm_kernel_sSin_ttab; }
+    static KernelTable<float> cos() { return orv_vtm_kernel_sCos_ttab; }
+    static KernelTable<float> tan() { return orv_vtm_kernel_sTan_ttab; }
+    static KernelTable<float> erfinv() { return orv_vtm_kernel_sErfInv_ttab; }
+    static TwoResultTable<float> sincos() { return orv_vtm_kernel_sSinCos_ttab; }
+    static PowxTable<float> powx() { return orv_vtm_kernel_sPowx_ttab; }
 };
 
 // The finite stand-in for ln(0): ln of the smallest subnormal, in each type.
@@ -96,5 +128,34 @@ int32_t replace_pole(VtmErrorContext* c) {
     if (c->code == VtmStatusPole) c->res1 = c->res2 = log_zero_stand_in<T>();
     return 0;
 }
+
+// Normal numbers: ln(0), the only pole of the logarithms, gives the
+// stand-in above; the inverse error function at -1 or 1 gives the largest
+// finite result of the precision's inverse error function, with the sign of
+// the pole (read from the kernel's infinite result: in an in-place call the
+// record's argument may already hold the result); a domain error gives that
+// bound by the argument's sign.
+template <typename T>
+double gaussian_bound();
+template <>
+inline double gaussian_bound<double>() { return 5.8635847487551676; }
+template <>
+inline double gaussian_bound<float>() { return 3.8325068950653076; }  // bits 0x400EA8F960000000
+
+template <typename T>
+int32_t replace_gaussian(VtmErrorContext* c) {
+    if (c->code == VtmStatusDomain) c->res1 = c->res2 = c->arg1 < 0 ? -gaussian_bound<T>() : gaussian_bound<T>();
+    if (c->code == VtmStatusPole) c->res1 = c->res2 = log_zero_stand_in<T>();
+    return 0;
+}
+template <typename T>
+int32_t replace_erfinv_pole(VtmErrorContext* c) {
+    if (c->code == VtmStatusDomain) return replace_gaussian<T>(c);
+    if (c->code == VtmStatusPole) c->res1 = c->res2 = c->res1 < 0 ? -gaussian_bound<T>() : gaussian_bound<T>();
+    return 0;
+}
+
+// Leaves a kernel's own result (an exponential that overflows stays infinite).
+inline int32_t keep_result(VtmErrorContext*) { return 0; }
 
 }  // namespace orv::dist

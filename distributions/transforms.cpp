@@ -79,6 +79,34 @@ int32_t laplace(int32_t, void* s, int32_t n, T* r, T a, T beta) {
     return status;
 }
 
+// tan of uniforms on (-pi/2, pi/2); no handler of its own (tan of a finite
+// value reports nothing).
+template <typename T>
+int32_t cauchy(int32_t, void* s, int32_t n, T* r, T a, T beta) {
+    if (n < 1) return 0;
+    const T half_pi = T(1.5707963267948966);
+    const int32_t status = draw_uniform<T>(s, n, r, -half_pi, half_pi);
+    if (status < 0) return status;
+    apply_kernel(Kernels<T>::tan(), n, r);
+    for (int32_t i = 0; i < n; ++i) r[i] = r[i] * beta + a;
+    return status;
+}
+
+// (-ln u)^(1/alpha), through the power kernel with one exponent.
+template <typename T>
+int32_t weibull(int32_t method, void* s, int32_t n, T* r, T alpha, T a, T beta) {
+    const bool clamp = (method & kAccurate) != 0;
+    const T exponent = T(1) / alpha;
+    return one_pass<T>(
+        replace_pole<T>, s, n, r,
+        [=](int32_t m, T* x) {
+            apply_kernel(Kernels<T>::ln(), m, x);
+            for (int32_t i = 0; i < m; ++i) x[i] = -x[i];
+            apply_kernel(Kernels<T>::powx(), m, x, exponent);
+        },
+        [=](T v) { return at_least(clamp, a, v * beta + a); });
+}
+
 }  // namespace
 }  // namespace orv::dist
 
@@ -95,3 +123,12 @@ ORV_DIST_EXPORT_TRANSFORM(RngExponential, exponential)
 ORV_DIST_EXPORT_TRANSFORM(RngRayleigh, rayleigh)
 ORV_DIST_EXPORT_TRANSFORM(RngGumbel, gumbel)
 ORV_DIST_EXPORT_TRANSFORM(RngLaplace, laplace)
+ORV_DIST_EXPORT_TRANSFORM(RngCauchy, cauchy)
+
+ORV_EXPORT int32_t _vstsRngWeibull(int32_t method, void* s, int32_t n, float* r, float alpha, float a, float beta) {
+    return orv::dist::weibull<float>(method, s, n, r, alpha, a, beta);
+}
+ORV_EXPORT int32_t _vstdRngWeibull(int32_t method, void* s, int32_t n, double* r, double alpha, double a,
+                                   double beta) {
+    return orv::dist::weibull<double>(method, s, n, r, alpha, a, beta);
+}

@@ -32,6 +32,13 @@ std::vector<char> image(const Stream& s) {
     return m;
 }
 
+// The next uniforms of a stream, to compare where two streams stand.
+std::vector<double> uniforms_after(void* s) {
+    std::vector<double> u(8);
+    _vstdRngUniform(0, s, 8, u.data(), 0.0, 1.0);
+    return u;
+}
+
 // An abstract stream handing out the given doubles as uniforms on [0, 1), then failing with -77.
 Stream fixed(std::vector<double>& v) {
     void* s = nullptr;
@@ -39,34 +46,91 @@ Stream fixed(std::vector<double>& v) {
     return own(s);
 }
 
-constexpr double A = 0.5, B = 2.0;  // parameters (a, beta), or (a, b) = (A, A + B) for Uniform
+constexpr double A = 0.5, B = 2.0;                  // displacement (mean) and scale of every row
+constexpr double kShape = 1.5, kLogMean = 0.2, kLogSd = 0.5;  // Weibull shape; the lognormal's normal
+constexpr double kPi = 3.141592653589793;
 
-// One continuous distribution: its two forms, the uniforms (on [lo, lo + width)) per output, the formula
-// from them, and the distribution function.
+// The inverse error function, by Newton steps on erf, or on erfc (for |u| > 0.5)
+// where that keeps the residual accurate near the ends; at -1 and 1 the
+// stated finite stand-in, the precision's largest finite result.
+double erfinv(double u, bool single) {
+    const double v = std::fabs(u);
+    if (v == 1) return std::copysign(single ? 3.8325068950653076 : 5.8635847487551676, u);
+    double x = v < 0.5 ? v : std::sqrt(-std::log((1 - v) * (1 + v)));
+    for (int k = 0; k < 60; ++k) {
+        const double res = v < 0.5 ? std::erf(x) - v : (1 - v) - std::erfc(x);
+        x -= res / (1.1283791670955126 * std::exp(-x * x));
+    }
+    return u < 0 ? -x : x;
+}
+double phi(double z) { return 0.5 * std::erfc(-z / std::sqrt(2.0)); }
+
+// The angle 2 pi u as the precision computes it, then the pair's sine (cosine).
+double radius(double u) { return std::sqrt(-2 * std::log(u)); }
+double angle(double u, bool single) {
+    return single ? double(float(u) * float(6.283185307179586)) : u * 6.283185307179586;
+}
+double paired(const double* u, int32_t i, bool single) {
+    const double* p = u + (i & ~1);
+    return radius(p[0]) * (i % 2 ? std::cos(angle(p[1], single)) : std::sin(angle(p[1], single)));
+}
+
+// One continuous distribution and method: its two forms with the parameters
+// above, the uniforms (on [lo, lo + width)) per output, the formula for
+// output i from the uniforms, the distribution function, and whether its
+// kernels are the half-precision ones (inverse error function, power).
 struct Row {
     const char* name;
-    int32_t (*fs)(int32_t, void*, int32_t, float*, float, float);
-    int32_t (*fd)(int32_t, void*, int32_t, double*, double, double);
+    int32_t (*fs)(void*, int32_t, float*);
+    int32_t (*fd)(void*, int32_t, double*);
     int per;
+    bool pairs;  // both outputs of a pair of uniforms: an odd count rounds up
     double lo, width;
-    double (*formula)(const double* u);
+    double (*formula)(const double* u, int32_t i, bool single);
     double (*cdf)(double z);  // of z = (x - A) / B
+    bool half;
 };
+#define FORMS(Name, ...)                                                                   \
+    [](void* s, int32_t n, float* r) { using T = float; return _vstsRng##Name(__VA_ARGS__); }, \
+    [](void* s, int32_t n, double* r) { using T = double; return _vstdRng##Name(__VA_ARGS__); }
 double tail(double z) { return z <= 0 ? 0.0 : 1.0 - std::exp(-z); }
+double lognormal_cdf(double z) { return z <= 0 ? 0.0 : phi((std::log(z) - kLogMean) / kLogSd); }
 const Row kRows[] = {
-    {"Uniform", _vstsRngUniform, _vstdRngUniform, 1, A, B, [](const double* u) { return u[0]; },
-     [](double z) { return std::clamp(z, 0.0, 1.0); }},
-    {"Exponential", _vstsRngExponential, _vstdRngExponential, 1, 0, 1,
-     [](const double* u) { return A - std::log(u[0]) * B; }, tail},
-    {"Rayleigh", _vstsRngRayleigh, _vstdRngRayleigh, 1, 0, 1,
-     [](const double* u) { return std::sqrt(-std::log(u[0])) * B + A; }, [](double z) { return tail(z * std::fabs(z)); }},
-    {"Gumbel", _vstsRngGumbel, _vstdRngGumbel, 1, 0, 1, [](const double* u) { return std::log(-std::log(u[0])) * B + A; },
-     [](double z) { return 1.0 - std::exp(-std::exp(z)); }},
-    {"Laplace", _vstsRngLaplace, _vstdRngLaplace, 2, 0, 1,
-     [](const double* u) { return std::log(u[0]) * (u[1] > 0.5 ? B : -B) + A; },
-     [](double z) { return z < 0 ? 0.5 * std::exp(z) : 1.0 - 0.5 * std::exp(-z); }},
+    {"Uniform", FORMS(Uniform, 0, s, n, r, T(A), T(A + B)), 1, false, A, B,
+     [](const double* u, int32_t i, bool) { return u[i]; }, [](double z) { return std::clamp(z, 0.0, 1.0); }, false},
+    {"Exponential", FORMS(Exponential, 0, s, n, r, T(A), T(B)), 1, false, 0, 1,
+     [](const double* u, int32_t i, bool) { return A - std::log(u[i]) * B; }, tail, false},
+    {"Rayleigh", FORMS(Rayleigh, 0, s, n, r, T(A), T(B)), 1, false, 0, 1,
+     [](const double* u, int32_t i, bool) { return std::sqrt(-std::log(u[i])) * B + A; },
+     [](double z) { return tail(z * std::fabs(z)); }, false},
+    {"Gumbel", FORMS(Gumbel, 0, s, n, r, T(A), T(B)), 1, false, 0, 1,
+     [](const double* u, int32_t i, bool) { return std::log(-std::log(u[i])) * B + A; },
+     [](double z) { return 1.0 - std::exp(-std::exp(z)); }, false},
+    {"Laplace", FORMS(Laplace, 0, s, n, r, T(A), T(B)), 2, false, 0, 1,
+     [](const double* u, int32_t i, bool) { return std::log(u[2 * i]) * (u[2 * i + 1] > 0.5 ? B : -B) + A; },
+     [](double z) { return z < 0 ? 0.5 * std::exp(z) : 1.0 - 0.5 * std::exp(-z); }, false},
+    {"Cauchy", FORMS(Cauchy, 0, s, n, r, T(A), T(B)), 1, false, -kPi / 2, kPi,
+     [](const double* u, int32_t i, bool) { return std::tan(u[i]) * B + A; },
+     [](double z) { return 0.5 + std::atan(z) / kPi; }, false},
+    {"Weibull", FORMS(Weibull, 0, s, n, r, T(kShape), T(A), T(B)), 1, false, 0, 1,
+     [](const double* u, int32_t i, bool) { return std::pow(-std::log(u[i]), 1 / kShape) * B + A; },
+     [](double z) { return tail(std::pow(std::max(z, 0.0), kShape)); }, true},
+    {"GaussianBoxMuller", FORMS(Gaussian, 0, s, n, r, T(A), T(B)), 2, false, 0, 1,
+     [](const double* u, int32_t i, bool single) { return paired(u + 2 * i, 0, single) * B + A; }, phi, false},
+    {"GaussianBoxMuller2", FORMS(Gaussian, 1, s, n, r, T(A), T(B)), 1, true, 0, 1,
+     [](const double* u, int32_t i, bool single) { return paired(u, i, single) * B + A; }, phi, false},
+    {"GaussianIcdf", FORMS(Gaussian, 2, s, n, r, T(A), T(B)), 1, false, -1, 2,
+     [](const double* u, int32_t i, bool single) { return erfinv(u[i], single) * std::sqrt(2.0) * B + A; }, phi, true},
+    {"LognormalBoxMuller2", FORMS(Lognormal, 0, s, n, r, T(kLogMean), T(kLogSd), T(A), T(B)), 1, true, 0, 1,
+     [](const double* u, int32_t i, bool single) { return A + B * std::exp(kLogMean + kLogSd * paired(u, i, single)); },
+     lognormal_cdf, false},
+    {"LognormalIcdf",  // any method but 0, here the accuracy flag alone
+     FORMS(Lognormal, ORV_RNG_METHOD_ACCURATE, s, n, r, T(kLogMean), T(kLogSd), T(A), T(B)), 1, false, -1, 2,
+     [](const double* u, int32_t i, bool single) {
+         return A + B * std::exp(kLogMean + kLogSd * std::sqrt(2.0) * erfinv(u[i], single)); },
+     lognormal_cdf, true},
 };
-double second(const Row& r) { return r.fd == _vstdRngUniform ? A + B : B; }
+#undef FORMS
 
 class Continuous : public ::testing::TestWithParam<std::tuple<Row, bool>> {
 protected:
@@ -76,7 +140,7 @@ protected:
     int32_t draw(void* s, int32_t n, std::vector<double>& out) {
         std::vector<float> f(n);
         std::vector<double> d(n);
-        const int32_t st = single ? row.fs(0, s, n, f.data(), A, float(second(row))) : row.fd(0, s, n, d.data(), A, second(row));
+        const int32_t st = single ? row.fs(s, n, f.data()) : row.fd(s, n, d.data());
         if (single) std::copy(f.begin(), f.end(), d.begin());
         out.insert(out.end(), d.begin(), d.end());
         return st;
@@ -108,22 +172,26 @@ TEST_P(Continuous, FitsItsDistributionFunction) {
 
 // On every generator that replays from a copy, n outputs drawn in two calls
 // (the second crossing a block for n = 1500) are the formula on the copy's
-// uniforms within a few roundings, and the stream goes on as the copy does
-// after exactly per * n uniforms (buffered generators may differ in image).
+// uniforms within a few roundings (half the precision's bits for the
+// half-precision kernels), and the stream goes on as the copy does after
+// exactly the stated number of uniforms: per * n, rounded up to whole pairs
+// for the pair methods (buffered generators may differ in image).
 TEST_P(Continuous, IsTheFormulaOnTheUniformsItConsumes) {
     const double eps = single ? 0x1p-23 : 0x1p-52;
+    const double tol = row.half ? 8 * std::sqrt(eps) : 16 * eps;
     for (int32_t k = 0; k < __vstGetNumRegBrngs(); ++k)
-        for (const int32_t n : {3, 1500}) {
+        for (const int32_t n : {3, 5, 1500}) {
             Stream s = make((k + 1) << 20, 99);
             if (!s || (k + 1) << 20 == ORV_BRNG_TRNG) continue;
             Stream c = copy(s);
             std::vector<double> x;
             ASSERT_EQ(draw(s.get(), 1, x), 0);
             ASSERT_EQ(draw(s.get(), n - 1, x), 0);
-            const std::vector<double> u = uniforms(c.get(), row.per * n);
+            const int32_t used = row.pairs ? (n + 1) & ~1 : row.per * n;
+            const std::vector<double> u = uniforms(c.get(), used);
             for (int32_t i = 0; i < n; ++i) {
-                const double want = row.formula(&u[size_t(row.per * i)]);
-                ASSERT_NEAR(x[i], want, 16 * eps * std::max(std::fabs(want), A + B)) << k << " " << i;
+                const double want = row.formula(u.data(), i, single);
+                ASSERT_NEAR(x[i], want, tol * std::max(std::fabs(want), A + B)) << k << " " << i;
             }
             EXPECT_EQ(uniforms(s.get(), 8), uniforms(c.get(), 8)) << "generator row " << k << " n " << n;
         }
@@ -213,6 +281,116 @@ TEST(Bits, WholeWordsPerGeneratorAndRefusalsDrawNothing) {
         EXPECT_EQ(_vstiRngUniformBits64(0, g.get(), 2, w.data()), ORV_RNG_ERROR_NO_NUMBITS);
         EXPECT_EQ(image(g), before);
     }
+}
+
+// The two-output method keeps the unpaired half on the stream, one chunk per
+// precision: n = 0 makes it and draws nothing; a saved and loaded stream (and
+// a copy) keeps the half and delivers it without drawing; both halves are the
+// sine and cosine outputs of one pair.
+TEST(Gaussian, KeptHalfPairTravelsWithTheStream) {
+    Stream s = make(ORV_BRNG_MRG32K3A, 8), c = copy(s);
+    double d[2], e, u[4];
+    float f;
+    ASSERT_EQ(_vstdRngGaussian(1, s.get(), 0, d, 0.0, 1.0), 0);
+    EXPECT_EQ(__vstGetNumChunks(s.get()), 1);
+    ASSERT_EQ(_vstdRngGaussian(1, s.get(), 1, d, 0.0, 1.0), 0);
+    ASSERT_EQ(_vstsRngGaussian(1, s.get(), 1, &f, 0.0f, 1.0f), 0);  // its own pair, from the next 2 uniforms
+    void* raw = nullptr;
+    ASSERT_EQ(__vstLoadStreamM(&raw, image(s).data()), 0);
+    Stream loaded = own(raw);
+    ASSERT_EQ(_vstdRngGaussian(1, loaded.get(), 1, &e, 0.0, 1.0), 0);
+    ASSERT_EQ(_vstdRngGaussian(1, s.get(), 1, d + 1, 0.0, 1.0), 0);
+    EXPECT_EQ(e, d[1]);
+    _vstdRngUniform(0, c.get(), 4, u, 0.0, 1.0);  // both pairs' uniforms, no more
+    EXPECT_NEAR(d[0] * d[0] + d[1] * d[1], -2 * std::log(u[0]), 1e-12);
+    EXPECT_NEAR(std::atan2(d[0], d[1]), std::remainder(6.283185307179586 * u[1], 6.283185307179586), 1e-12);
+    EXPECT_EQ(uniforms_after(loaded.get()), uniforms_after(copy(s).get()));
+    EXPECT_EQ(uniforms_after(s.get()), uniforms_after(c.get()));
+}
+
+// A uniform of exactly 0 (or -1 for inversion) gives a large finite value;
+// a zero deviation gives the mean for every method.
+TEST(Gaussian, EndsOfTheUniformsAndZeroDeviation) {
+    std::vector<double> u = {0.0, 0.25, 0.0, 0.25, 0.0, 0.0, 0.0, 0.0};
+    Stream s = fixed(u);
+    double r[2];
+    ASSERT_EQ(_vstdRngGaussian(0, s.get(), 1, r, 1.0, 1.0), 0);
+    EXPECT_DOUBLE_EQ(r[0], 1.0 + std::sqrt(2 * 744.44007192138122));
+    ASSERT_EQ(_vstdRngGaussian(2, s.get(), 2, r, 0.0, 1.0), 0);  // uniforms on [-1, 1): 0 maps to -1
+    EXPECT_DOUBLE_EQ(r[0], -5.8635847487551676 * std::sqrt(2.0));
+    ASSERT_EQ(_vstdRngWeibull(0, s.get(), 1, r, 2.0, 1.0, 1.0), 0);
+    EXPECT_DOUBLE_EQ(r[0], 1.0 + std::sqrt(744.44007192138122));
+    Stream m = make(ORV_BRNG_MCG59, 4);
+    for (int32_t method = 0; method < 3; ++method) {
+        double x[5];
+        float y[5];
+        ASSERT_EQ(_vstdRngGaussian(method, m.get(), 5, x, 3.0, 0.0), 0);
+        ASSERT_EQ(_vstsRngGaussian(method, m.get(), 5, y, 3.0f, 0.0f), 0);
+        for (int i = 0; i < 5; ++i) EXPECT_TRUE(x[i] == 3.0 && y[i] == 3.0f) << method;
+    }
+    EXPECT_EQ(_vstdRngGaussian(3, m.get(), 5, r, 0.0, 1.0), ORV_RNG_ERROR_BAD_METHOD);
+}
+
+// a + L z for each storage of L (full below dimen 11 and from 11 on, packed,
+// diagonal) against the product done here on the normals of a copy; the full
+// form's upper part is not read. For dimen 3, the sample mean and covariance
+// of 2 10^5 vectors are within 5 standard errors of a and L L^T.
+template <typename T, typename MV, typename G>
+void multivariate(MV mv, G gaussian, int32_t method, int32_t mstorage, int32_t d, int32_t n) {
+    auto L = [&](int32_t i, int32_t j) {
+        return j > i || (j < i && mstorage == ORV_RNG_MATRIX_STORAGE_DIAGONAL) ? 0.0 : T(j == i ? 1 + 0.25 * i : 0.3 * std::cos(i + 2.0 * j));
+    };
+    std::vector<T> t, a;
+    for (int32_t i = 0; i < d; ++i) {
+        a.push_back(T(0.5 * i - 1));
+        for (int32_t j = 0; j < d; ++j) {
+            if (mstorage == ORV_RNG_MATRIX_STORAGE_FULL) t.push_back(T(j <= i ? L(i, j) : 99.0));      // row by row
+            if (mstorage == ORV_RNG_MATRIX_STORAGE_PACKED && j >= i) t.push_back(T(L(j, i)));         // column by column
+            if (mstorage == ORV_RNG_MATRIX_STORAGE_DIAGONAL && i == j) t.push_back(T(L(i, i)));
+        }
+    }
+    Stream s = make(ORV_BRNG_SFMT19937, uint32_t(7 + method + 3 * mstorage)), c = copy(s);
+    std::vector<T> x(size_t(n) * d), z(x.size());
+    ASSERT_EQ(mv(method, s.get(), n, x.data(), d, mstorage, a.data(), t.data()), 0);
+    gaussian(method, c.get(), n * d, z.data(), T(0), T(1));
+    std::vector<double> mean(static_cast<size_t>(d)), cov(size_t(d) * d);
+    for (size_t k = 0; k < x.size(); k += size_t(d))
+        for (int32_t i = 0; i < d; ++i) {
+            double want = a[size_t(i)];
+            for (int32_t j = 0; j <= i; ++j) want += L(i, j) * z[k + size_t(j)];
+            ASSERT_NEAR(x[k + size_t(i)], want, (sizeof(T) == 4 ? 1e-5 : 1e-13) * (1 + std::fabs(want))) << mstorage;
+            mean[size_t(i)] += (x[k + size_t(i)] - a[size_t(i)]) / n;
+            for (int32_t j = 0; j < d; ++j)
+                cov[size_t(i * d + j)] += (x[k + size_t(i)] - a[size_t(i)]) * (x[k + size_t(j)] - a[size_t(j)]) / n;
+        }
+    for (int32_t i = 0; d == 3 && i < d; ++i)
+        for (int32_t j = 0; j < d; ++j) {
+            double c_ij = 0, c_ii = 0, c_jj = 0;
+            for (int32_t k = 0; k < d; ++k) c_ij += L(i, k) * L(j, k), c_ii += L(i, k) * L(i, k), c_jj += L(j, k) * L(j, k);
+            EXPECT_NEAR(mean[size_t(i)], 0.0, 5 * std::sqrt(c_ii / n));
+            EXPECT_NEAR(cov[size_t(i * d + j)], c_ij, 5 * std::sqrt((c_ii * c_jj + c_ij * c_ij) / n)) << i << j;
+        }
+}
+
+// Each storage and method; dimen 1 is the plain Gaussian whatever the
+// storage; an unknown storage leaves the standard normals.
+TEST(GaussianMV, EachStorageIsAPlusLz) {
+    for (int32_t mstorage = 0; mstorage < 3; ++mstorage)
+        for (int32_t method = 0; method < 3; ++method) {
+            multivariate<double>(_vstdRngGaussianMV, _vstdRngGaussian, method, mstorage, 3, method == mstorage ? 200000 : 100);
+            multivariate<double>(_vstdRngGaussianMV, _vstdRngGaussian, method, mstorage, 12, 100);
+            multivariate<float>(_vstsRngGaussianMV, _vstsRngGaussian, method, mstorage, 4, 100);
+        }
+    Stream s = make(ORV_BRNG_MCG59, 2), c = copy(s);
+    double x[6], y[6], m = 1.5, sd = 2.0;
+    for (const int32_t mstorage : {0, 7}) {
+        ASSERT_EQ(_vstdRngGaussianMV(0, s.get(), 6, x, 1, mstorage, &m, &sd), 0);
+        ASSERT_EQ(_vstdRngGaussian(0, c.get(), 6, y, m, sd), 0);
+        EXPECT_EQ(std::vector<double>(x, x + 6), std::vector<double>(y, y + 6));
+    }
+    ASSERT_EQ(_vstdRngGaussianMV(0, s.get(), 3, x, 2, 3, &m, &sd), 0);
+    ASSERT_EQ(_vstdRngGaussian(0, c.get(), 6, y, 0.0, 1.0), 0);
+    EXPECT_EQ(std::vector<double>(x, x + 6), std::vector<double>(y, y + 6));
 }
 
 }  // namespace
