@@ -80,7 +80,7 @@ inline VF sqrt(VF a) {
 #elif ORV_SIMD_BYTES == 32
     return _mm256_sqrt_ps(a);
 #else
-    return _mm512_sqrt_ps(a);
+    return _mm512_mask_sqrt_ps(a, __mmask16(0xFFFF), a);  // every lane; see the gathers below
 #endif
 }
 inline VD sqrt(VD a) {
@@ -89,7 +89,7 @@ inline VD sqrt(VD a) {
 #elif ORV_SIMD_BYTES == 32
     return _mm256_sqrt_pd(a);
 #else
-    return _mm512_sqrt_pd(a);
+    return _mm512_mask_sqrt_pd(a, __mmask8(0xFF), a);
 #endif
 }
 
@@ -121,7 +121,7 @@ inline VI32 high_words(VI32 v) {
 #elif ORV_SIMD_BYTES == 32
     return (VI32)_mm256_shuffle_epi32((__m256i)v, _MM_SHUFFLE(3, 3, 1, 1));
 #else
-    return (VI32)_mm512_shuffle_epi32((__m512i)v, _MM_PERM_DDBB);
+    return (VI32)_mm512_mask_shuffle_epi32((__m512i)v, __mmask16(0xFFFF), (__m512i)v, _MM_PERM_DDBB);
 #endif
 }
 
