@@ -93,6 +93,23 @@ inline VD sqrt(VD a) {
 #endif
 }
 
+// The correctly rounded square root of one double (IEEE 754 sqrt), without
+// the C library's errno path.
+inline double sqrt(double x) { return _mm_cvtsd_f64(_mm_sqrt_sd(_mm_setzero_pd(), _mm_set_sd(x))); }
+
+// int64(trunc(x)) in each lane, for |x| < 2^31 (the conversion that
+// truncates whatever the rounding mode).
+inline VI64 trunc_small(VD x) {
+#if ORV_SIMD_BYTES == 16
+    const __m128i k = _mm_cvttpd_epi32(x);
+    return (VI64)_mm_unpacklo_epi32(k, _mm_srai_epi32(k, 31));
+#elif ORV_SIMD_BYTES == 32
+    return (VI64)_mm256_cvtepi32_epi64(_mm256_cvttpd_epi32(x));
+#else
+    return (VI64)_mm512_cvtepi32_epi64(_mm512_cvttpd_epi32(x));
+#endif
+}
+
 // One bit a lane: the sign bit of each 32-bit (VF) or 64-bit (VD) lane.
 inline uint32_t lanes(VF m) {
 #if ORV_SIMD_BYTES == 16
