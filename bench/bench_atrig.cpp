@@ -159,6 +159,15 @@ void register_all() {
     FAMILY(Asinh, asinh, -100, 100)
     FAMILY(Acosh, acosh, 1, 100)
     FAMILY(Atanh, atanh, -0.99, 0.99)
+    // The wider kernel libraries, for the functions with speed goals.
+    orv_bench::register_variants<float, 1>("sAtan", -10, 10);
+    orv_bench::register_variants<double, 1>("dAtan", -10, 10);
+    orv_bench::register_variants<float, 1>("sAsin", -1, 1);
+    orv_bench::register_variants<double, 1>("dAsin", -1, 1);
+    orv_bench::register_variants<float, 1>("sSinh", -20, 20);
+    orv_bench::register_variants<double, 1>("dSinh", -20, 20);
+    orv_bench::register_variants<float, 1>("sTanh", -5, 5);
+    orv_bench::register_variants<double, 1>("dTanh", -5, 5);
     REG("sAtan2/orv", -10, 10, BM_orv2<float, _vtmsAtan2_HA>);
     REG("dAtan2/orv", -10, 10, BM_orv2<double, _vtmdAtan2_HA>);
     REG("sAtan2/glibc", -10, 10, BM_scalar2<float, static_cast<float (*)(float, float)>(::atan2f)>);

@@ -15,6 +15,8 @@
 #include <orv/vtm.h>
 #include <orv/vtm_functions.h>
 
+#include "vector_bench.h"
+
 #if __has_include(<sleef.h>)
 #include <sleef.h>
 #define HAVE_SLEEF 1
@@ -204,6 +206,17 @@ void register_all() {
 #define GLIBC_s(f) glibc1<float, f##_s>
     PEERS(Cbrt, cbrt, kCbrtR, d, (orv1<double, _vtmdCbrt_HA>), 2, 4, 8)
     PEERS(Cbrt, cbrt, kCbrtR, s, (orv1<float, _vtmsCbrt_HA>), 4, 8, 16)
+    // The wider kernel libraries (orv is the SSE2 baseline).
+    for (const char* t : {"s", "d"}) {
+        const bool s = t[0] == 's';
+        const std::string p = t;
+        (s ? orv_bench::register_variants<float, 2> : orv_bench::register_variants<double, 2>)(
+            (p + "Pow").c_str(), kPowR[0], kPowR[1], kPowR[2], kPowR[3]);
+        (s ? orv_bench::register_variants<float, 2> : orv_bench::register_variants<double, 2>)(
+            (p + "Hypot").c_str(), kHypotR[0], kHypotR[1], kHypotR[2], kHypotR[3]);
+        (s ? orv_bench::register_variants<float, 1> : orv_bench::register_variants<double, 1>)(
+            (p + "Cbrt").c_str(), kCbrtR[0], kCbrtR[1], 0, 0);
+    }
 }
 
 }  // namespace

@@ -2,9 +2,9 @@
 // scalar functions, libmvec's SSE, AVX2 and AVX-512 entry points
 // (_ZGVbN*, _ZGVdN*, _ZGVeN*) and SLEEF's 1-ULP (u10) and 3.5-ULP (u35)
 // functions of the same three widths. Inputs uniform on [-100, 100].
-// Names: <function>/<implementation>/<n>. Our kernels exist in the SSE2
-// variant only for now. Below, the pi- and degree-scaled functions in their
-// three tiers, with SLEEF's sinpi and cospi.
+// Names: <function>/<implementation>/<n>; orv is the SSE2 baseline, orv_avx2
+// and orv_avx512 the wider kernel libraries. Below, the pi- and degree-scaled
+// functions in their three tiers, with SLEEF's sinpi and cospi.
 #include <benchmark/benchmark.h>
 #include <immintrin.h>
 
@@ -14,6 +14,8 @@
 
 #include <orv/vtm.h>
 #include <orv/vtm_functions.h>
+
+#include "vector_bench.h"
 
 #if __has_include(<sleef.h>)
 #include <sleef.h>
@@ -193,6 +195,10 @@ void register_all() {
     FAMILY(Sin, sin)
     FAMILY(Cos, cos)
     FAMILY(Tan, tan)
+    for (const char* fn : {"Sin", "Cos", "Tan"}) {
+        orv_bench::register_variants<float, 1>((std::string("s") + fn).c_str(), kLo, kHi);
+        orv_bench::register_variants<double, 1>((std::string("d") + fn).c_str(), kLo, kHi);
+    }
 #ifdef HAVE_SLEEF
     SLEEF_ROWS(Sin, sin, u10) SLEEF_ROWS(Sin, sin, u35)
     SLEEF_ROWS(Cos, cos, u10) SLEEF_ROWS(Cos, cos, u35)

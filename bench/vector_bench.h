@@ -5,10 +5,12 @@
 #pragma once
 
 #include <benchmark/benchmark.h>
+#include <dlfcn.h>
 #include <immintrin.h>
 
 #include <cstdint>
 #include <random>
+#include <string>
 #include <vector>
 
 #include <orv/vtm.h>
@@ -81,6 +83,59 @@ template <__m128d (*Fn)(__m128d)>
 void BM_vec_d(benchmark::State& st, double lo, double hi) { BM_vec<double, step_d2<Fn>, 2>(st, lo, hi); }
 template <__m128 (*Fn)(__m128)>
 void BM_vec_s(benchmark::State& st, double lo, double hi) { BM_vec<float, step_s4<Fn>, 4>(st, lo, hi); }
+
+// The HA slot of fn's table in the AVX2 (1) or AVX-512 (2) kernel library,
+// loaded from beside the baseline; null when it does not load or lacks fn.
+inline void* variant_kernel(int variant, const char* fn) {
+    static void* libs[3] = {nullptr, nullptr, nullptr};
+    static const char* const files[3] = {nullptr, "liborv_kernel_avx2.so.0", "liborv_kernel_avx512.so.0"};
+    if (!libs[variant]) {
+        Dl_info info;
+        dladdr(reinterpret_cast<void*>(&_vtmGetMode), &info);
+        std::string dir = info.dli_fname;
+        dir = dir.substr(0, dir.rfind('/') + 1);
+        libs[variant] = dlopen((dir + files[variant]).c_str(), RTLD_NOW | RTLD_LOCAL);
+        if (!libs[variant]) return nullptr;
+    }
+    const std::string table = std::string("orv_vtm_kernel_") + fn + "_ttab";
+    void* const* tab = static_cast<void* const*>(dlsym(libs[variant], table.c_str()));
+    return tab ? tab[1] : nullptr;
+}
+
+// Our kernel of one variant, unary or binary (second inputs on [lo2, hi2)),
+// registered as <fn>/orv_avx2 and <fn>/orv_avx512.
+template <typename T, int Arity>
+void BM_orv_variant(benchmark::State& st, int variant, const char* fn, double lo, double hi, double lo2,
+                    double hi2) {
+    void* f = variant_kernel(variant, fn);
+    if (!f) {
+        st.SkipWithError("variant not loaded");
+        return;
+    }
+    const long n = st.range(0);
+    auto a = inputs<T>(n, lo, hi), b = inputs<T>(n, lo2, hi2, 7);
+    std::vector<T> r(n);
+    _vtmSetMode(VTM_HA | VTM_ERRMODE_IGNORE);
+    for (auto _ : st) {
+        if constexpr (Arity == 1)
+            reinterpret_cast<void (*)(int, const T*, T*)>(f)(int(n), a.data(), r.data());
+        else
+            reinterpret_cast<void (*)(int, const T*, const T*, T*)>(f)(int(n), a.data(), b.data(), r.data());
+        benchmark::ClobberMemory();
+    }
+    st.SetItemsProcessed(st.iterations() * n);
+}
+template <typename T, int Arity>
+void register_variants(const char* fn, double lo, double hi, double lo2 = 0, double hi2 = 0) {
+    static const char* const isa[3] = {nullptr, "/orv_avx2", "/orv_avx512"};
+    if (Arity == 2 && lo2 == hi2) lo2 = lo, hi2 = hi;
+    const char* keep = (new std::string(fn))->c_str();  // lives as long as the registration
+    for (int v = 1; v <= 2; ++v)
+        benchmark::RegisterBenchmark((std::string(fn) + isa[v]).c_str(), BM_orv_variant<T, Arity>, v, keep,
+                                     lo, hi, lo2, hi2)
+            ->Arg(1024)
+            ->Arg(100000);
+}
 
 using BenchFn = void (*)(benchmark::State&, double, double);
 

@@ -1,11 +1,9 @@
 // Private pieces of the inverse trigonometric and hyperbolic kernels: the
 // polynomial coefficients (tools/fit_atrig.py), the split constants, and the
-// double-precision cores on one register of two doubles. Each core returns
+// double-precision cores on one register of doubles. Each core returns
 // its result as an unevaluated sum hi + lo, so that the single kernels round
 // it once to float and the pi forms multiply it by 1/pi in double-double.
 #pragma once
-
-#include <emmintrin.h>
 
 #include <cstdint>
 
@@ -22,7 +20,7 @@ namespace orv::atrig {
 
 inline constexpr int32_t kOk = 0, kDomain = 1, kPole = 2, kOverflow = 3;
 
-using V = __m128d;
+using V = orv::vec::simd::VD;
 using orv::vec::bitops::splat;
 namespace simd = orv::vec::simd;
 namespace ops = orv::vec::atrig_ops;
@@ -107,11 +105,10 @@ struct AtanReduced {
 };
 inline AtanReduced atan_reduce(V a0) {
     const V a = ops::min_or_b(a0, splat(0x1p1000));  // keeps -1/a finite for infinity, NaN to row 4
-    int32_t i0, i1;
-    ops::count_masks(simd::le(splat(0.4375), a), simd::le(splat(0.6875), a), simd::le(splat(1.1875), a),
-                     simd::le(splat(2.4375), a), &i0, &i1);
+    const simd::VI64 i = ops::count_masks(simd::le(splat(0.4375), a), simd::le(splat(0.6875), a),
+                                          simd::le(splat(1.1875), a), simd::le(splat(2.4375), a));
     V c[6];
-    ops::gather6(kAtanRows, i0, i1, c);
+    ops::gather6(kAtanRows, i, c);
     return {(a * c[0] + c[1]) / (a * c[2] + c[3]), c[4], c[5]};
 }
 inline DdV atan_core(V a0) {
@@ -249,7 +246,7 @@ inline DdV half_exp(V a) {
     const V n = t - splat(kShiftD);
     const V r = (n * splat(kNegLn2by64Hi) + a) + n * splat(kNegLn2by64Lo);
     V th, tl;
-    orv::vec::gather::pairs(kExp64D, _mm_castpd_si128(t), 63, &th, &tl);
+    orv::vec::gather::pairs(kExp64D, simd::as<simd::VI64>(t), 63, &th, &tl);
     const V p = (((r * splat(kE6) + splat(kE5)) * r + splat(kE4)) * r + splat(kE3)) * r * r * r +
                 r * r * splat(0.5) + r;
     V e;
@@ -351,6 +348,6 @@ int32_t acosh_s(const float* x, float* r);
 int32_t atanh_s(const float* x, float* r);
 
 // Scalar use of a register core: x in both lanes, lane 0 back.
-inline double lane0(V v) { return _mm_cvtsd_f64(v); }
+inline double lane0(V v) { return v[0]; }
 
 }  // namespace orv::atrig

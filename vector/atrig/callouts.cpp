@@ -39,7 +39,7 @@ inline bool unit_domain(double x, double* r, int32_t* st) {
 double atan2_any(double y, double x, bool pi) {
     const double half = pi ? 0.5 : kPio2Hi, whole = pi ? 1.0 : kPiHi;
     const double quarter = pi ? 0.25 : kAtanOneHi, three = pi ? 0.75 : 2.356194490192345;
-    if (is_nan(x) || is_nan(y)) return x + y;
+    if (is_nan(x) || is_nan(y)) return orv::vec::simd::first_nan(x, x + y);  // whatever the operand order
     const bool neg_x = std::signbit(x);
     if (y == 0.0) return cs(neg_x ? whole : 0.0, y);
     if (x == 0.0) return cs(half, y);

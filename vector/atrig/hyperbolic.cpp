@@ -44,8 +44,8 @@ struct TanhD : Base<double> {
 struct TanhS : Base<float> {
     static constexpr bool kSpecial = false;
     static V half(V x) { return ops::xor_sign(tanh_light(ops::abs_of(x)), x); }
-    static __m128 fastv(__m128 x) {
-        const __m128 r = ops::narrow(half(ops::widen_lo(x)), half(ops::widen_hi(x)));
+    static simd::VF fastv(simd::VF x) {
+        const simd::VF r = simd::narrow(half(simd::widen_lo(x)), half(simd::widen_hi(x)));
         return simd::select(simd::unord(x, x), x + x, r);
     }
 };

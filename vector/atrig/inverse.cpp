@@ -21,16 +21,16 @@ struct Base {
 
 // A NaN lane gives x + x (quiet), other lanes r.
 inline V nan_fix(V x, V r) { return simd::select(simd::unord(x, x), x + x, r); }
-inline __m128 nan_fix(__m128 x, __m128 r) { return simd::select(simd::unord(x, x), x + x, r); }
+inline simd::VF nan_fix(simd::VF x, simd::VF r) { return simd::select(simd::unord(x, x), x + x, r); }
 
 // A single kernel from a double one: both halves widened, rounded once.
 template <V (*F)(V)>
-inline __m128 via_double(__m128 x) {
-    return ops::narrow(F(ops::widen_lo(x)), F(ops::widen_hi(x)));
+inline simd::VF via_double(simd::VF x) {
+    return simd::narrow(F(simd::widen_lo(x)), F(simd::widen_hi(x)));
 }
 template <V (*F)(V, V)>
-inline __m128 via_double2(__m128 y, __m128 x) {
-    return ops::narrow(F(ops::widen_lo(y), ops::widen_lo(x)), F(ops::widen_hi(y), ops::widen_hi(x)));
+inline simd::VF via_double2(simd::VF y, simd::VF x) {
+    return simd::narrow(F(simd::widen_lo(y), simd::widen_lo(x)), F(simd::widen_hi(y), simd::widen_hi(x)));
 }
 
 // ---- the register functions, double ----
@@ -77,8 +77,8 @@ inline V atan2_special(V y, V x) {
     const uint32_t lo = 0x20B00000u, span = 0x5F300000u - 0x20B00000u;
     return simd::bor(simd::outside(ops::abs_of(y), lo, span), simd::outside(ops::abs_of(x), lo, span));
 }
-inline __m128 zero_inf_nan(__m128 x) {
-    const __m128 ax = simd::bandnot(simd::Reg<float>::bits(0x80000000u), x);
+inline simd::VF zero_inf_nan(simd::VF x) {
+    const simd::VF ax = simd::bandnot(simd::Reg<float>::bits(0x80000000u), x);
     return simd::outside(ax, 1, 0x7F7FFFFFu);  // bits 0 or from 0x7F800000
 }
 
@@ -92,7 +92,7 @@ struct NoStatusD : Base<double> {
 template <V (*F)(V)>
 struct NoStatusS : Base<float> {
     static constexpr bool kSpecial = false;
-    static __m128 fastv(__m128 x) { return nan_fix(x, via_double<F>(x)); }
+    static simd::VF fastv(simd::VF x) { return nan_fix(x, via_double<F>(x)); }
 };
 
 // |x| >= 1 and non-finite lanes go to the callout (status 1 beyond 1).
@@ -104,8 +104,8 @@ struct UnitD : Base<double> {
 };
 template <V (*F)(V), int32_t (*C)(double, double*)>
 struct UnitS : Base<float> {
-    static __m128 fastv(__m128 x) { return via_double<F>(x); }
-    static int special_lanes(__m128 x) { return bits::above(x, 0x3F800000); }
+    static simd::VF fastv(simd::VF x) { return via_double<F>(x); }
+    static int special_lanes(simd::VF x) { return bits::above(x, 0x3F800000); }
     static int32_t callout(float x, float* r) {
         double d;
         const int32_t st = C(x, &d);
@@ -130,8 +130,8 @@ struct Atan2D : Base<double> {
 template <V (*F)(V, V), int32_t (*C)(double, double, double*)>
 struct Atan2S : Base<float> {
     static constexpr int kArity = 2;
-    static __m128 fastv(__m128 y, __m128 x) { return via_double2<F>(y, x); }
-    static __m128 specialv(__m128 y, __m128 x) { return simd::bor(zero_inf_nan(y), zero_inf_nan(x)); }
+    static simd::VF fastv(simd::VF y, simd::VF x) { return via_double2<F>(y, x); }
+    static simd::VF specialv(simd::VF y, simd::VF x) { return simd::bor(zero_inf_nan(y), zero_inf_nan(x)); }
     static bool special(float y, float x) {
         const auto out = [](float v) { return (orv::vec::bits(v) & 0x7FFFFFFFu) - 1u >= 0x7F7FFFFFu; };
         return out(y) || out(x);

@@ -3,15 +3,17 @@
 // plain scalar meaning.
 #pragma once
 
-#include <emmintrin.h>
-
 #include <cstdint>
+
+#include "vector/simd/vec.h"
 
 namespace orv::vec::power_ops {
 
+namespace simd = orv::vec::simd;
+
 // The correctly rounded square root of x (IEEE 754 sqrt), without the C
 // library's errno path.
-inline double sqrt(double x) { return _mm_cvtsd_f64(_mm_sqrt_sd(_mm_setzero_pd(), _mm_set_sd(x))); }
+inline double sqrt(double x) { return simd::sqrt(x); }
 
 // x is an integer (finite x only): x == trunc(x). The largest doubles are
 // all integers.
@@ -33,36 +35,32 @@ inline bool is_odd_integer(double x) {
 
 namespace orv::vec::power_ops {
 
-// ---- on SSE2 registers of two doubles ----
+// ---- on registers of doubles of the vocabulary's width ----
+
+using simd::VD;
+using simd::VF;
+using simd::VI64;
+using simd::VU64;
 
 // The 64-bit integer lanes of a register, and back (bit casts).
-inline __m128i ibits(__m128d x) { return _mm_castpd_si128(x); }
-inline __m128d dbits(__m128i x) { return _mm_castsi128_pd(x); }
-// a - b, a + b, a & b and a >> s (logical) on 64-bit lanes.
-inline __m128i sub64(__m128i a, __m128i b) { return _mm_sub_epi64(a, b); }
-inline __m128i add64(__m128i a, __m128i b) { return _mm_add_epi64(a, b); }
-inline __m128i and64(__m128i a, uint64_t m) { return _mm_and_si128(a, _mm_set1_epi64x(int64_t(m))); }
-inline __m128i splat64(uint64_t v) { return _mm_set1_epi64x(int64_t(v)); }
+inline VI64 ibits(VD x) { return simd::as<VI64>(x); }
+inline VD dbits(VI64 x) { return simd::as<VD>(x); }
+// a - b, a + b (both modulo 2^64), a & m and a >> s (logical) on 64-bit lanes.
+inline VI64 sub64(VI64 a, VI64 b) { return simd::as<VI64>(simd::as<VU64>(a) - simd::as<VU64>(b)); }
+inline VI64 add64(VI64 a, VI64 b) { return simd::as<VI64>(simd::as<VU64>(a) + simd::as<VU64>(b)); }
+inline VI64 and64(VI64 a, uint64_t m) { return a & int64_t(m); }
+inline VI64 splat64(uint64_t v) { return simd::fill<VI64>(int64_t(v)); }
 template <int S>
-inline __m128i srl64(__m128i a) { return _mm_srli_epi64(a, S); }
-// double(int64_t(t) >> 52) for each lane: the arithmetic shift of the
-// high word by 20, converted.
-inline __m128d sar52_to_double(__m128i t) {
-    const __m128i hi = _mm_srai_epi32(t, 20);
-    return _mm_cvtepi32_pd(_mm_shuffle_epi32(hi, _MM_SHUFFLE(3, 3, 3, 1)));
-}
-// double(int32_t(t >> 32)) for each 64-bit lane: the high words, converted.
-inline __m128d hi_words_to_double(__m128i t) {
-    return _mm_cvtepi32_pd(_mm_shuffle_epi32(t, _MM_SHUFFLE(3, 3, 3, 1)));
-}
-// Rows of three doubles by the low 32 bits of each 64-bit lane of idx.
-inline void gather3(const double (*table)[3], __m128i idx, __m128d* c0, __m128d* c1, __m128d* c2) {
-    const int j0 = _mm_cvtsi128_si32(idx);
-    const int j1 = _mm_cvtsi128_si32(_mm_unpackhi_epi64(idx, idx));
-    const __m128d a01 = _mm_loadu_pd(table[j0]), b01 = _mm_loadu_pd(table[j1]);
-    *c0 = _mm_unpacklo_pd(a01, b01);
-    *c1 = _mm_unpackhi_pd(a01, b01);
-    *c2 = _mm_loadh_pd(_mm_load_sd(table[j0] + 2), table[j1] + 2);
+inline VI64 srl64(VI64 a) { return simd::as<VI64>(simd::as<VU64>(a) >> S); }
+// double(int64_t(t) >> 52) for each lane (exact).
+inline VD sar52_to_double(VI64 t) { return simd::small_int_to_double(t >> 52); }
+// double(int32_t(t >> 32)) for each 64-bit lane: the high words (exact).
+inline VD hi_words_to_double(VI64 t) { return simd::small_int_to_double(t >> 32); }
+// Rows of three doubles by each lane of idx: {c0, c1, c2} = table[idx].
+inline void gather3(const double (*table)[3], VI64 idx, VD* c0, VD* c1, VD* c2) {
+    *c0 = simd::gather<3>(&table[0][0], idx);
+    *c1 = simd::gather<3>(&table[0][1], idx);
+    *c2 = simd::gather<3>(&table[0][2], idx);
 }
 // Dekker's exact product: a b = hi + *lo (no overflow or underflow), on a
 // double or on each lane of a register.
@@ -80,34 +78,20 @@ inline V two_prod(V a, V b, V* lo) {
 // shifted into the exponent field (k << 52, two's complement), so that a
 // result is scaled by 2^k by adding *k52 to its bits. Scalar meaning:
 // k = floor(e / 3), taken here as trunc((e + 1023 + 2046.5) / 3) - 1023.
-inline __m128d thirds(__m128d x, __m128i* k52) {
-    const __m128i eb = _mm_srli_epi32(_mm_shuffle_epi32(ibits(x), _MM_SHUFFLE(3, 3, 3, 1)), 20);
-    const __m128d q = (_mm_cvtepi32_pd(eb) + 2046.5) * (1.0 / 3.0);
-    const __m128i k = _mm_sub_epi32(_mm_cvttpd_epi32(q), _mm_set1_epi32(1023));
-    *k52 = _mm_slli_epi64(_mm_unpacklo_epi32(k, _mm_srai_epi32(k, 31)), 52);
+inline VD thirds(VD x, VI64* k52) {
+    const VD q = (simd::small_int_to_double(ibits(x) >> 52) + 2046.5) * (1.0 / 3.0);
+    const VI64 k = simd::trunc_small(q) - 1023;
+    *k52 = simd::as<VI64>(simd::as<VU64>(k) << 52);
     return dbits(sub64(ibits(x), add64(add64(*k52, *k52), *k52)));
 }
-// All ones in the lanes holding a zero, a denormal, an infinity or a NaN.
-inline __m128d not_normal(__m128d x) {
-    const __m128i hi = _mm_and_si128(_mm_shuffle_epi32(ibits(x), _MM_SHUFFLE(3, 3, 1, 1)),
-                                     _mm_set1_epi32(0x7FFFFFFF));
-    const __m128i t = _mm_xor_si128(_mm_sub_epi32(hi, _mm_set1_epi32(0x00100000)),
-                                    _mm_set1_epi32(int(0x80000000u)));
-    return dbits(_mm_cmpgt_epi32(t, _mm_set1_epi32(int((0x7FE00000u - 1) ^ 0x80000000u))));
-}
 // The sign bits of x, and |x|.
-inline __m128d sign_of(__m128d x) { return _mm_and_pd(x, dbits(splat64(0x8000000000000000ull))); }
-inline __m128d abs_of(__m128d x) { return _mm_andnot_pd(dbits(splat64(0x8000000000000000ull)), x); }
-
-// Lanes 0, 1 and lanes 2, 3 of a float register as doubles, and back.
-inline __m128d widen_lo(__m128 x) { return _mm_cvtps_pd(x); }
-inline __m128d widen_hi(__m128 x) { return _mm_cvtps_pd(_mm_movehl_ps(x, x)); }
-inline __m128 narrow(__m128d lo, __m128d hi) { return _mm_movelh_ps(_mm_cvtpd_ps(lo), _mm_cvtpd_ps(hi)); }
+inline VD sign_of(VD x) { return dbits(ibits(x) & int64_t(0x8000000000000000ull)); }
+inline VD abs_of(VD x) { return dbits(ibits(x) & int64_t(0x7FFFFFFFFFFFFFFFull)); }
+// All ones in the lanes holding a zero, a denormal, an infinity or a NaN.
+inline VD not_normal(VD x) { return simd::outside(abs_of(x), 0x00100000u, 0x7FE00000u); }
 
 // v 2^n with n in bits 6 to 17 of the lanes of t (two's complement), added
 // to the exponent field: v and the result in the normal range.
-inline __m128d scale_by_t(__m128d v, __m128i t) {
-    return dbits(add64(ibits(v), _mm_slli_epi64(and64(t, 0x3FFC0), 46)));
-}
+inline VD scale_by_t(VD v, VI64 t) { return dbits(add64(ibits(v), simd::as<VI64>(simd::as<VU64>(and64(t, 0x3FFC0)) << 46))); }
 
 }  // namespace orv::vec::power_ops

@@ -77,7 +77,7 @@ int32_t pow_callout(T xt, T yt, T* r) {
         return kOk;
     }
     if (std::isnan(x) || std::isnan(y)) {
-        *r = xt + yt;
+        *r = orv::vec::simd::first_nan(xt, xt + yt);  // the first NaN, whichever operand order the compiler picks
         return kOk;
     }
     const double ax = std::fabs(x);
@@ -115,7 +115,7 @@ template <typename T>
 int32_t powr_callout(T xt, T yt, T* r) {
     const double x = xt, y = yt;
     if (std::isnan(x) || std::isnan(y)) {  // powr(1, NaN) = 1, as pow has it
-        *r = x == 1.0 ? T(1) : xt + yt;
+        *r = x == 1.0 ? T(1) : orv::vec::simd::first_nan(xt, xt + yt);
         return kOk;
     }
     if (x < 0) {
@@ -152,20 +152,20 @@ bool pow_special(T x, T y) {
     return log2_bound(double(x), double(y)) > 125.0;
 }
 
-// The same test on a register of two doubles, all ones in the flagged
+// The same test on a register of doubles, all ones in the flagged
 // lanes; log2 x is bounded from the high word of bits(x) - bits(1), which
 // is log2 x to within 0.0862 in units of 2^-20.
-inline __m128d pow_special_v(__m128d x, __m128d y) {
+inline orv::vec::simd::VD pow_special_v(orv::vec::simd::VD x, orv::vec::simd::VD y) {
     namespace sd = orv::vec::simd;
-    const __m128d bad_x = sd::outside(x, 0x00100000u, 0x7FE00000u);
-    const __m128d bad_y = sd::outside(sd::band(y, orv::vec::simd::Reg<double>::bits(0x7FFFFFFFFFFFFFFFull)),
+    const auto bad_x = sd::outside(x, 0x00100000u, 0x7FE00000u);
+    const auto bad_y = sd::outside(sd::band(y, orv::vec::simd::Reg<double>::bits(0x7FFFFFFFFFFFFFFFull)),
                                       0u, 0x7FF00000u);
-    const __m128d a = orv::vec::power_ops::hi_words_to_double(
+    const auto a = orv::vec::power_ops::hi_words_to_double(
                           orv::vec::power_ops::sub64(orv::vec::power_ops::ibits(x),
                                                      orv::vec::power_ops::splat64(0x3FF0000000000000ull))) *
                       orv::vec::bitops::splat(0x1p-20);
-    const __m128d abs = orv::vec::simd::Reg<double>::bits(0x7FFFFFFFFFFFFFFFull);
-    const __m128d bound = sd::band(y, abs) * (sd::band(a, abs) + orv::vec::bitops::splat(0.0862));
+    const auto abs = orv::vec::simd::Reg<double>::bits(0x7FFFFFFFFFFFFFFFull);
+    const auto bound = sd::band(y, abs) * (sd::band(a, abs) + orv::vec::bitops::splat(0.0862));
     return sd::bor(sd::bor(bad_x, bad_y), sd::lt(orv::vec::bitops::splat(1000.0), bound));
 }
 
@@ -180,17 +180,19 @@ struct PowBase {
     static int32_t callout(T x, T y, T* r) { return Callout(x, y, r); }
 };
 
-// The double block step on a register of two lanes: the same operations
+// The double block step on a register of doubles: the same operations
 // as pow_pos, in the same order, so the lanes agree bit for bit with it.
 namespace po = orv::vec::power_ops;
-using V2 = __m128d;
+using V2 = orv::vec::simd::VD;
+using orv::vec::simd::VF;
+namespace simd = orv::vec::simd;
 inline V2 splat(double v) { return orv::vec::bitops::splat(v); }
 
 inline V2 ln_acc_v(V2 x, V2* lo) {
     using namespace orv::explog;
-    const __m128i ix = po::ibits(x);
-    const __m128i tmp = po::sub64(ix, po::splat64(kLogBase));
-    const __m128i idx = po::and64(po::srl64<45>(tmp), 127);
+    const po::VI64 ix = po::ibits(x);
+    const po::VI64 tmp = po::sub64(ix, po::splat64(kLogBase));
+    const po::VI64 idx = po::and64(po::srl64<45>(tmp), 127);
     const V2 dk = po::sar52_to_double(tmp);
     const V2 z = po::dbits(po::sub64(ix, po::and64(tmp, 0xFFF0000000000000ull)));
     V2 rc, l1, l2;
@@ -229,7 +231,7 @@ inline V2 pow_pos_v(V2 x, V2 y) {
     const V2 t = h * splat(kInvLn2x64) + splat(kShiftD);
     const V2 k = t - splat(kShiftD);
     const V2 r = ((k * splat(kNegLn2by64Hi) + h) + k * splat(kNegLn2by64Lo)) + e;
-    const __m128i ti = po::ibits(t);
+    const po::VI64 ti = po::ibits(t);
     V2 thi, tlo;
     orv::vec::gather::pairs(kExp64D, ti, 63, &thi, &tlo);
     const V2 c = kDeg5 ? (r * splat(kE6) + splat(kE5)) : splat(kE5);
@@ -245,13 +247,13 @@ struct PowD : PowBase<double, pow_callout<double>> {
 // Single on registers: each half widened to double, ln x in double-double,
 // y ln x as two plain products (2^-45 at most off, against the 2^-24 of a
 // float), the exponential in double, one rounding to float.
-inline __m128 pow_s_v(__m128 x, __m128 y) {
-    return po::narrow(pow_pos_v<true, false>(po::widen_lo(x), po::widen_lo(y)),
-                      pow_pos_v<true, false>(po::widen_hi(x), po::widen_hi(y)));
+inline VF pow_s_v(VF x, VF y) {
+    return simd::narrow(pow_pos_v<true, false>(simd::widen_lo(x), simd::widen_lo(y)),
+                      pow_pos_v<true, false>(simd::widen_hi(x), simd::widen_hi(y)));
 }
 
 struct PowS : PowBase<float, pow_callout<float>> {
-    static __m128 fastv(__m128 x, __m128 y) { return pow_s_v(x, y); }
+    static VF fastv(VF x, VF y) { return pow_s_v(x, y); }
 };
 struct PowrD : PowBase<double, powr_callout<double>> {
     static V2 specialv(V2 x, V2 y) { return pow_special_v(x, y); }
@@ -259,7 +261,7 @@ struct PowrD : PowBase<double, powr_callout<double>> {
     static V2 fastv(V2 x, V2 y) { return pow_pos_v<true>(x, y); }
 };
 struct PowrS : PowBase<float, powr_callout<float>> {
-    static __m128 fastv(__m128 x, __m128 y) { return pow_s_v(x, y); }
+    static VF fastv(VF x, VF y) { return pow_s_v(x, y); }
 };
 
 // Cheaper steps of Powx. Double LA: the exponential's polynomial one
@@ -277,15 +279,15 @@ struct PowxEpD : PowBase<double, pow_callout<double>> {
 };
 // Single LA and EP: the shorter exponential polynomial as well (0.5 ulp
 // measured either way; the two tiers share this step).
-inline __m128 pow_s_v_short(__m128 x, __m128 y) {
-    return po::narrow(pow_pos_v<false, false>(po::widen_lo(x), po::widen_lo(y)),
-                      pow_pos_v<false, false>(po::widen_hi(x), po::widen_hi(y)));
+inline VF pow_s_v_short(VF x, VF y) {
+    return simd::narrow(pow_pos_v<false, false>(simd::widen_lo(x), simd::widen_lo(y)),
+                      pow_pos_v<false, false>(simd::widen_hi(x), simd::widen_hi(y)));
 }
 struct PowxLaS : PowS {
-    static __m128 fastv(__m128 x, __m128 y) { return pow_s_v_short(x, y); }
+    static VF fastv(VF x, VF y) { return pow_s_v_short(x, y); }
 };
 struct PowxEpS : PowS {
-    static __m128 fastv(__m128 x, __m128 y) { return pow_s_v_short(x, y); }
+    static VF fastv(VF x, VF y) { return pow_s_v_short(x, y); }
 };
 
 // Powx: blocks of 16 elements, the block step on every lane, then the

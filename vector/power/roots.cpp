@@ -115,7 +115,7 @@ int32_t hypot_callout(T xt, T yt, T* r) {
         return kOk;
     }
     if (std::isnan(x) || std::isnan(y)) {
-        *r = xt + yt;
+        *r = orv::vec::simd::first_nan(xt, xt + yt);  // the first NaN, whichever operand order the compiler picks
         return kOk;
     }
     double ax = std::fabs(x), ay = std::fabs(y);
@@ -157,25 +157,25 @@ struct UnaryBase {
 template <typename T>
 inline T with_sign(double v, T x) { return T(x < 0 ? -v : v); }
 
-// The double block steps on registers of two lanes, the same operations as
+// The double block steps on registers of doubles, the same operations as
 // the scalar cores in the same order.
 namespace po = orv::vec::power_ops;
-using V2 = __m128d;
+using V2 = orv::vec::simd::VD;
 inline V2 cbrt_v(V2 x) {
-    __m128i k52;
+    po::VI64 k52;
     const V2 m = po::thirds(po::abs_of(x), &k52);
     const V2 t = inv_cbrt_start(m);
     const V2 c = cbrt_fix(m, m * t * t);
     return orv::vec::simd::bor(po::dbits(po::add64(po::ibits(c), k52)), po::sign_of(x));
 }
 inline V2 inv_cbrt_v(V2 x) {
-    __m128i k52;
+    po::VI64 k52;
     const V2 m = po::thirds(po::abs_of(x), &k52);
     const V2 t = inv_cbrt_fix(m, inv_cbrt_start(m));
     return orv::vec::simd::bor(po::dbits(po::sub64(po::ibits(t), k52)), po::sign_of(x));
 }
 inline V2 pow2o3_v(V2 x) {
-    __m128i k52;
+    po::VI64 k52;
     const V2 m = po::thirds(po::abs_of(x), &k52);
     const V2 t = inv_cbrt_start(m);
     const V2 c = m * t * t;

@@ -80,7 +80,7 @@ inline VF sqrt(VF a) {
 #elif ORV_SIMD_BYTES == 32
     return _mm256_sqrt_ps(a);
 #else
-    return _mm512_sqrt_ps(a);
+    return _mm512_mask_sqrt_ps(a, __mmask16(0xFFFF), a);  // every lane; see the gathers below
 #endif
 }
 inline VD sqrt(VD a) {
@@ -89,7 +89,24 @@ inline VD sqrt(VD a) {
 #elif ORV_SIMD_BYTES == 32
     return _mm256_sqrt_pd(a);
 #else
-    return _mm512_sqrt_pd(a);
+    return _mm512_mask_sqrt_pd(a, __mmask8(0xFF), a);
+#endif
+}
+
+// The correctly rounded square root of one double (IEEE 754 sqrt), without
+// the C library's errno path.
+inline double sqrt(double x) { return _mm_cvtsd_f64(_mm_sqrt_sd(_mm_setzero_pd(), _mm_set_sd(x))); }
+
+// int64(trunc(x)) in each lane, for |x| < 2^31 (the conversion that
+// truncates whatever the rounding mode).
+inline VI64 trunc_small(VD x) {
+#if ORV_SIMD_BYTES == 16
+    const __m128i k = _mm_cvttpd_epi32(x);
+    return (VI64)_mm_unpacklo_epi32(k, _mm_srai_epi32(k, 31));
+#elif ORV_SIMD_BYTES == 32
+    return (VI64)_mm256_cvtepi32_epi64(_mm256_cvttpd_epi32(x));
+#else
+    return (VI64)_mm512_cvtepi32_epi64(_mm512_cvttpd_epi32(x));
 #endif
 }
 
@@ -121,7 +138,7 @@ inline VI32 high_words(VI32 v) {
 #elif ORV_SIMD_BYTES == 32
     return (VI32)_mm256_shuffle_epi32((__m256i)v, _MM_SHUFFLE(3, 3, 1, 1));
 #else
-    return (VI32)_mm512_shuffle_epi32((__m512i)v, _MM_PERM_DDBB);
+    return (VI32)_mm512_mask_shuffle_epi32((__m512i)v, __mmask16(0xFFFF), (__m512i)v, _MM_PERM_DDBB);
 #endif
 }
 
@@ -216,6 +233,29 @@ inline VF to_float(VI32 k) { return __builtin_convertvector(k, VF); }
 inline VDW widen(VF x) { return __builtin_convertvector(x, VDW); }
 inline VF narrow(VDW x) { return __builtin_convertvector(x, VF); }
 
+// The low and high halves of a float register widened to double registers
+// (scalar: lo[i] = double(x[i]), hi[i] = double(x[i + W/2]) for W float
+// lanes), and two double registers rounded once to one float register
+// (scalar: r[i] = float(lo[i]), r[i + W/2] = float(hi[i])).
+using VFHalf = float __attribute__((vector_size(kBytes / 2)));
+inline VD widen_lo(VF x) {
+    VFHalf h;
+    __builtin_memcpy(&h, &x, sizeof h);
+    return __builtin_convertvector(h, VD);
+}
+inline VD widen_hi(VF x) {
+    VFHalf h;
+    __builtin_memcpy(&h, reinterpret_cast<const char*>(&x) + sizeof h, sizeof h);
+    return __builtin_convertvector(h, VD);
+}
+inline VF narrow(VD lo, VD hi) {
+    const VFHalf l = __builtin_convertvector(lo, VFHalf), h = __builtin_convertvector(hi, VFHalf);
+    VF r;
+    __builtin_memcpy(&r, &l, sizeof l);
+    __builtin_memcpy(reinterpret_cast<char*>(&r) + sizeof l, &h, sizeof h);
+    return r;
+}
+
 // ---- gathers ----
 
 // Lanes of base[idx * Stride], for 32-bit (float) or 64-bit (double) index
@@ -225,7 +265,9 @@ inline VF gather(const float* base, VI32 idx) {
 #if ORV_SIMD_BYTES == 32
     return _mm256_i32gather_ps(base, (__m256i)(idx * Stride), 4);
 #elif ORV_SIMD_BYTES == 64
-    return _mm512_i32gather_ps((__m512i)(idx * Stride), base, 4);
+    // The masked form with a zero source: the plain one starts from an
+    // undefined register, which GCC 12 reports as uninitialised.
+    return _mm512_mask_i32gather_ps(_mm512_setzero_ps(), __mmask16(0xFFFF), (__m512i)(idx * Stride), base, 4);
 #else
     VF v;
     for (int l = 0; l < 4; ++l) v[l] = base[idx[l] * Stride];
@@ -237,7 +279,7 @@ inline VD gather(const double* base, VI64 idx) {
 #if ORV_SIMD_BYTES == 32
     return _mm256_i64gather_pd(base, (__m256i)(idx * Stride), 8);
 #elif ORV_SIMD_BYTES == 64
-    return _mm512_i64gather_pd((__m512i)(idx * Stride), base, 8);
+    return _mm512_mask_i64gather_pd(_mm512_setzero_pd(), __mmask8(0xFF), (__m512i)(idx * Stride), base, 8);
 #else
     VD v;
     v[0] = base[idx[0] * Stride];

@@ -2,8 +2,6 @@
 // and the callouts share the code of trig_internal.h; the special mask
 // holds only the non-finite lanes (infinity: NaN and status 1; NaN: x * x,
 // no status), since the large-argument reduction runs inside the block.
-#include <emmintrin.h>
-
 #include <limits>
 
 #include "vector/block_driver.h"
@@ -47,9 +45,10 @@ struct TrigBase {
 
 template <Fn F>
 struct SingleK : TrigBase<float> {
-    using V = __m128;
+    using V = orv::vec::simd::VF;
     static V fastv(V x) {
-        return ops::narrow(single_path<F>(ops::widen_lo(x)), single_path<F>(ops::widen_hi(x)));
+        namespace simd = orv::vec::simd;
+        return simd::narrow(single_path<F>(simd::widen_lo(x)), single_path<F>(simd::widen_hi(x)));
     }
     static int special_lanes(V x) { return bits::above(x, 0x7F7FFFFF); }
     static int32_t callout(float x, float* r) {
@@ -69,7 +68,7 @@ inline auto double_fn(auto x) {
 
 template <Fn F>
 struct DoubleK : TrigBase<double> {
-    using V = __m128d;
+    using V = orv::vec::simd::VD;
     static V fastv(V x) { return double_fn<F>(x); }
     static int special_lanes(V x) { return bits::above(x, 0x7FEFFFFF); }
     static int32_t callout(double x, double* r) {

@@ -1,10 +1,8 @@
 // SinCos in single and double, plain and strided. The shared block driver
 // has one result a lane, so this shape runs its own loop, with the same
-// conventions: 16 lanes a round, tail blocks of 4 (single) or 2 (double)
+// conventions: 16 lanes a round, tail blocks one register wide
 // with the filler, non-finite lanes through the callout in ascending order,
 // a non-zero status reported once for the element with both results.
-#include <emmintrin.h>
-
 #include <cstring>
 
 #include "vector/block_driver.h"
@@ -19,21 +17,23 @@ using orv::vec::kBlock;
 using orv::vec::kFiller;
 
 // Both results from one reduction (double) or from the single path.
-inline void sincos_reg(__m128d x, __m128d* s, __m128d* c) {
+namespace simd = orv::vec::simd;
+
+inline void sincos_reg(simd::VD x, simd::VD* s, simd::VD* c) {
     const auto red = reduce(ops::abs(x));
-    __m128d h, l;
+    simd::VD h, l;
     sin_parts(red, red.j, &h, &l);
     *s = ops::xor_sign(h + l, x);
-    sin_parts(red, add_rows<__m128d>(red.j, 128), &h, &l);
+    sin_parts(red, add_rows<simd::VD>(red.j, 128), &h, &l);
     *c = h + l;
 }
-inline void sincos_reg(__m128 x, __m128* s, __m128* c) {
-    const __m128d lo = ops::widen_lo(x), hi = ops::widen_hi(x);
-    *s = ops::narrow(single_path<Fn::Sin>(lo), single_path<Fn::Sin>(hi));
-    *c = ops::narrow(single_path<Fn::Cos>(lo), single_path<Fn::Cos>(hi));
+inline void sincos_reg(simd::VF x, simd::VF* s, simd::VF* c) {
+    const simd::VD lo = simd::widen_lo(x), hi = simd::widen_hi(x);
+    *s = simd::narrow(single_path<Fn::Sin>(lo), single_path<Fn::Sin>(hi));
+    *c = simd::narrow(single_path<Fn::Cos>(lo), single_path<Fn::Cos>(hi));
 }
-inline int non_finite_lanes(__m128d x) { return bits::above(x, 0x7FEFFFFF); }
-inline int non_finite_lanes(__m128 x) { return bits::above(x, 0x7F7FFFFF); }
+inline uint32_t non_finite_lanes(simd::VD x) { return bits::above(x, 0x7FEFFFFF); }
+inline uint32_t non_finite_lanes(simd::VF x) { return bits::above(x, 0x7F7FFFFF); }
 
 // Infinity: NaN in both, status 1; NaN: x * x in both. Finite values do
 // not reach it.
@@ -67,7 +67,7 @@ struct Args {
 template <int Lanes, typename T, bool Strided>
 inline void block(const Args<T, Strided>& g, long base, int count, const char* name) {
     using R = orv::vec::simd::Reg<T>;
-    alignas(16) T x[Lanes], s[Lanes], c[Lanes];
+    alignas(64) T x[Lanes], s[Lanes], c[Lanes];
     for (int l = 0; l < Lanes; ++l) x[l] = l < count ? g.a[(base + l) * g.inca] : T(kFiller);
     uint32_t mask = 0;
     for (int l = 0; l < Lanes; l += R::kWidth) {

@@ -1,12 +1,12 @@
 // Private pieces of the forward trigonometric kernels: the reductions and
-// the table evaluation, written once for a scalar double and for an SSE2
-// register of two doubles, so that the callouts compute exactly what the
-// block path computes.
+// the table evaluation, written once for a scalar double and for a register
+// of doubles of the vocabulary's width, so that the callouts compute exactly
+// what the block path computes.
 //
 // Double: x = j pi/256 + r, j = round(|x| 256/pi) mod 512, r as hi + lo.
 // Below 2^16 r comes from a four-part Cody-Waite reduction; from 2^16 on
-// (and on every other lane of the register that holds such a lane, except
-// lanes at or below 2^-20, which keep r = |x|) from the Payne-Hanek
+// (and on the other lane of the aligned pair of lanes that holds such a
+// lane, except lanes at or below 2^-20, which keep r = |x|) from the Payne-Hanek
 // product of the mantissa with the bits of 1/(2 pi) that its exponent
 // selects (kReduceD). Then sin(j pi/256 + r) = S + C r + S (cos r - 1) +
 // C (sin r - r) with S, C from kSinCosD; S + C r is formed exactly.
@@ -15,13 +15,13 @@
 // 2/pi), r = |x| - n pi/2 (36-bit head, exact), sin r and cos r by their
 // series to r^11 and r^12 (truncation below 2^-36 on |r| <= pi/4), picked
 // and signed by n mod 4, rounded once to float. From 10000 on, the double
-// path above on the widened value.
+// path above on the widened value, for both lanes of the pair that holds
+// such a lane.
 #pragma once
-
-#include <emmintrin.h>
 
 #include <bit>
 #include <cstdint>
+#include <cstring>
 #include <type_traits>
 
 #include "vector/common/bits.h"
@@ -50,18 +50,8 @@ inline V k(double v) {
 }
 
 // Row indices: an integer for a scalar, the 64-bit lanes of a register.
-template <bool Scalar>
-struct IdxOf {
-    using type = int64_t;
-};
-template <>
-struct IdxOf<false> {
-    struct type {
-        __m128i v;
-    };
-};
 template <typename V>
-using Idx = typename IdxOf<std::is_same_v<V, double>>::type;
+using Idx = std::conditional_t<std::is_same_v<V, double>, int64_t, orv::vec::simd::VI64>;
 
 template <typename V>
 struct Reduced {
@@ -143,15 +133,22 @@ inline Reduced<V> reduce(V a) {
         out.j = int64_t(std::bit_cast<uint64_t>(t) & 511);
         if (!(a < 65536.0)) reduce_large(a, &out.j, &out.rh, &out.rl);
     } else {
-        out.j = {ops::ibits(t)};
-        if (__builtin_expect(ops::above_hi(a, kLargeHiD) != 0, 0)) {
-            alignas(16) double av[2], rh2[2], rl2[2];
-            int64_t j2[2];
-            ops::store(av, a);
-            for (int l = 0; l < 2; ++l) reduce_large(av[l], &j2[l], &rh2[l], &rl2[l]);
-            out.rh = ops::load(rh2);
-            out.rl = ops::load(rl2);
-            out.j = {ops::make_i64(j2[0], j2[1])};
+        out.j = ops::ibits(t);
+        const uint32_t large = orv::vec::bitops::above(a, kLargeHiD);
+        if (__builtin_expect(large != 0, 0)) {
+            constexpr int W = ops::kLanesD;
+            double av[W], rh2[W], rl2[W];
+            int64_t j2[W];
+            std::memcpy(av, &a, sizeof a);
+            std::memcpy(rh2, &out.rh, sizeof rh2);
+            std::memcpy(rl2, &out.rl, sizeof rl2);
+            std::memcpy(j2, &out.j, sizeof j2);
+            const uint32_t m = ops::pairs_of(large);
+            for (int l = 0; l < W; ++l)
+                if (m >> l & 1) reduce_large(av[l], &j2[l], &rh2[l], &rl2[l]);
+            std::memcpy(&out.rh, rh2, sizeof rh2);
+            std::memcpy(&out.rl, rl2, sizeof rl2);
+            std::memcpy(&out.j, j2, sizeof j2);
         }
     }
     return out;
@@ -163,16 +160,13 @@ inline void row(Idx<V> j, V* sh, V* sl, V* ch, V* cl) {
         const double* p = kSinCosD[j & 511];
         *sh = p[0], *sl = p[1], *ch = p[2], *cl = p[3];
     } else {
-        ops::rows4(kSinCosD, j.v, 511, sh, sl, ch, cl);
+        ops::rows4(kSinCosD, j, 511, sh, sl, ch, cl);
     }
 }
 
 template <typename V>
 inline Idx<V> add_rows(Idx<V> j, int64_t d) {
-    if constexpr (std::is_same_v<V, double>)
-        return j + d;
-    else
-        return {ops::add_i64(j.v, d)};
+    return j + d;
 }
 
 template <typename V>
@@ -261,16 +255,18 @@ inline V single_path(V x) {
             y = q & 1 ? -cr / sr : sr / cr;
         if (!(a < 10000.0)) y = F == Fn::Sin ? sin_d(a) : F == Fn::Cos ? cos_d(a) : tan_d(a);
     } else {
-        const __m128i q = ops::ibits(t);
+        const orv::vec::simd::VI64 q = ops::ibits(t);
         const V odd = ops::bit_mask(q, 0);
         if constexpr (F == Fn::Sin)
             y = ops::xor_sign(ops::select(odd, cr, sr), ops::bit_to_sign(q, 1));
         else if constexpr (F == Fn::Cos)
-            y = ops::xor_sign(ops::select(odd, sr, cr), ops::bit_to_sign(ops::add_i64(q, 1), 1));
+            y = ops::xor_sign(ops::select(odd, sr, cr), ops::bit_to_sign(q + 1, 1));
         else
             y = ops::select(odd, cr, sr) / ops::xor_sign(ops::select(odd, sr, cr), odd);
-        if (__builtin_expect(ops::above_hi(a, kLargeHiS) != 0, 0))
-            y = F == Fn::Sin ? sin_d(a) : F == Fn::Cos ? cos_d(a) : tan_d(a);
+        const uint32_t large = orv::vec::bitops::above(a, kLargeHiS);
+        if (__builtin_expect(large != 0, 0))
+            y = ops::select_lanes(ops::pairs_of(large),
+                                  F == Fn::Sin ? sin_d(a) : F == Fn::Cos ? cos_d(a) : tan_d(a), y);
     }
     return F == Fn::Cos ? y : ops::xor_sign(y, x);
 }
