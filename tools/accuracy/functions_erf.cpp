@@ -176,9 +176,9 @@ std::vector<double> cdf_rows() {
     return v;
 }
 const std::vector<double> kErf = {0.5, -0.5, 6.0, -6.0, 12.0, 0x1p-1000, 0x1p-1022};
-const std::vector<double> kErfc = {0.5, -0.5, 6.0, -6.0, 12.0, 9.19, 10.06, 26.55, 27.3};
+const std::vector<double> kErfc = {0.5, -0.5, 6.0, -6.0, 9.0, 12.0, 9.19, 10.06, 26.55, 27.3};
 const std::vector<double> kErfcx = {0.5, -0.5, 12.0, -9.38, -26.6287, 0x1p500, 4.8e37, 2.5e307};
-const std::vector<double> kCdf = {0.7071067811865476, -0.7071067811865476, -16.97, -13.0, -37.5,
+const std::vector<double> kCdf = {0.7071067811865476, -0.7071067811865476, -16.97, -16.5, -13.0, -12.5, 40.0, -37.5,
                                   -38.4, -40.0};
 const std::vector<double> kErfInv = {0.5, -0.5, 1.0, -1.0, 0x1p-500, 0x1p-1022};
 const std::vector<double> kErfcInv = {0.5, 1.5, 1.0, 2.0, 0x1p-1022, 0x1p-126, 1e-300};

@@ -11,6 +11,7 @@
 
 #include "vector/block_driver.h"
 #include "vector/erf/erf_core.h"
+#include "vector/erf/erf_vec.h"
 
 namespace orv::erfk {
 namespace {
@@ -122,14 +123,50 @@ struct Each {
     static int32_t callout(T x, T* r) { return C(x, r); }
 };
 
-using ErfS = Each<float, erf_c<float>>;
-using ErfD = Each<double, erf_c<double>>;
-using ErfcS = Each<float, erfc_c<float>>;
-using ErfcD = Each<double, erfc_c<double>>;
+// A kernel on whole registers: fastv on every lane, the callout C for the
+// lanes the integer test flags.
+template <typename T_, int32_t (*C)(T_, T_*)>
+struct Blocked {
+    using T = T_;
+    using V = orv::vec::simd::VOf<T>;
+    static constexpr int kArity = 1;
+    static constexpr bool kReadsMode = true;
+    static constexpr bool kSpecial = true;
+    static constexpr bool kDivisorTest = false;
+    static int32_t callout(T x, T* r) { return C(x, r); }
+};
+
+// Callouts: non-finite and |x| below 2^-1000 (2^-125 single: the result
+// may be denormal).
+struct ErfD : Blocked<double, erf_c<double>> {
+    static V fastv(V x) { return v::erf_d(x); }
+    static int special_lanes(V x) { return v::abs_hw_ge(x, 0x7FF00000) | v::abs_hw_lt(x, 0x01700000); }
+};
+struct ErfS : Blocked<float, erf_c<float>> {
+    static V fastv(V x) { return v::on_halves<v::erf_d>(x); }
+    static int special_lanes(V x) { return v::abs_ge(x, 0x7F800000) | v::abs_lt(x, 0x01000000); }
+};
+// Callouts: non-finite and x >= 12 (9 single, past which the result
+// nears the denormals).
+struct ErfcD : Blocked<double, erfc_c<double>> {
+    static V fastv(V x) { return v::erfc_d(x); }
+    static int special_lanes(V x) { return v::abs_hw_ge(x, 0x7FF00000) | v::hw_ge(x, 0x40280000); }
+};
+struct ErfcS : Blocked<float, erfc_c<float>> {
+    static V fastv(V x) { return v::on_halves<v::erfc_d>(x); }
+    static int special_lanes(V x) { return v::abs_ge(x, 0x7F800000) | v::ge(x, 0x41100000); }
+};
 using ErfcxS = Each<float, erfcx_c<float>>;
 using ErfcxD = Each<double, erfcx_c<double>>;
-using CdfNormS = Each<float, cdfnorm_c<float>>;
-using CdfNormD = Each<double, cdfnorm_c<double>>;
+// Callouts: non-finite and x <= -16.5 (-12.5 single).
+struct CdfNormD : Blocked<double, cdfnorm_c<double>> {
+    static V fastv(V x) { return v::cdfnorm_d(x); }
+    static int special_lanes(V x) { return v::abs_hw_ge(x, 0x7FF00000) | v::hw_uge(x, 0xC0308000u); }
+};
+struct CdfNormS : Blocked<float, cdfnorm_c<float>> {
+    static V fastv(V x) { return v::on_halves<v::cdfnorm_d>(x); }
+    static int special_lanes(V x) { return v::abs_ge(x, 0x7F800000) | v::uge(x, 0xC1480000u); }
+};
 // Single ErfInv: the double guess rounded to single is within 1 ULP (full
 // guess) or 4 ULP (LA guess); the EP guess is good to 2^-14.
 using ErfInvSLa = Each<float, erfinv_c<float, 1, false>>;

@@ -1,0 +1,187 @@
+// Vector form of the scalar core (erf_core.h) on double registers of the
+// vocabulary's width: the same operations in the same order, so that each
+// lane rounds as the scalar routine does. erfc(z) for 1/2 <= z < 12 is
+// exp(-z^2) erfcx(z), the erfcx row picked per lane by floor(8 z) and its
+// twelve coefficients gathered; erf about zero is z + z P(z^2). The single
+// kernels run these on the two double halves of a float register.
+#pragma once
+
+#include <cstring>
+
+#include "vector/common/bits.h"
+#include "vector/common/dd.h"
+#include "vector/common/gather.h"
+#include "vector/common/poly.h"
+#include "vector/erf/erf_core.h"
+#include "vector/simd/vec.h"
+
+namespace orv::erfk::v {
+
+namespace simd = orv::vec::simd;
+namespace gather = orv::vec::gather;
+namespace poly = orv::vec::poly;
+using orv::vec::bitops::splat;
+using simd::as;
+using simd::VD;
+using simd::VF;
+using simd::VI32;
+using simd::VI64;
+using simd::VU32;
+
+// The sign bit and the rest of a double lane.
+inline VD sign_of(VD x) { return simd::band(x, as<VD>(simd::fill<VI64>(INT64_MIN))); }
+inline VD abs_of(VD x) { return simd::bandnot(as<VD>(simd::fill<VI64>(INT64_MIN)), x); }
+// lo <= x <= hi lane by lane (a NaN gives hi).
+inline VD clamp(VD x, double lo, double hi) {
+    const VD c = simd::select(simd::lt(x, splat(hi)), x, splat(hi));
+    return simd::select(simd::lt(c, splat(lo)), splat(lo), c);
+}
+
+// The largest double below 12, where the rows end.
+inline constexpr double kRowsEnd = 0x1.7ffffffffffffp+3;
+
+// 2^n for n in the normal exponent range.
+inline VD pow2v(VI64 n) { return as<VD>((n + 1023) << 52); }
+
+// floor(v) for 0 <= v < 2^31: rounded by the shifter, less one where that
+// went up.
+inline VI64 floor_int(VD v) {
+    const VD sh = splat(orv::explog::kShiftD);
+    const VD t = v + sh;
+    return (as<VI64>(t) - as<VI64>(sh)) + as<VI64>(simd::lt(v, t - sh));
+}
+
+// A value (hi + lo) 2^n lane by lane.
+struct ScaledV {
+    VD hi, lo;
+    VI64 n;
+};
+
+// exp(ah + al) for |ah| <= 700 (erf_core.h's exp_dd).
+inline ScaledV exp_dd(VD ah, VD al) {
+    using namespace orv::explog;
+    const VD t = ah * splat(kInvLn2x64) + splat(kShiftD);
+    const VD k = t - splat(kShiftD);
+    const VI64 ki = (as<VI64>(t) << 13) >> 13;
+    const VD r = (k * splat(kNegLn2by64Hi) + ah) + (k * splat(kNegLn2by64Lo) + al);
+    const VD q = r + r * r * (splat(0.5) + r * (splat(kE3) + r * (splat(kE4) + r * (splat(kE5) + r * splat(kE6)))));
+    VD th, tl;
+    gather::pairs_of<kExp64D>(ki, 63, &th, &tl);
+    VD lo;
+    const VD hi = dd::fast_two_sum(th, tl + th * q, &lo);
+    return {hi, lo, ki >> 6};
+}
+
+// erfcx(z) as hi + lo for 1/2 <= zh < 12 from the rows of width 1/8.
+inline void erfcx_rows(VD zh, VD zl, VD* hi, VD* lo) {
+    const VI64 j = floor_int(zh * splat(8.0)) - 4;
+    const VD s = (zh - (splat(0.5625) + splat(0.125) * simd::small_int_to_double(j))) + zl;
+    const double* c = &kErfcxRows[0][0];
+    VD q = simd::gather<12>(c + 2, j);
+    for (int i = 3; i < 12; ++i) q = q * s + simd::gather<12>(c + i, j);
+    *hi = dd::fast_two_sum(simd::gather<12>(c, j), simd::gather<12>(c + 1, j) + s * q, lo);
+}
+
+// erfc(z) for 1/2 <= zh < 12 as (hi + lo) 2^n; exp(-z^2) 2^-n in e.
+inline ScaledV erfc_pos(VD zh, VD zl, VD* e = nullptr) {
+    VD pl;
+    const VD p = dd::two_prod(zh, zh, &pl);
+    const ScaledV x = exp_dd(-p, -(pl + splat(2.0) * zh * zl));
+    VD fh, fl;
+    erfcx_rows(zh, zl, &fh, &fl);
+    VD ql;
+    const VD q = dd::two_prod(x.hi, fh, &ql);
+    VD lo;
+    const VD hi = dd::fast_two_sum(q, ql + (x.hi * fl + x.lo * fh), &lo);
+    if (e) *e = x.hi;
+    return {hi, lo, x.n};
+}
+
+// erf(z) - z for |z| < 1/2.
+inline VD erf_small_tail(VD z) { return z * poly::horner(z * z, kErfSmall, splat); }
+
+// 1 - z - tail as hi + lo for |z| < 1/2 (erfc about zero).
+inline VD erfc_small(VD zh, VD zl, VD* lo) {
+    VD se;
+    const VD sh = dd::two_sum(splat(1.0), -zh, &se);
+    return dd::fast_two_sum(sh, (se - zl) - erf_small_tail(zh), lo);
+}
+
+// c - (hi + lo) 2^n rounded once, for erfc(z) below 1/4 of c in {1, 2}.
+inline VD from_const(double c, const ScaledV& m) {
+    const VD s = pow2v(m.n);
+    const VD vh = m.hi * s, vl = m.lo * s;
+    VD se;
+    const VD sh = dd::two_sum(splat(c), -vh, &se);
+    if (c == 1.0) return sh + (se - vl);
+    VD lo;
+    const VD hi = dd::fast_two_sum(sh, se - vl, &lo);
+    return hi + lo;
+}
+
+// erf(x) for 2^-1000 <= |x| and x finite.
+inline VD erf_d(VD x) {
+    const VD ax = abs_of(x);
+    const VD small = x + erf_small_tail(x);
+    const ScaledV m = erfc_pos(clamp(ax, 0.5, 6.0), splat(0.0));
+    const VD big = simd::select(simd::lt(ax, splat(6.0)), from_const(1.0, m), splat(1.0));
+    return simd::select(simd::lt(ax, splat(0.5)), small, simd::bor(big, sign_of(x)));
+}
+
+// erfc(x) for finite x < 12.
+inline VD erfc_d(VD x) {
+    const VD ax = abs_of(x);
+    VD sl;
+    const VD small = erfc_small(x, splat(0.0), &sl) + sl;
+    const ScaledV m = erfc_pos(clamp(ax, 0.5, kRowsEnd), splat(0.0));
+    const VD pos = (m.hi + m.lo) * pow2v(m.n);
+    const VD neg = simd::select(simd::lt(ax, splat(6.0)), from_const(2.0, m), splat(2.0));
+    return simd::select(simd::lt(ax, splat(0.5)), small, simd::select(simd::negative(x), neg, pos));
+}
+
+// Phi(x) = erfc(-x/sqrt 2)/2 for finite x > -16.9, z carried as hi + lo;
+// above 40 (where it is 1) x is taken as 40, so that the split stays finite.
+inline VD cdfnorm_d(VD x_in) {
+    const VD x = simd::select(simd::lt(x_in, splat(40.0)), x_in, splat(40.0));
+    VD pl;
+    const VD p = dd::two_prod(x, splat(kInvSqrt2Hi), &pl);
+    VD zl;
+    const VD zh = dd::fast_two_sum(-p, -(pl + x * splat(kInvSqrt2Lo)), &zl);
+    const VD az = abs_of(zh);
+    VD sl;
+    const VD sh = erfc_small(zh, zl, &sl);
+    const VD small = (sh + sl) * splat(0.5);
+    const VD neg_z = simd::negative(zh);
+    const ScaledV m = erfc_pos(clamp(az, 0.5, kRowsEnd), simd::bxor(zl, sign_of(zh)));
+    const VD pos = (m.hi + m.lo) * pow2v(m.n - 1);
+    const VD neg = simd::select(simd::lt(az, splat(6.0)), from_const(2.0, m), splat(2.0)) * splat(0.5);
+    return simd::select(simd::lt(az, splat(0.5)), small, simd::select(neg_z, neg, pos));
+}
+
+// One bit a lane: the high word of x (signed) at or above b, of |x| at or
+// above b, of |x| below b, and of x (unsigned) at or above b.
+inline uint32_t hw_ge(VD x, int32_t b) { return simd::lanes(as<VD>(as<VI32>(x) > b - 1)); }
+inline uint32_t abs_hw_ge(VD x, int32_t b) { return hw_ge(abs_of(x), b); }
+inline uint32_t abs_hw_lt(VD x, int32_t b) {
+    return simd::lanes(as<VD>((as<VI32>(x) & 0x7FFFFFFF) < b));
+}
+inline uint32_t hw_uge(VD x, uint32_t b) { return simd::lanes(as<VD>(as<VU32>(x) > b - 1)); }
+// The same on the bits of float lanes.
+inline uint32_t ge(VF x, int32_t b) { return simd::lanes(as<VF>(as<VI32>(x) > b - 1)); }
+inline uint32_t abs_ge(VF x, int32_t b) { return simd::lanes(as<VF>((as<VI32>(x) & 0x7FFFFFFF) > b - 1)); }
+inline uint32_t abs_lt(VF x, int32_t b) { return simd::lanes(as<VF>((as<VI32>(x) & 0x7FFFFFFF) < b)); }
+inline uint32_t uge(VF x, uint32_t b) { return simd::lanes(as<VF>(as<VU32>(x) > b - 1)); }
+
+// F on the float lanes widened to double, rounded once on the way back.
+template <VD (*F)(VD)>
+inline VF on_halves(VF x) {
+    simd::VDW w = simd::widen(x);
+    VD h[2];
+    std::memcpy(h, &w, sizeof w);
+    h[0] = F(h[0]);
+    h[1] = F(h[1]);
+    std::memcpy(&w, h, sizeof w);
+    return simd::narrow(w);
+}
+
+}  // namespace orv::erfk::v
