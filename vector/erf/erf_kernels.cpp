@@ -125,12 +125,12 @@ struct Each {
 
 // A kernel on whole registers: fastv on every lane, the callout C for the
 // lanes the integer test flags.
-template <typename T_, int32_t (*C)(T_, T_*)>
+template <typename T_, int32_t (*C)(T_, T_*), bool ReadsMode = true>
 struct Blocked {
     using T = T_;
     using V = orv::vec::simd::VOf<T>;
     static constexpr int kArity = 1;
-    static constexpr bool kReadsMode = true;
+    static constexpr bool kReadsMode = ReadsMode;
     static constexpr bool kSpecial = true;
     static constexpr bool kDivisorTest = false;
     static int32_t callout(T x, T* r) { return C(x, r); }
@@ -168,18 +168,46 @@ struct CdfNormS : Blocked<float, cdfnorm_c<float>> {
     static int special_lanes(V x) { return v::abs_ge(x, 0x7F800000) | v::uge(x, 0xC1480000u); }
 };
 // Single ErfInv: the double guess rounded to single is within 1 ULP (full
-// guess) or 4 ULP (LA guess); the EP guess is good to 2^-14.
-using ErfInvSLa = Each<float, erfinv_c<float, 1, false>>;
-using ErfInvSHa = Each<float, erfinv_c<float, 0, false>>;
-using ErfInvSEp = Each<float, erfinv_c<float, 2, false>>;
-// Double ErfInv: the guess and one Halley step (LA and HA), the guess alone (EP).
-using ErfInvDHa = Each<double, erfinv_c<double, 0, true>>;
-using ErfInvDEp = Each<double, erfinv_c<double, 0, false>>;
+// guess) or 4 ULP (LA guess); the EP guess is good to 2^-14. Callouts:
+// |y| >= 1, NaN, and |y| below the least normal (the result is denormal).
+template <int Kind>
+struct ErfInvS : Blocked<float, erfinv_c<float, Kind, false>> {
+    using V = orv::vec::simd::VF;
+    static V fastv(V x) { return v::on_halves<v::erfinv_d<Kind, false>>(x); }
+    static int special_lanes(V x) { return v::abs_ge(x, 0x3F800000) | v::abs_lt(x, 0x00800000); }
+};
+using ErfInvSLa = ErfInvS<1>;
+using ErfInvSHa = ErfInvS<0>;
+using ErfInvSEp = ErfInvS<2>;
+// Double ErfInv: the guess and one Halley step (LA and HA), the guess alone
+// (EP). Callouts: |y| >= 1, NaN, and |y| below 2^-500.
+template <bool Refine>
+struct ErfInvD : Blocked<double, erfinv_c<double, 0, Refine>> {
+    using V = orv::vec::simd::VD;
+    static V fastv(V x) { return v::erfinv_d<0, Refine>(x); }
+    static int special_lanes(V x) { return v::abs_hw_ge(x, 0x3FF00000) | v::abs_hw_lt(x, 0x20B00000); }
+};
+using ErfInvDHa = ErfInvD<true>;
+using ErfInvDEp = ErfInvD<false>;
 // The plain single ErfcInv and CdfNormInv keep the caller's rounding state.
-using ErfcInvS = Each<float, erfcinv_c<float, false>, false>;
-using ErfcInvD = Each<double, erfcinv_c<double, true>>;
-using CdfNormInvS = Each<float, cdfnorminv_c<float, false>, false>;
-using CdfNormInvD = Each<double, cdfnorminv_c<double, true>>;
+// Callouts: outside [least normal, 2) and [least normal, 1) (single), or
+// [2^-200, 2) and [2^-200, 1) (double: the tail past the rows).
+struct ErfcInvS : Blocked<float, erfcinv_c<float, false>, false> {
+    static V fastv(V x) { return v::on_halves<v::erfcinv_d<0, false>>(x); }
+    static int special_lanes(V x) { return v::not_in(x, 0x00800000, 0x40000000); }
+};
+struct ErfcInvD : Blocked<double, erfcinv_c<double, true>> {
+    static V fastv(V x) { return v::erfcinv_d<0, true>(x); }
+    static int special_lanes(V x) { return v::not_in(x, 0x33700000, 0x40000000); }
+};
+struct CdfNormInvS : Blocked<float, cdfnorminv_c<float, false>, false> {
+    static V fastv(V x) { return v::on_halves<v::cdfnorminv_d<0, false>>(x); }
+    static int special_lanes(V x) { return v::not_in(x, 0x00800000, 0x3F800000); }
+};
+struct CdfNormInvD : Blocked<double, cdfnorminv_c<double, true>> {
+    static V fastv(V x) { return v::cdfnorminv_d<0, true>(x); }
+    static int special_lanes(V x) { return v::not_in(x, 0x33700000, 0x3FF00000); }
+};
 
 }  // namespace
 }  // namespace orv::erfk

@@ -158,6 +158,159 @@ inline VD cdfnorm_d(VD x_in) {
     return simd::select(simd::lt(az, splat(0.5)), small, simd::select(neg_z, neg, pos));
 }
 
+// ---- inverses ----
+
+// ln q for positive normal q: q = 2^k m with m in [sqrt 1/2, sqrt 2), and
+// ln m = 2 atanh(f), f = (m - 1)/(m + 1), |f| <= 0.1716, by its series to
+// f^19 (relative error below 1e-15; the guesses it feeds need 1e-9).
+inline VD ln_v(VD q) {
+    const VI64 u = as<VI64>(q) - int64_t(0x3FE6A09E667F3BCDull);
+    const VI64 k = u >> 52;
+    const VD m = as<VD>(as<VI64>(q) - (k << 52));
+    const VD f = (m - splat(1.0)) / (m + splat(1.0));
+    const VD f2 = f * f;
+    static constexpr double c[9] = {1.0 / 19, 1.0 / 17, 1.0 / 15, 1.0 / 13, 1.0 / 11,
+                                    1.0 / 9,  1.0 / 7,  1.0 / 5,  1.0 / 3};
+    const VD lm = splat(2.0) * f + splat(2.0) * f * (f2 * poly::horner(f2, c, splat));
+    return simd::small_int_to_double(k) * splat(0.6931471805599453) + lm;
+}
+
+// The first guesses of erf_core.h (Kind 0 full, 1 LA, 2 EP).
+template <int Kind>
+inline VD guess_central(VD u) {
+    if constexpr (Kind == 0) return poly::horner(u, kInvCentralFull, splat);
+    else if constexpr (Kind == 1) return poly::horner(u, kInvCentralLa, splat);
+    else return poly::horner(u, kInvCentralEp, splat);
+}
+template <int Kind, int K>
+constexpr const auto& tail_coef() {
+    if constexpr (Kind == 0) {
+        if constexpr (K == 0) return kInvTailFull0;
+        else if constexpr (K == 1) return kInvTailFull1;
+        else if constexpr (K == 2) return kInvTailFull2;
+        else return kInvTailFull3;
+    } else if constexpr (Kind == 1) {
+        if constexpr (K == 0) return kInvTailLa0;
+        else if constexpr (K == 1) return kInvTailLa1;
+        else if constexpr (K == 2) return kInvTailLa2;
+        else return kInvTailLa3;
+    } else {
+        if constexpr (K == 0) return kInvTailEp0;
+        else if constexpr (K == 1) return kInvTailEp1;
+        else if constexpr (K == 2) return kInvTailEp2;
+        else return kInvTailEp3;
+    }
+}
+template <int Kind, int K>
+inline VD tail_piece(VD s) {
+    const VD t = (s - splat(kInvTailEdge[K][0])) * splat(kInvTailEdge[K][1]);
+    return poly::horner(t, tail_coef<Kind, K>(), splat);
+}
+// erfc^-1(q) for 2^-200 <= q <= 1/2 from s = sqrt(-ln q) in four pieces;
+// the pieces past s = 2 are evaluated only when a lane needs them.
+template <int Kind>
+inline VD guess_tail(VD q) {
+    const VD s = simd::sqrt(-ln_v(q));
+    VD x = tail_piece<Kind, 0>(s);
+    const VD far = simd::not_lt(s, splat(2.0));
+    if (simd::lanes(far)) {
+        const VD x3 = simd::select(simd::lt(s, splat(8.0)), tail_piece<Kind, 2>(s), tail_piece<Kind, 3>(s));
+        x = simd::select(far, simd::select(simd::lt(s, splat(4.0)), tail_piece<Kind, 1>(s), x3), x);
+    }
+    return x;
+}
+
+// exp(-a) for 0 <= a < 700, the plain value (derivatives of the steps).
+inline VD exp_neg(VD a) {
+    const ScaledV m = exp_dd(-a, splat(0.0));
+    return m.hi * pow2v(m.n);
+}
+
+// erfc(z) for 0.4 < zh < 12 as (hi + lo) 2^n, and exp(-z^2) 2^-n in e.
+inline ScaledV erfc_mid(VD zh, VD zl, VD* e) {
+    VD sl;
+    const VD sh = erfc_small(zh, zl, &sl);
+    VD ep;
+    const ScaledV m = erfc_pos(clamp(zh, 0.5, kRowsEnd), zl, &ep);
+    const VD small = simd::lt(zh, splat(0.5));
+    *e = simd::select(small, exp_neg(zh * zh), ep);
+    return {simd::select(small, sh, m.hi), simd::select(small, sl, m.lo),
+            as<VI64>(simd::bandnot(small, as<VD>(m.n)))};
+}
+
+// One Halley step for erfc(x) = q, x > 0.4 (erf_core.h's refine_tail).
+inline VD refine_tail(VD x, VD q) {
+    VD e;
+    const ScaledV m = erfc_mid(x, splat(0.0), &e);
+    const VD f = (m.hi - q * pow2v(-m.n)) + m.lo;
+    const VD u = f / (splat(-kTwoOverSqrtPi) * e);
+    return x - u / (splat(1.0) + x * u);
+}
+
+// erfinv(y) for |y| < 1 (|y| >= 2^-500 or zero).
+template <int Kind, bool Refine>
+inline VD erfinv_d(VD y) {
+    const VD ay = abs_of(y);
+    VD c = y * guess_central<Kind>(y * y);
+    if constexpr (Refine) {  // Halley on erf(x) - y, f'' = -2x f'
+        const VD eh = c + erf_small_tail(c);  // fast_two_sum(c, 0 + tail)
+        const VD el = (c - eh) + erf_small_tail(c);
+        const VD u = ((eh - y) + el) / (splat(kTwoOverSqrtPi) * exp_neg(c * c));
+        c = c - u / (splat(1.0) + c * u);
+    }
+    const VD q = clamp(splat(1.0) - ay, 0x1p-200, 0.5);
+    VD t = guess_tail<Kind>(q);
+    if constexpr (Refine) t = refine_tail(t, q);
+    return simd::select(simd::le(ay, splat(0.5)), c, simd::bor(t, sign_of(y)));
+}
+
+// erfc^-1(y) for 2^-200 <= y < 2.
+template <int Kind, bool Refine>
+inline VD erfcinv_d(VD y) {
+    const VD neg = simd::lt(splat(1.0), y);
+    const VD q = simd::select(neg, splat(2.0) - y, y);
+    const VD c = erfinv_d<Kind, Refine>(clamp(splat(1.0) - y, -0.5, 0.5));
+    VD t = guess_tail<Kind>(clamp(q, 0x1p-200, 0.5));
+    if constexpr (Refine) t = refine_tail(t, clamp(q, 0x1p-200, 0.5));
+    return simd::select(simd::lt(splat(0.5), q), c, simd::bxor(t, simd::band(neg, splat(-0.0))));
+}
+
+// Phi^-1(p) for 2^-200 <= p < 1 (erf_core.h's cdfnorminv_value).
+template <int Kind, bool Refine>
+inline VD cdfnorminv_d(VD p) {
+    const VD d = p - splat(0.5);
+    const VD y = splat(2.0) * d;
+    VD c = splat(kSqrt2) * (y * guess_central<Kind>(y * y));
+    if constexpr (Refine) {  // Halley on Phi(x) - p, f'' = -x f'
+        const VD xa = -c;
+        VD pl;
+        const VD pp = dd::two_prod(xa, splat(kInvSqrt2Hi), &pl);
+        VD zl;
+        const VD zh = dd::fast_two_sum(-pp, -(pl + xa * splat(kInvSqrt2Lo)), &zl);
+        VD el;
+        const VD eh = dd::fast_two_sum(zh, zl + erf_small_tail(zh), &el);
+        const VD f = (splat(0.5) * eh - d) + splat(0.5) * el;
+        const VD u = f / (splat(kInvSqrt2Pi) * exp_neg(splat(0.5) * c * c));
+        c = c - u / (splat(1.0) + splat(0.5) * c * u);
+    }
+    const VD upper = simd::lt(splat(0.0), d);
+    const VD pl = clamp(simd::select(upper, splat(1.0) - p, p), 0x1p-200, 0.25);
+    const VD x0 = splat(-kSqrt2) * guess_tail<Kind>(splat(2.0) * pl);
+    VD x = x0;
+    if constexpr (Refine) {
+        VD ql;
+        const VD qp = dd::two_prod(x0, splat(kInvSqrt2Hi), &ql);
+        VD zl;
+        const VD zh = dd::fast_two_sum(-qp, -(ql + x0 * splat(kInvSqrt2Lo)), &zl);
+        VD e;
+        const ScaledV m = erfc_mid(zh, zl, &e);
+        const VD f = (m.hi - pl * pow2v(1 - m.n)) + m.lo;
+        const VD u = splat(0.5) * f / (splat(kInvSqrt2Pi) * e);
+        x = x0 - u / (splat(1.0) + splat(0.5) * x0 * u);
+    }
+    return simd::select(simd::lt(abs_of(d), splat(0.25)), c, simd::bxor(x, simd::band(upper, splat(-0.0))));
+}
+
 // One bit a lane: the high word of x (signed) at or above b, of |x| at or
 // above b, of |x| below b, and of x (unsigned) at or above b.
 inline uint32_t hw_ge(VD x, int32_t b) { return simd::lanes(as<VD>(as<VI32>(x) > b - 1)); }
@@ -166,6 +319,9 @@ inline uint32_t abs_hw_lt(VD x, int32_t b) {
     return simd::lanes(as<VD>((as<VI32>(x) & 0x7FFFFFFF) < b));
 }
 inline uint32_t hw_uge(VD x, uint32_t b) { return simd::lanes(as<VD>(as<VU32>(x) > b - 1)); }
+// The high word of x (double) or its bits (float) outside [lo, hi).
+inline uint32_t not_in(VD x, uint32_t lo, uint32_t hi) { return simd::lanes(simd::outside(x, lo, hi - lo)); }
+inline uint32_t not_in(VF x, uint32_t lo, uint32_t hi) { return simd::lanes(simd::outside(x, lo, hi - lo)); }
 // The same on the bits of float lanes.
 inline uint32_t ge(VF x, int32_t b) { return simd::lanes(as<VF>(as<VI32>(x) > b - 1)); }
 inline uint32_t abs_ge(VF x, int32_t b) { return simd::lanes(as<VF>((as<VI32>(x) & 0x7FFFFFFF) > b - 1)); }
