@@ -158,15 +158,22 @@ struct ErfcS : Blocked<float, erfc_c<float>> {
 };
 using ErfcxS = Each<float, erfcx_c<float>>;
 using ErfcxD = Each<double, erfcx_c<double>>;
-// Callouts: non-finite and x <= -16.5 (-12.5 single).
+// Callouts: non-finite and x <= -16.5 (-12.5 single). The EP kernel (and
+// the single LA and EP ones) skip the double-double steps.
 struct CdfNormD : Blocked<double, cdfnorm_c<double>> {
     static V fastv(V x) { return v::cdfnorm_d(x); }
     static int special_lanes(V x) { return v::abs_hw_ge(x, 0x7FF00000) | v::hw_uge(x, 0xC0308000u); }
 };
-struct CdfNormS : Blocked<float, cdfnorm_c<float>> {
-    static V fastv(V x) { return v::on_halves<v::cdfnorm_d>(x); }
+struct CdfNormDEp : CdfNormD {
+    static V fastv(V x) { return v::cdfnorm_ep_d(x); }
+};
+template <v::VD (*F)(v::VD)>
+struct CdfNormSOf : Blocked<float, cdfnorm_c<float>> {
+    static V fastv(V x) { return v::on_halves<F>(x); }
     static int special_lanes(V x) { return v::abs_ge(x, 0x7F800000) | v::uge(x, 0xC1480000u); }
 };
+using CdfNormS = CdfNormSOf<v::cdfnorm_d>;
+using CdfNormSEp = CdfNormSOf<v::cdfnorm_ep_d>;
 // Single ErfInv: the double guess rounded to single is within 1 ULP (full
 // guess) or 4 ULP (LA guess); the EP guess is good to 2^-14. Callouts:
 // |y| >= 1, NaN, and |y| below the least normal (the result is denormal).
@@ -220,13 +227,15 @@ ORV_UNARY_KERNELS(sErfc, ErfcS)
 ORV_UNARY_KERNELS(dErfc, ErfcD)
 ORV_UNARY_KERNELS(sErfcx, ErfcxS)
 ORV_UNARY_KERNELS(dErfcx, ErfcxD)
-// The three CdfNorm slots hold the one accurate kernel for now.
-ORV_UNARY_KERNELS_TIER(sCdfNorm, _la, 0, CdfNormS)
+// Single CdfNorm: the plain-double kernel in LA and EP; double: the
+// accurate kernel in LA and HA (4 ULP needs the double-double steps too),
+// the plain-double one in EP.
+ORV_UNARY_KERNELS_TIER(sCdfNorm, _la, 0, CdfNormSEp)
 ORV_UNARY_KERNELS_TIER(sCdfNorm, _ha, 1, CdfNormS)
-ORV_UNARY_KERNELS_TIER(sCdfNorm, _ep, 2, CdfNormS)
+ORV_UNARY_KERNELS_TIER(sCdfNorm, _ep, 2, CdfNormSEp)
 ORV_UNARY_KERNELS_TIER(dCdfNorm, _la, 0, CdfNormD)
 ORV_UNARY_KERNELS_TIER(dCdfNorm, _ha, 1, CdfNormD)
-ORV_UNARY_KERNELS_TIER(dCdfNorm, _ep, 2, CdfNormD)
+ORV_UNARY_KERNELS_TIER(dCdfNorm, _ep, 2, CdfNormDEp)
 ORV_UNARY_KERNELS_TIER(sErfInv, _la, 0, ErfInvSLa)
 ORV_UNARY_KERNELS_TIER(sErfInv, _ha, 1, ErfInvSHa)
 ORV_UNARY_KERNELS_TIER(sErfInv, _ep, 2, ErfInvSEp)
