@@ -275,21 +275,33 @@ inline VD refine_tail(VD x, VD q) {
     return x - u / (splat(1.0) + x * u);
 }
 
+// Bits of the lanes of a mask, and the bits of every lane of a register:
+// a path none of a register's lanes takes is skipped (the lanes' results
+// do not depend on it).
+inline uint32_t all_lanes() { return simd::lanes(as<VD>(simd::fill<VI64>(-1))); }
+
 // erfinv(y) for |y| < 1 (|y| >= 2^-500 or zero).
 template <int Kind, bool Refine>
 inline VD erfinv_d(VD y) {
     const VD ay = abs_of(y);
-    VD c = y * guess_central<Kind>(y * y);
-    if constexpr (Refine) {  // Halley on erf(x) - y, f'' = -2x f'
-        const VD eh = c + erf_small_tail(c);  // fast_two_sum(c, 0 + tail)
-        const VD el = (c - eh) + erf_small_tail(c);
-        const VD u = ((eh - y) + el) / (splat(kTwoOverSqrtPi) * exp_neg(c * c));
-        c = c - u / (splat(1.0) + c * u);
+    const VD central = simd::le(ay, splat(0.5));
+    const uint32_t cm = simd::lanes(central);
+    VD c = splat(0.0), t = splat(0.0);
+    if (cm) {
+        c = y * guess_central<Kind>(y * y);
+        if constexpr (Refine) {  // Halley on erf(x) - y, f'' = -2x f'
+            const VD eh = c + erf_small_tail(c);  // fast_two_sum(c, 0 + tail)
+            const VD el = (c - eh) + erf_small_tail(c);
+            const VD u = ((eh - y) + el) / (splat(kTwoOverSqrtPi) * exp_neg(c * c));
+            c = c - u / (splat(1.0) + c * u);
+        }
     }
-    const VD q = clamp(splat(1.0) - ay, 0x1p-200, 0.5);
-    VD t = guess_tail<Kind>(q);
-    if constexpr (Refine) t = refine_tail(t, q);
-    return simd::select(simd::le(ay, splat(0.5)), c, simd::bor(t, sign_of(y)));
+    if (cm != all_lanes()) {
+        const VD q = clamp(splat(1.0) - ay, 0x1p-200, 0.5);
+        t = guess_tail<Kind>(q);
+        if constexpr (Refine) t = refine_tail(t, q);
+    }
+    return simd::select(central, c, simd::bor(t, sign_of(y)));
 }
 
 // erfc^-1(y) for 2^-200 <= y < 2.
@@ -297,46 +309,59 @@ template <int Kind, bool Refine>
 inline VD erfcinv_d(VD y) {
     const VD neg = simd::lt(splat(1.0), y);
     const VD q = simd::select(neg, splat(2.0) - y, y);
-    const VD c = erfinv_d<Kind, Refine>(clamp(splat(1.0) - y, -0.5, 0.5));
-    VD t = guess_tail<Kind>(clamp(q, 0x1p-200, 0.5));
-    if constexpr (Refine) t = refine_tail(t, clamp(q, 0x1p-200, 0.5));
-    return simd::select(simd::lt(splat(0.5), q), c, simd::bxor(t, simd::band(neg, splat(-0.0))));
+    const VD central = simd::lt(splat(0.5), q);
+    const uint32_t cm = simd::lanes(central);
+    VD c = splat(0.0), t = splat(0.0);
+    if (cm) c = erfinv_d<Kind, Refine>(clamp(splat(1.0) - y, -0.5, 0.5));
+    if (cm != all_lanes()) {
+        const VD qc = clamp(q, 0x1p-200, 0.5);
+        t = guess_tail<Kind>(qc);
+        if constexpr (Refine) t = refine_tail(t, qc);
+    }
+    return simd::select(central, c, simd::bxor(t, simd::band(neg, splat(-0.0))));
 }
 
 // Phi^-1(p) for 2^-200 <= p < 1 (erf_core.h's cdfnorminv_value).
 template <int Kind, bool Refine>
 inline VD cdfnorminv_d(VD p) {
     const VD d = p - splat(0.5);
-    const VD y = splat(2.0) * d;
-    VD c = splat(kSqrt2) * (y * guess_central<Kind>(y * y));
-    if constexpr (Refine) {  // Halley on Phi(x) - p, f'' = -x f'
-        const VD xa = -c;
-        VD pl;
-        const VD pp = dd::two_prod(xa, splat(kInvSqrt2Hi), &pl);
-        VD zl;
-        const VD zh = dd::fast_two_sum(-pp, -(pl + xa * splat(kInvSqrt2Lo)), &zl);
-        VD el;
-        const VD eh = dd::fast_two_sum(zh, zl + erf_small_tail(zh), &el);
-        const VD f = (splat(0.5) * eh - d) + splat(0.5) * el;
-        const VD u = f / (splat(kInvSqrt2Pi) * exp_neg(splat(0.5) * c * c));
-        c = c - u / (splat(1.0) + splat(0.5) * c * u);
+    const VD central = simd::lt(abs_of(d), splat(0.25));
+    const uint32_t cm = simd::lanes(central);
+    VD c = splat(0.0), x = splat(0.0);
+    if (cm) {
+        const VD y = splat(2.0) * d;
+        c = splat(kSqrt2) * (y * guess_central<Kind>(y * y));
+        if constexpr (Refine) {  // Halley on Phi(x) - p, f'' = -x f'
+            const VD xa = -c;
+            VD pl;
+            const VD pp = dd::two_prod(xa, splat(kInvSqrt2Hi), &pl);
+            VD zl;
+            const VD zh = dd::fast_two_sum(-pp, -(pl + xa * splat(kInvSqrt2Lo)), &zl);
+            VD el;
+            const VD eh = dd::fast_two_sum(zh, zl + erf_small_tail(zh), &el);
+            const VD f = (splat(0.5) * eh - d) + splat(0.5) * el;
+            const VD u = f / (splat(kInvSqrt2Pi) * exp_neg(splat(0.5) * c * c));
+            c = c - u / (splat(1.0) + splat(0.5) * c * u);
+        }
     }
     const VD upper = simd::lt(splat(0.0), d);
-    const VD pl = clamp(simd::select(upper, splat(1.0) - p, p), 0x1p-200, 0.25);
-    const VD x0 = splat(-kSqrt2) * guess_tail<Kind>(splat(2.0) * pl);
-    VD x = x0;
-    if constexpr (Refine) {
-        VD ql;
-        const VD qp = dd::two_prod(x0, splat(kInvSqrt2Hi), &ql);
-        VD zl;
-        const VD zh = dd::fast_two_sum(-qp, -(ql + x0 * splat(kInvSqrt2Lo)), &zl);
-        VD e;
-        const ScaledV m = erfc_mid(zh, zl, &e);
-        const VD f = (m.hi - pl * pow2v(1 - m.n)) + m.lo;
-        const VD u = splat(0.5) * f / (splat(kInvSqrt2Pi) * e);
-        x = x0 - u / (splat(1.0) + splat(0.5) * x0 * u);
+    if (cm != all_lanes()) {
+        const VD pl = clamp(simd::select(upper, splat(1.0) - p, p), 0x1p-200, 0.25);
+        const VD x0 = splat(-kSqrt2) * guess_tail<Kind>(splat(2.0) * pl);
+        x = x0;
+        if constexpr (Refine) {
+            VD ql;
+            const VD qp = dd::two_prod(x0, splat(kInvSqrt2Hi), &ql);
+            VD zl;
+            const VD zh = dd::fast_two_sum(-qp, -(ql + x0 * splat(kInvSqrt2Lo)), &zl);
+            VD e;
+            const ScaledV m = erfc_mid(zh, zl, &e);
+            const VD f = (m.hi - pl * pow2v(1 - m.n)) + m.lo;
+            const VD u = splat(0.5) * f / (splat(kInvSqrt2Pi) * e);
+            x = x0 - u / (splat(1.0) + splat(0.5) * x0 * u);
+        }
     }
-    return simd::select(simd::lt(abs_of(d), splat(0.25)), c, simd::bxor(x, simd::band(upper, splat(-0.0))));
+    return simd::select(central, c, simd::bxor(x, simd::band(upper, splat(-0.0))));
 }
 
 // One bit a lane: the high word of x (signed) at or above b, of |x| at or
