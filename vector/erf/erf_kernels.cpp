@@ -1,7 +1,10 @@
 // Erf, Erfc, Erfcx, CdfNorm, ErfInv, ErfcInv and CdfNormInv in single and
-// double, plain and strided. Each element goes through the scalar routine
-// of erf_core.h (the block driver's callout-only shape); the single forms
-// compute in double and round once. Statuses: domain 1 for an argument
+// double, plain and strided. All but Erfcx run on whole registers
+// (erf_vec.h), with the scalar routine of erf_core.h as the callout of the
+// lanes an integer test flags (non-finite, tiny, far tails, outside the
+// domain); Erfcx sends each element through the scalar routine (the block
+// driver's callout-only shape). The single forms compute in double and
+// round once. Statuses: domain 1 for an argument
 // outside the inverse's range, pole 2 at its ends, overflow 3 for a finite
 // argument with an infinite result, underflow 4 where the exact result is
 // not zero and the returned one is denormal or zero.
