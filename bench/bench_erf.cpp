@@ -1,13 +1,15 @@
-// Erf, Erfc, CdfNorm, ErfInv and CdfNormInv, single and double, at n = 1024
-// and 10^5, beside glibc's scalar erf and erfc, glibc's SSE2 vector
-// functions (libmvec, _ZGVbN2v_* and _ZGVbN4v_*) and SLEEF's SSE2 erf (1 ULP)
-// and erfc (1.5 ULP). scipy.special's ufuncs are timed by
+// Erf, Erfc, CdfNorm, ErfInv and CdfNormInv at n = 1024 and 10^5: our HA
+// kernels in the SSE2 baseline and the AVX2 and AVX-512 libraries (loaded
+// from beside the baseline), beside glibc's scalar erf and erfc, libmvec at
+// the same three widths (_ZGVb, _ZGVd, _ZGVe) and SLEEF's erf (1 ULP) and
+// erfc (1.5 ULP) at the same widths. scipy.special's ufuncs are timed by
 // bench/erf_peers.py. Names: <function>/<implementation>/<n>.
 #include <benchmark/benchmark.h>
-#include <emmintrin.h>
+#include <dlfcn.h>
+#include <immintrin.h>
 
 #include <cmath>
-#include <random>
+#include <string>
 #include <vector>
 
 #include <orv/vtm.h>
@@ -15,65 +17,155 @@
 
 #include "vector_bench.h"
 
-#if __has_include(<sleef.h>)
-#include <sleef.h>
-#define HAVE_SLEEF 1
-#endif
-
 extern "C" {
 __m128d _ZGVbN2v_erf(__m128d);
 __m128d _ZGVbN2v_erfc(__m128d);
 __m128 _ZGVbN4v_erff(__m128);
 __m128 _ZGVbN4v_erfcf(__m128);
+__m256d _ZGVdN4v_erf(__m256d);
+__m256d _ZGVdN4v_erfc(__m256d);
+__m256 _ZGVdN8v_erff(__m256);
+__m256 _ZGVdN8v_erfcf(__m256);
+__m512d _ZGVeN8v_erf(__m512d);
+__m512d _ZGVeN8v_erfc(__m512d);
+__m512 _ZGVeN16v_erff(__m512);
+__m512 _ZGVeN16v_erfcf(__m512);
+#if __has_include(<sleef.h>)
+#define HAVE_SLEEF 1
+// SLEEF's header declares its AVX functions only to code compiled for AVX.
+__m128d Sleef_erfd2_u10sse2(__m128d);
+__m128d Sleef_erfcd2_u15sse2(__m128d);
+__m128 Sleef_erff4_u10sse2(__m128);
+__m128 Sleef_erfcf4_u15sse2(__m128);
+__m256d Sleef_erfd4_u10avx2(__m256d);
+__m256d Sleef_erfcd4_u15avx2(__m256d);
+__m256 Sleef_erff8_u10avx2(__m256);
+__m256 Sleef_erfcf8_u15avx2(__m256);
+__m512d Sleef_erfd8_u10avx512f(__m512d);
+__m512d Sleef_erfcd8_u15avx512f(__m512d);
+__m512 Sleef_erff16_u10avx512f(__m512);
+__m512 Sleef_erfcf16_u15avx512f(__m512);
+#endif
 }
 
 namespace {
 
 using namespace orv_bench;
 
-#ifdef HAVE_SLEEF
-// SLEEF's declarations keep their addresses from being template arguments.
-__m128d sleef_erf_d(__m128d x) { return Sleef_erfd2_u10sse2(x); }
-__m128d sleef_erfc_d(__m128d x) { return Sleef_erfcd2_u15sse2(x); }
-__m128 sleef_erf_s(__m128 x) { return Sleef_erff4_u10sse2(x); }
-__m128 sleef_erfc_s(__m128 x) { return Sleef_erfcf4_u15sse2(x); }
-#endif
+// The HA slot of fn's table in the library of the given variant.
+void* kernel(int variant, const char* fn) {
+    static void* libs[3] = {nullptr, nullptr, nullptr};
+    static const char* const files[3] = {nullptr, "liborv_kernel_avx2.so.0", "liborv_kernel_avx512.so.0"};
+    const std::string table = std::string("orv_vtm_kernel_") + fn + "_ttab";
+    if (variant == 0) return static_cast<void* const*>(dlsym(RTLD_DEFAULT, table.c_str()))[1];
+    if (!libs[variant]) {
+        Dl_info info;
+        dladdr(reinterpret_cast<void*>(&dll_cpu_version), &info);
+        std::string dir = info.dli_fname;
+        dir = dir.substr(0, dir.rfind('/') + 1);
+        libs[variant] = dlopen((dir + files[variant]).c_str(), RTLD_NOW | RTLD_LOCAL);
+        if (!libs[variant]) return nullptr;
+    }
+    void* const* tab = static_cast<void* const*>(dlsym(libs[variant], table.c_str()));
+    return tab ? tab[1] : nullptr;
+}
+
+template <typename T>
+void BM_ours(benchmark::State& st, int variant, const char* fn, double lo, double hi) {
+    auto f = reinterpret_cast<void (*)(int, const T*, T*)>(kernel(variant, fn));
+    if (!f) {
+        st.SkipWithError("variant not loaded");
+        return;
+    }
+    timed<T>(st, lo, hi, [f](const T* a, const T*, T* r, long n) { f(int(n), a, r); });
+}
+
+// A peer's vector function of W lanes over the array, compiled for its ISA.
+#define PEER_LOOP(NAME, ISA, T, V, W, LOAD, STORE)                                       \
+    template <V (*Fn)(V)>                                                                \
+    __attribute__((target(ISA))) void NAME(benchmark::State& st, double lo, double hi) { \
+        const long n = st.range(0);                                                      \
+        auto a = inputs<T>(n, lo, hi);                                                   \
+        std::vector<T> r(n);                                                             \
+        for (auto _ : st) {                                                              \
+            for (long i = 0; i + W <= n; i += W) STORE(&r[i], Fn(LOAD(&a[i])));          \
+            benchmark::ClobberMemory();                                                  \
+        }                                                                                \
+        st.SetItemsProcessed(st.iterations() * n);                                       \
+    }
+PEER_LOOP(BM_sse2_d, "sse2", double, __m128d, 2, _mm_loadu_pd, _mm_storeu_pd)
+PEER_LOOP(BM_sse2_s, "sse2", float, __m128, 4, _mm_loadu_ps, _mm_storeu_ps)
+PEER_LOOP(BM_avx2_d, "avx2", double, __m256d, 4, _mm256_loadu_pd, _mm256_storeu_pd)
+PEER_LOOP(BM_avx2_s, "avx2", float, __m256, 8, _mm256_loadu_ps, _mm256_storeu_ps)
+PEER_LOOP(BM_avx512_d, "avx512f", double, __m512d, 8, _mm512_loadu_pd, _mm512_storeu_pd)
+PEER_LOOP(BM_avx512_s, "avx512f", float, __m512, 16, _mm512_loadu_ps, _mm512_storeu_ps)
 
 #define REG ORV_BENCH_REG
+
+// Ours in the three libraries, under label (the function's name by default).
+void ours(const char* fn, double lo, double hi, const char* label = nullptr) {
+    static const char* const isa[3] = {"sse2", "avx2", "avx512"};
+    for (int v = 0; v < 3; ++v) {
+        auto* bm = fn[0] == 's' ? BM_ours<float> : BM_ours<double>;
+        benchmark::RegisterBenchmark((std::string(label ? label : fn) + "/orv_" + isa[v]).c_str(), bm, v,
+                                     fn, lo, hi)
+            ->Arg(1024)
+            ->Arg(100000);
+    }
+}
 
 void register_all() {
     using FnD = double (*)(double);
     using FnS = float (*)(float);
+    const bool avx512 = __builtin_cpu_supports("avx512f");
     // Erf and Erfc on [-5, 5] (double) and [-4, 4] (single); Erfc also in
     // its tail [5, 26].
-    REG("dErf/orv", -5, 5, BM_orv<double, _vtmdErf_HA>);
+    ours("dErf", -5, 5);
     REG("dErf/glibc", -5, 5, BM_scalar<double, static_cast<FnD>(::erf)>);
-    REG("dErf/libmvec", -5, 5, BM_vec_d<_ZGVbN2v_erf>);
-    REG("sErf/orv", -4, 4, BM_orv<float, _vtmsErf_HA>);
+    REG("dErf/libmvec_sse2", -5, 5, BM_sse2_d<_ZGVbN2v_erf>);
+    REG("dErf/libmvec_avx2", -5, 5, BM_avx2_d<_ZGVdN4v_erf>);
+    if (avx512) REG("dErf/libmvec_avx512", -5, 5, BM_avx512_d<_ZGVeN8v_erf>);
+    ours("sErf", -4, 4);
     REG("sErf/glibc", -4, 4, BM_scalar<float, static_cast<FnS>(::erff)>);
-    REG("sErf/libmvec", -4, 4, BM_vec_s<_ZGVbN4v_erff>);
-    REG("dErfc/orv", -5, 5, BM_orv<double, _vtmdErfc_HA>);
+    REG("sErf/libmvec_sse2", -4, 4, BM_sse2_s<_ZGVbN4v_erff>);
+    REG("sErf/libmvec_avx2", -4, 4, BM_avx2_s<_ZGVdN8v_erff>);
+    if (avx512) REG("sErf/libmvec_avx512", -4, 4, BM_avx512_s<_ZGVeN16v_erff>);
+    ours("dErfc", -5, 5);
     REG("dErfc/glibc", -5, 5, BM_scalar<double, static_cast<FnD>(::erfc)>);
-    REG("dErfc/libmvec", -5, 5, BM_vec_d<_ZGVbN2v_erfc>);
-    REG("dErfcTail/orv", 5, 26, BM_orv<double, _vtmdErfc_HA>);
-    REG("dErfcTail/glibc", 5, 26, BM_scalar<double, static_cast<FnD>(::erfc)>);
-    REG("sErfc/orv", -4, 4, BM_orv<float, _vtmsErfc_HA>);
+    REG("dErfc/libmvec_sse2", -5, 5, BM_sse2_d<_ZGVbN2v_erfc>);
+    REG("dErfc/libmvec_avx2", -5, 5, BM_avx2_d<_ZGVdN4v_erfc>);
+    if (avx512) REG("dErfc/libmvec_avx512", -5, 5, BM_avx512_d<_ZGVeN8v_erfc>);
+    ours("sErfc", -4, 4);
     REG("sErfc/glibc", -4, 4, BM_scalar<float, static_cast<FnS>(::erfcf)>);
-    REG("sErfc/libmvec", -4, 4, BM_vec_s<_ZGVbN4v_erfcf>);
+    REG("sErfc/libmvec_sse2", -4, 4, BM_sse2_s<_ZGVbN4v_erfcf>);
+    REG("sErfc/libmvec_avx2", -4, 4, BM_avx2_s<_ZGVdN8v_erfcf>);
+    if (avx512) REG("sErfc/libmvec_avx512", -4, 4, BM_avx512_s<_ZGVeN16v_erfcf>);
 #ifdef HAVE_SLEEF
-    REG("dErf/sleef_u10", -5, 5, BM_vec_d<sleef_erf_d>);
-    REG("sErf/sleef_u10", -4, 4, BM_vec_s<sleef_erf_s>);
-    REG("dErfc/sleef_u15", -5, 5, BM_vec_d<sleef_erfc_d>);
-    REG("dErfcTail/sleef_u15", 5, 26, BM_vec_d<sleef_erfc_d>);
-    REG("sErfc/sleef_u15", -4, 4, BM_vec_s<sleef_erfc_s>);
+    REG("dErf/sleef_u10_sse2", -5, 5, BM_sse2_d<Sleef_erfd2_u10sse2>);
+    REG("dErf/sleef_u10_avx2", -5, 5, BM_avx2_d<Sleef_erfd4_u10avx2>);
+    REG("sErf/sleef_u10_sse2", -4, 4, BM_sse2_s<Sleef_erff4_u10sse2>);
+    REG("sErf/sleef_u10_avx2", -4, 4, BM_avx2_s<Sleef_erff8_u10avx2>);
+    REG("dErfc/sleef_u15_sse2", -5, 5, BM_sse2_d<Sleef_erfcd2_u15sse2>);
+    REG("dErfc/sleef_u15_avx2", -5, 5, BM_avx2_d<Sleef_erfcd4_u15avx2>);
+    REG("sErfc/sleef_u15_sse2", -4, 4, BM_sse2_s<Sleef_erfcf4_u15sse2>);
+    REG("sErfc/sleef_u15_avx2", -4, 4, BM_avx2_s<Sleef_erfcf8_u15avx2>);
+    if (avx512) {
+        REG("dErf/sleef_u10_avx512", -5, 5, BM_avx512_d<Sleef_erfd8_u10avx512f>);
+        REG("sErf/sleef_u10_avx512", -4, 4, BM_avx512_s<Sleef_erff16_u10avx512f>);
+        REG("dErfc/sleef_u15_avx512", -5, 5, BM_avx512_d<Sleef_erfcd8_u15avx512f>);
+        REG("sErfc/sleef_u15_avx512", -4, 4, BM_avx512_s<Sleef_erfcf16_u15avx512f>);
+    }
 #endif
-    // Functions without a peer here (scipy.special in erf_peers.py).
-    REG("dCdfNorm/orv", -8, 8, BM_orv<double, _vtmdCdfNorm_HA>);
-    REG("dErfInv/orv", -0.999, 0.999, BM_orv<double, _vtmdErfInv_HA>);
-    REG("sErfInv/orv", -0.999, 0.999, BM_orv<float, _vtmsErfInv_HA>);
-    REG("sErfInv_EP/orv", -0.999, 0.999, BM_orv<float, _vtmsErfInv_11>);
-    REG("dCdfNormInv/orv", 1e-6, 1 - 1e-6, BM_orv<double, _vtmdCdfNormInv_HA>);
-    REG("dErfcInv/orv", 1e-6, 2 - 1e-6, BM_orv<double, _vtmdErfcInv_HA>);
+    ours("dErfc", 5, 26, "dErfcTail");
+    REG("dErfcTail/glibc", 5, 26, BM_scalar<double, static_cast<FnD>(::erfc)>);
+    // Functions without a C peer here (scipy.special in erf_peers.py).
+    ours("dCdfNorm", -8, 8);
+    ours("sCdfNorm", -8, 8);
+    ours("dErfInv", -0.999, 0.999);
+    ours("sErfInv", -0.999, 0.999);
+    ours("dCdfNormInv", 1e-6, 1 - 1e-6);
+    ours("sCdfNormInv", 1e-6, 1 - 1e-6);
+    ours("dErfcInv", 1e-6, 2 - 1e-6);
 }
 
 }  // namespace

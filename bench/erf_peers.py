@@ -2,7 +2,8 @@
 """Times scipy.special's erf, erfc, erfinv, ndtr and ndtri ufuncs on the
 inputs bench_erf uses (uniform on the same ranges, n = 1024 and 10^5), by
 process CPU time, and prints items per nanosecond; with the JSON output of
-bench_erf as argument, prints the ratios (ours over scipy) as a markdown table.
+bench_erf as argument, prints the ratios (ours over scipy, for each of our
+three libraries) as a markdown table.
 
 usage: bench/erf_peers.py [bench_erf.json]"""
 import json
@@ -18,10 +19,13 @@ CASES = [  # (our benchmark name, scipy ufunc, dtype, lo, hi)
     ("dErfc", special.erfc, np.float64, -5, 5),
     ("sErfc", special.erfc, np.float32, -4, 4),
     ("dCdfNorm", special.ndtr, np.float64, -8, 8),
+    ("sCdfNorm", special.ndtr, np.float32, -8, 8),
     ("dErfInv", special.erfinv, np.float64, -0.999, 0.999),
     ("sErfInv", special.erfinv, np.float32, -0.999, 0.999),
     ("dCdfNormInv", special.ndtri, np.float64, 1e-6, 1 - 1e-6),
+    ("sCdfNormInv", special.ndtri, np.float32, 1e-6, 1 - 1e-6),
 ]
+ISAS = ("sse2", "avx2", "avx512")
 
 
 def median_rate(fn, items, repeats=5, min_time=0.2):
@@ -42,17 +46,19 @@ def main():
         for b in json.load(open(sys.argv[1]))["benchmarks"]:
             if b.get("aggregate_name", "median") == "median":
                 ours[b["run_name"]] = b["items_per_second"] / 1e9
-    print("| function | n | scipy items/ns (min-max) | orv items/ns | orv / scipy |")
-    print("|---|---|---|---|---|")
+    print("| function | n | scipy items/ns (min-max) | " +
+          " | ".join(f"orv {i} / scipy" for i in ISAS) + " |")
+    print("|---|---|---|" + "---|" * len(ISAS))
     for name, fn, dt, lo, hi in CASES:
         for n in (1024, 100000):
             a = np.random.default_rng(42).uniform(lo, hi, n).astype(dt)
             out = np.empty_like(a)
             med, mn, mx = median_rate(lambda: fn(a, out=out), n)
-            o = ours.get(f"{name}/orv/{n}")
-            ratio = f"{o / med:.2f}" if o else "-"
-            ostr = f"{o:.3f}" if o else "-"
-            print(f"| {name} | {n} | {med:.3f} ({mn:.3f}-{mx:.3f}) | {ostr} | {ratio} |")
+            cells = []
+            for isa in ISAS:
+                o = ours.get(f"{name}/orv_{isa}/{n}")
+                cells.append(f"{o / med:.2f}" if o else "-")
+            print(f"| {name} | {n} | {med:.3f} ({mn:.3f}-{mx:.3f}) | " + " | ".join(cells) + " |")
 
 
 if __name__ == "__main__":

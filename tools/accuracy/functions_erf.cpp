@@ -176,13 +176,17 @@ std::vector<double> cdf_rows() {
     return v;
 }
 const std::vector<double> kErf = {0.5, -0.5, 6.0, -6.0, 12.0, 0x1p-1000, 0x1p-1022};
-const std::vector<double> kErfc = {0.5, -0.5, 6.0, -6.0, 12.0, 9.19, 10.06, 26.55, 27.3};
+const std::vector<double> kErfc = {0.5, -0.5, 6.0, -6.0, 9.0, 12.0, 9.19, 10.06, 26.55, 27.3};
 const std::vector<double> kErfcx = {0.5, -0.5, 12.0, -9.38, -26.6287, 0x1p500, 4.8e37, 2.5e307};
-const std::vector<double> kCdf = {0.7071067811865476, -0.7071067811865476, -16.97, -13.0, -37.5,
+const std::vector<double> kCdf = {0.7071067811865476, -0.7071067811865476, -16.97, -16.5, -13.0, -12.5, 40.0, -37.5,
                                   -38.4, -40.0};
-const std::vector<double> kErfInv = {0.5, -0.5, 1.0, -1.0, 0x1p-500, 0x1p-1022};
-const std::vector<double> kErfcInv = {0.5, 1.5, 1.0, 2.0, 0x1p-1022, 0x1p-126, 1e-300};
-const std::vector<double> kCdfInv = {0.25, 0.75, 0.5, 1.0, 0x1p-1022, 0x1p-126, 1e-300};
+// The guesses change piece at q = e^-4, e^-16, e^-64 (q = 1 - |y|, y, 2p).
+const std::vector<double> kErfInv = {0.5, -0.5, 1.0, -1.0, 0x1p-500, 0x1p-1022, 0x1p-126,
+                                     0.9816843611112658, 0.9999998874648253};
+const std::vector<double> kErfcInv = {0.5, 1.5, 1.0, 2.0, 0x1p-1022, 0x1p-126, 1e-300, 0x1p-200,
+                                      0.01831563888873418, 1.1253517471925912e-07, 1.603810890548638e-28, 1.9816843611112658};
+const std::vector<double> kCdfInv = {0.25, 0.75, 0.5, 1.0, 0x1p-1022, 0x1p-126, 1e-300, 0x1p-200,
+                                     0.00915781944436709, 5.626758735962956e-08, 8.01905445274319e-29, 0.9908421805556329};
 const std::vector<double> kNone = {};
 
 #define KNOWN(T, FN, REF, DOM, TH, ED, DP) Known{#T #FN, REF, Domain::DOM, TH, ED, DP}

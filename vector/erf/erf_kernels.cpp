@@ -1,7 +1,10 @@
 // Erf, Erfc, Erfcx, CdfNorm, ErfInv, ErfcInv and CdfNormInv in single and
-// double, plain and strided. Each element goes through the scalar routine
-// of erf_core.h (the block driver's callout-only shape); the single forms
-// compute in double and round once. Statuses: domain 1 for an argument
+// double, plain and strided. All but Erfcx run on whole registers
+// (erf_vec.h), with the scalar routine of erf_core.h as the callout of the
+// lanes an integer test flags (non-finite, tiny, far tails, outside the
+// domain); Erfcx sends each element through the scalar routine (the block
+// driver's callout-only shape). The single forms compute in double and
+// round once. Statuses: domain 1 for an argument
 // outside the inverse's range, pole 2 at its ends, overflow 3 for a finite
 // argument with an infinite result, underflow 4 where the exact result is
 // not zero and the returned one is denormal or zero.
@@ -11,6 +14,7 @@
 
 #include "vector/block_driver.h"
 #include "vector/erf/erf_core.h"
+#include "vector/erf/erf_vec.h"
 
 namespace orv::erfk {
 namespace {
@@ -122,27 +126,98 @@ struct Each {
     static int32_t callout(T x, T* r) { return C(x, r); }
 };
 
-using ErfS = Each<float, erf_c<float>>;
-using ErfD = Each<double, erf_c<double>>;
-using ErfcS = Each<float, erfc_c<float>>;
-using ErfcD = Each<double, erfc_c<double>>;
+// A kernel on whole registers: fastv on every lane, the callout C for the
+// lanes the integer test flags.
+template <typename T_, int32_t (*C)(T_, T_*), bool ReadsMode = true>
+struct Blocked {
+    using T = T_;
+    using V = orv::vec::simd::VOf<T>;
+    static constexpr int kArity = 1;
+    static constexpr bool kReadsMode = ReadsMode;
+    static constexpr bool kSpecial = true;
+    static constexpr bool kDivisorTest = false;
+    static int32_t callout(T x, T* r) { return C(x, r); }
+};
+
+// Callouts: non-finite and |x| below 2^-1000 (2^-125 single: the result
+// may be denormal).
+struct ErfD : Blocked<double, erf_c<double>> {
+    static V fastv(V x) { return v::erf_d(x); }
+    static int special_lanes(V x) { return v::abs_hw_ge(x, 0x7FF00000) | v::abs_hw_lt(x, 0x01700000); }
+};
+struct ErfS : Blocked<float, erf_c<float>> {
+    static V fastv(V x) { return v::on_halves<v::erf_d>(x); }
+    static int special_lanes(V x) { return v::abs_ge(x, 0x7F800000) | v::abs_lt(x, 0x01000000); }
+};
+// Callouts: non-finite and x >= 12 (9 single, past which the result
+// nears the denormals).
+struct ErfcD : Blocked<double, erfc_c<double>> {
+    static V fastv(V x) { return v::erfc_d(x); }
+    static int special_lanes(V x) { return v::abs_hw_ge(x, 0x7FF00000) | v::hw_ge(x, 0x40280000); }
+};
+struct ErfcS : Blocked<float, erfc_c<float>> {
+    static V fastv(V x) { return v::on_halves<v::erfc_d>(x); }
+    static int special_lanes(V x) { return v::abs_ge(x, 0x7F800000) | v::ge(x, 0x41100000); }
+};
 using ErfcxS = Each<float, erfcx_c<float>>;
 using ErfcxD = Each<double, erfcx_c<double>>;
-using CdfNormS = Each<float, cdfnorm_c<float>>;
-using CdfNormD = Each<double, cdfnorm_c<double>>;
+// Callouts: non-finite and x <= -16.5 (-12.5 single). The EP kernel (and
+// the single LA and EP ones) skip the double-double steps.
+struct CdfNormD : Blocked<double, cdfnorm_c<double>> {
+    static V fastv(V x) { return v::cdfnorm_d(x); }
+    static int special_lanes(V x) { return v::abs_hw_ge(x, 0x7FF00000) | v::hw_uge(x, 0xC0308000u); }
+};
+struct CdfNormDEp : CdfNormD {
+    static V fastv(V x) { return v::cdfnorm_ep_d(x); }
+};
+template <v::VD (*F)(v::VD)>
+struct CdfNormSOf : Blocked<float, cdfnorm_c<float>> {
+    static V fastv(V x) { return v::on_halves<F>(x); }
+    static int special_lanes(V x) { return v::abs_ge(x, 0x7F800000) | v::uge(x, 0xC1480000u); }
+};
+using CdfNormS = CdfNormSOf<v::cdfnorm_d>;
+using CdfNormSEp = CdfNormSOf<v::cdfnorm_ep_d>;
 // Single ErfInv: the double guess rounded to single is within 1 ULP (full
-// guess) or 4 ULP (LA guess); the EP guess is good to 2^-14.
-using ErfInvSLa = Each<float, erfinv_c<float, 1, false>>;
-using ErfInvSHa = Each<float, erfinv_c<float, 0, false>>;
-using ErfInvSEp = Each<float, erfinv_c<float, 2, false>>;
-// Double ErfInv: the guess and one Halley step (LA and HA), the guess alone (EP).
-using ErfInvDHa = Each<double, erfinv_c<double, 0, true>>;
-using ErfInvDEp = Each<double, erfinv_c<double, 0, false>>;
+// guess) or 4 ULP (LA guess); the EP guess is good to 2^-14. Callouts:
+// |y| >= 1, NaN, and |y| below the least normal (the result is denormal).
+template <int Kind>
+struct ErfInvS : Blocked<float, erfinv_c<float, Kind, false>> {
+    using V = orv::vec::simd::VF;
+    static V fastv(V x) { return v::on_halves<v::erfinv_d<Kind, false>>(x); }
+    static int special_lanes(V x) { return v::abs_ge(x, 0x3F800000) | v::abs_lt(x, 0x00800000); }
+};
+using ErfInvSLa = ErfInvS<1>;
+using ErfInvSHa = ErfInvS<0>;
+using ErfInvSEp = ErfInvS<2>;
+// Double ErfInv: the guess and one Halley step (LA and HA), the guess alone
+// (EP). Callouts: |y| >= 1, NaN, and |y| below 2^-500.
+template <bool Refine>
+struct ErfInvD : Blocked<double, erfinv_c<double, 0, Refine>> {
+    using V = orv::vec::simd::VD;
+    static V fastv(V x) { return v::erfinv_d<0, Refine>(x); }
+    static int special_lanes(V x) { return v::abs_hw_ge(x, 0x3FF00000) | v::abs_hw_lt(x, 0x20B00000); }
+};
+using ErfInvDHa = ErfInvD<true>;
+using ErfInvDEp = ErfInvD<false>;
 // The plain single ErfcInv and CdfNormInv keep the caller's rounding state.
-using ErfcInvS = Each<float, erfcinv_c<float, false>, false>;
-using ErfcInvD = Each<double, erfcinv_c<double, true>>;
-using CdfNormInvS = Each<float, cdfnorminv_c<float, false>, false>;
-using CdfNormInvD = Each<double, cdfnorminv_c<double, true>>;
+// Callouts: outside [least normal, 2) and [least normal, 1) (single), or
+// [2^-200, 2) and [2^-200, 1) (double: the tail past the rows).
+struct ErfcInvS : Blocked<float, erfcinv_c<float, false>, false> {
+    static V fastv(V x) { return v::on_halves<v::erfcinv_d<0, false>>(x); }
+    static int special_lanes(V x) { return v::not_in(x, 0x00800000, 0x40000000); }
+};
+struct ErfcInvD : Blocked<double, erfcinv_c<double, true>> {
+    static V fastv(V x) { return v::erfcinv_d<0, true>(x); }
+    static int special_lanes(V x) { return v::not_in(x, 0x33700000, 0x40000000); }
+};
+struct CdfNormInvS : Blocked<float, cdfnorminv_c<float, false>, false> {
+    static V fastv(V x) { return v::on_halves<v::cdfnorminv_d<0, false>>(x); }
+    static int special_lanes(V x) { return v::not_in(x, 0x00800000, 0x3F800000); }
+};
+struct CdfNormInvD : Blocked<double, cdfnorminv_c<double, true>> {
+    static V fastv(V x) { return v::cdfnorminv_d<0, true>(x); }
+    static int special_lanes(V x) { return v::not_in(x, 0x33700000, 0x3FF00000); }
+};
 
 }  // namespace
 }  // namespace orv::erfk
@@ -155,13 +230,15 @@ ORV_UNARY_KERNELS(sErfc, ErfcS)
 ORV_UNARY_KERNELS(dErfc, ErfcD)
 ORV_UNARY_KERNELS(sErfcx, ErfcxS)
 ORV_UNARY_KERNELS(dErfcx, ErfcxD)
-// The three CdfNorm slots hold the one accurate kernel for now.
-ORV_UNARY_KERNELS_TIER(sCdfNorm, _la, 0, CdfNormS)
+// Single CdfNorm: the plain-double kernel in LA and EP; double: the
+// accurate kernel in LA and HA (4 ULP needs the double-double steps too),
+// the plain-double one in EP.
+ORV_UNARY_KERNELS_TIER(sCdfNorm, _la, 0, CdfNormSEp)
 ORV_UNARY_KERNELS_TIER(sCdfNorm, _ha, 1, CdfNormS)
-ORV_UNARY_KERNELS_TIER(sCdfNorm, _ep, 2, CdfNormS)
+ORV_UNARY_KERNELS_TIER(sCdfNorm, _ep, 2, CdfNormSEp)
 ORV_UNARY_KERNELS_TIER(dCdfNorm, _la, 0, CdfNormD)
 ORV_UNARY_KERNELS_TIER(dCdfNorm, _ha, 1, CdfNormD)
-ORV_UNARY_KERNELS_TIER(dCdfNorm, _ep, 2, CdfNormD)
+ORV_UNARY_KERNELS_TIER(dCdfNorm, _ep, 2, CdfNormDEp)
 ORV_UNARY_KERNELS_TIER(sErfInv, _la, 0, ErfInvSLa)
 ORV_UNARY_KERNELS_TIER(sErfInv, _ha, 1, ErfInvSHa)
 ORV_UNARY_KERNELS_TIER(sErfInv, _ep, 2, ErfInvSEp)
