@@ -1,8 +1,8 @@
-// The shortest path through the library: stub, table, dAdd/dSub/dMul, with
-// the floating-point state guarded and the caller's rounding honoured.
+// The shortest path through the library: every tier's stub of dAdd, dSub
+// and dMul, with the floating-point state guarded. Strided forms, rounding
+// directions and the denormal field are the vector conventions' tests.
 #include <gtest/gtest.h>
 
-#include <cfenv>
 #include <cmath>
 #include <limits>
 #include <vector>
@@ -63,23 +63,6 @@ TEST_P(FirstCall, ResultMayAliasAnInput) {
     EXPECT_EQ(a, want);
 }
 
-TEST_P(FirstCall, StridedFormsGatherAndScatter) {
-    const Op& op = GetParam();
-    auto* table = op.stubs[0] == _vtmdAdd ? orv_vtm_kernel_dAddI_ttab
-                  : op.stubs[0] == _vtmdSub ? orv_vtm_kernel_dSubI_ttab
-                                            : orv_vtm_kernel_dMulI_ttab;
-    for (int inc : {1, 2, 3, -1}) {
-        const int n = 21, span = n * 3 + 1;
-        std::vector<double> a(span), b(span), r(span, 0.5);
-        for (int i = 0; i < span; ++i) { a[i] = i + 0.25; b[i] = 2.0 - i * 0.125; }
-        const long base = inc < 0 ? (n - 1) * 1L : 0;  // negative increments walk down
-        table[1](n, a.data() + base, inc, b.data(), 2, r.data(), 3);
-        for (int i = 0; i < n; ++i)
-            ASSERT_EQ(r[i * 3], op.ref(a[base + i * inc], b[i * 2])) << "inc " << inc;
-        EXPECT_EQ(r[1], 0.5);
-    }
-}
-
 INSTANTIATE_TEST_SUITE_P(Ops, FirstCall, testing::ValuesIn(kOps),
                          [](const auto& info) { return std::string(info.param.name); });
 
@@ -92,17 +75,6 @@ TEST(FirstCall, NonPositiveCountWritesNothingAndKeepsState) {
     EXPECT_EQ(r[0], 9.0);
     EXPECT_EQ(fr::mxcsr(), mx);
     EXPECT_EQ(fr::x87_control(), cw);
-}
-
-TEST(FirstCall, CallersRoundingDirectionIsHonoured) {
-    const double a[3] = {1.0, -1.0, 1.0}, b[3] = {0x1p-60, -0x1p-60, 0x1p-53 + 0x1p-60};
-    double r[3];
-    ASSERT_EQ(std::fesetround(FE_TOWARDZERO), 0);
-    _vtmdAdd(3, a, b, r);
-    std::fesetround(FE_TONEAREST);
-    EXPECT_EQ(r[0], 1.0);
-    EXPECT_EQ(r[1], -1.0);
-    EXPECT_EQ(r[2], 1.0);  // nearest would round up to 1 + 2^-52
 }
 
 TEST(FirstCall, UnmaskedExceptionsRaiseNothingAndStateComesBack) {
@@ -122,29 +94,6 @@ TEST(FirstCall, UnmaskedExceptionsRaiseNothingAndStateComesBack) {
     EXPECT_EQ(after & 0x1F80u, 0u) << "masks restored to the caller's";
     EXPECT_EQ(after & 0x01u, 0x01u) << "invalid flag kept";
     EXPECT_EQ(cw_after & 0x3F, 0) << "x87 word restored";
-}
-
-TEST(FirstCall, StridedFormRoundsToNearestUnderEveryCallerRounding) {
-    const double a[4] = {1.0, 0, 1.0, 0}, b[4] = {0x1p-53 + 0x1p-60, 0, 0x1p-53 + 0x1p-60, 0};
-    double r[4] = {};
-    std::fesetround(FE_TOWARDZERO);
-    _vtmdAddI(2, a, 2, b, 2, r, 2);  // reads the mode: round to nearest inside
-    std::fesetround(FE_TONEAREST);
-    EXPECT_EQ(r[0], 1.0 + 0x1p-52);
-    EXPECT_EQ(r[2], 1.0 + 0x1p-52);
-}
-
-TEST(FirstCall, FlushToZeroOnlyUnderTheExactDenormalField) {
-    const double tiny[2] = {0x1p-1070, 0}, one[2] = {1.0, 0};
-    double r[2];
-    _vtmSetMode(VTM_FTZDAZ_ON);
-    _vtmdMulI(1, tiny, 2, one, 2, r, 2);
-    EXPECT_EQ(r[0], 0.0);
-    _vtmdMul(1, tiny, one, r);  // the plain kernel does not read the mode
-    EXPECT_EQ(r[0], 0x1p-1070);
-    _vtmSetMode(VTM_FTZDAZ_OFF);
-    _vtmdMulI(1, tiny, 2, one, 2, r, 2);
-    EXPECT_EQ(r[0], 0x1p-1070);
 }
 
 }  // namespace
