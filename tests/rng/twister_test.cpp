@@ -5,9 +5,7 @@
 // generators' own output bits.
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 

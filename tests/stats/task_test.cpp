@@ -5,7 +5,6 @@
 
 #include <cstring>
 #include <set>
-#include <tuple>
 #include <vector>
 
 namespace {
