@@ -107,26 +107,6 @@ TEST(StatsCompute, DefaultMethodKeepsTheVarianceOfOffsetData) {
     EXPECT_NEAR(job.c2[0] / s2, 1.0, 1e-8);
 }
 
-// Two blocks, the second continuing the first through the accumulated
-// weights, give the minimum and maximum of both.
-TEST(StatsCompute, MinMaxContinueAcrossBlocks) {
-    Job job;
-    double acc[2] = {0, 0};
-    int64_t half = job.n / 2, rest = job.n - half, one = 1;
-    std::vector<double> a = job.column(1);
-    ASSERT_EQ(vstdSSEditTask(job.task, SS_ED_accum_weights, acc), 0);
-    ASSERT_EQ(vstiSSEditTask(job.task, SS_ED_dimension, &one), 0);
-    ASSERT_EQ(vstiSSEditTask(job.task, SS_ED_observations, &half), 0);
-    ASSERT_EQ(vstdSSEditTask(job.task, SS_ED_data, a.data()), 0);
-    ASSERT_EQ(vstdSSCompute(job.task, SS_EST_MEAN | SS_EST_MIN | SS_EST_MAX, 0), 0);
-    ASSERT_EQ(vstiSSEditTask(job.task, SS_ED_observations, &rest), 0);
-    ASSERT_EQ(vstdSSEditTask(job.task, SS_ED_data, a.data() + half), 0);
-    ASSERT_EQ(vstdSSCompute(job.task, SS_EST_MEAN | SS_EST_MIN | SS_EST_MAX, 0), 0);
-    EXPECT_EQ(job.mn[0], *std::min_element(a.begin(), a.end()));
-    EXPECT_EQ(job.mx[0], *std::max_element(a.begin(), a.end()));
-    EXPECT_EQ(acc[0], double(job.n));
-}
-
 struct Refusal {
     const char* name;
     std::function<void(Job&)> spoil;

@@ -334,8 +334,7 @@ TEST_P(Construct, ReproducesAStraightLine) { for_each_case(reproduces_a_straight
 TEST_P(Construct, SingleIsWithinFewUlpsOfDouble) { for_each_case(single_is_within_few_ulps_of_double); }
 
 INSTANTIATE_TEST_SUITE_P(All, Construct,
-                         ::testing::Values(Kind::Linear, Kind::Quadratic, Kind::Akima, Kind::Bessel,
-                                           Kind::Hyman, Kind::Hermite, Kind::Default, Kind::Natural),
+                         ::testing::ValuesIn(dftest::kKinds),
                          [](const auto& info) { return std::string(dftest::name(info.param)); });
 
 // Hyman keeps monotone data monotone and is flat at a local extremum.

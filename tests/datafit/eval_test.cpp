@@ -22,11 +22,6 @@ namespace {
 using dftest::Kind;
 using LD = long double;
 
-int three() { return 3; }
-void in_turn(int n, int, void* args, DFBodyFn body) {
-    for (int t = n - 1; t >= 0; --t) body(t, n, nullptr, args);
-}
-const DFThreadOps kThree = {in_turn, nullptr, nullptr, nullptr, three};
 
 // The evaluation calls without call-backs, trailing arguments defaulted.
 int interp(DFTask* t, int64_t n, const double* site, int64_t shint, int64_t nord, const void* ord, double* r,
@@ -160,7 +155,7 @@ TEST_P(Evaluate, ValuesAndDerivativesInEveryLayoutAndOnTeams) {
     const int64_t n = 5000;
     const std::vector<double> site = sites_for(s, n, 3);
     const int32_t all[4] = {1, 1, 1, 1}, some[3] = {1, 0, 1};
-    for (const DFThreadOps* ops : {(const DFThreadOps*)nullptr, &kThree})
+    for (const DFThreadOps* ops : {(const DFThreadOps*)nullptr, &dftest::kThree})
         for (int64_t rhint : {0x10, 0x20, 0x100, 0x200})
             for (int which = 0; which < 2; ++which) {
                 const int64_t nd = which == 0 ? 4 : 2;
@@ -188,7 +183,7 @@ TEST_P(Evaluate, IntegralsWithExtrapolationSignsAndTeams) {
     std::vector<double> a = sites_for(s, n, 5), b = sites_for(s, n, 6);
     a[0] = b[0];                                      // equal limits
     a[1] = s.xs[0] - 2.0, b[1] = s.xs.back() + 2.0;   // both ends outside
-    for (const DFThreadOps* ops : {(const DFThreadOps*)nullptr, &kThree})
+    for (const DFThreadOps* ops : {(const DFThreadOps*)nullptr, &dftest::kThree})
         for (int64_t rhint : {0x10, 0x20}) {
             std::vector<double> r(n * s.ny), rs(n * s.ny);
             ASSERT_EQ(integ(s.t, n, a.data(), 0, b.data(), 0, r.data(), rhint, ops), 0);
@@ -217,8 +212,7 @@ TEST_P(Evaluate, IntegralsWithExtrapolationSignsAndTeams) {
 std::vector<KindCase> kind_cases() {
     std::vector<KindCase> out;
     for (int64_t xh : {1, 4})
-        for (Kind k : {Kind::Linear, Kind::Quadratic, Kind::Akima, Kind::Bessel, Kind::Hyman,
-                       Kind::Hermite, Kind::Default, Kind::Natural})
+        for (Kind k : dftest::kKinds)
             out.push_back({k, 0, xh});
     out.push_back({Kind::Quadratic, 1, 1});
     out.push_back({Kind::Quadratic, 1, 4});

@@ -12,6 +12,8 @@
 #include <random>
 #include <vector>
 
+#include "spline_util.h"
+
 namespace {
 
 // Cell of s: searchsorted right, x[nx-1] in cell nx-1, NaN in cell nx.
@@ -179,12 +181,6 @@ TEST(UserDefinedSearch, WalkTieRuleAndFlags) {
               -5);
 }
 
-// A table that runs the teams one after the other on this thread.
-int three() { return 3; }
-void in_turn(int n, int, void* args, DFBodyFn body) {
-    for (int t = n - 1; t >= 0; --t) body(t, n, nullptr, args);
-}
-const DFThreadOps kThree = {in_turn, nullptr, nullptr, nullptr, three};
 
 TEST(Search1D, KindSelectionStatusesAndTeams) {
     for (int64_t xhint : {1, 2, 4}) {
@@ -195,7 +191,7 @@ TEST(Search1D, KindSelectionStatusesAndTeams) {
         const double peak_ok[5] = {0, 1, 0, 0, 300}, peak_bad[5] = {0, 1, 0, 0, 301},
                      bad[5] = {0, 2, 0, 0, 0}, nan_hint[5] = {0, NAN, 0, 0, 0};
         for (const double* dh : {(const double*)nullptr, peak_ok, peak_bad, bad, nan_hint})
-            for (const DFThreadOps* ops : {(const DFThreadOps*)nullptr, &kThree}) {
+            for (const DFThreadOps* ops : {(const DFThreadOps*)nullptr, &dftest::kThree}) {
                 std::vector<int32_t> c(n, -9);
                 const int st = orv_df_kernel_dDFSearch1D(t, 0, n, d.site.data(), 0, dh, c.data(),
                                                          nullptr, nullptr, ops);
@@ -209,10 +205,10 @@ TEST(Search1D, KindSelectionStatusesAndTeams) {
         std::vector<int64_t> c(5000);
         t->wide_ints = 1;
         ASSERT_EQ(orv_df_kernel_dDFSearch1D(t, 0, 5000, ends, DF_SITES_UNIFORM, bad, c.data(),
-                                            nullptr, nullptr, &kThree),
+                                            nullptr, nullptr, &dftest::kThree),
                   xhint == 1 ? DF_BAD_DATAHINT : 0);
         ASSERT_EQ(orv_df_kernel_dDFSearch1D(t, 0, 5000, ends, DF_SITES_UNIFORM, nullptr, c.data(),
-                                            nullptr, nullptr, &kThree), 0);
+                                            nullptr, nullptr, &dftest::kThree), 0);
         for (int64_t i = 0; i < 5000; ++i)
             ASSERT_EQ(c[i], ref_cell(d.x, ends[0] + double(i) * ((ends[1] - ends[0]) / 4999.0)));
         std::vector<double> sorted = d.site;
@@ -221,7 +217,7 @@ TEST(Search1D, KindSelectionStatusesAndTeams) {
                                             nullptr, nullptr, nullptr), 0);
         for (int64_t i = 0; i < n; ++i) ASSERT_EQ(c[i], ref_cell(d.x, sorted[i]));
         ASSERT_EQ(orv_df_kernel_dDFSearch1D(t, 0, n, d.site.data(), 0, bad, c.data(), zero_hints,
-                                            nullptr, &kThree), 0);
+                                            nullptr, &dftest::kThree), 0);
         for (int64_t i = 0; i < n; ++i)
             if (d.site[i] != d.x[0] || xhint == 4) {
                 ASSERT_EQ(c[i], ref_cell(d.x, d.site[i]));

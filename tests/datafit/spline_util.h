@@ -11,6 +11,9 @@
 namespace dftest {
 
 enum class Kind { Linear, Quadratic, Akima, Bessel, Hyman, Hermite, Default, Natural };
+// Every constructor, the one list the tests run through.
+inline constexpr Kind kKinds[] = {Kind::Linear, Kind::Quadratic, Kind::Akima, Kind::Bessel,
+                                  Kind::Hyman,  Kind::Hermite,   Kind::Default, Kind::Natural};
 
 inline const char* name(Kind k) {
     switch (k) {
@@ -25,8 +28,7 @@ inline const char* name(Kind k) {
     }
 }
 inline Kind kind_of(const std::string& s) {
-    for (Kind k : {Kind::Linear, Kind::Quadratic, Kind::Akima, Kind::Bessel, Kind::Hyman,
-                   Kind::Hermite, Kind::Default, Kind::Natural})
+    for (Kind k : kKinds)
         if (s == name(k)) return k;
     return Kind::Natural;
 }
@@ -66,6 +68,13 @@ struct Api<float> {
     static constexpr auto edit_pp = orv_df_kernel_sEditPPSpline1D;
     static constexpr auto edit_idx_ptr = orv_df_kernel_sEditIdxPtr;
 };
+
+// A threading table that runs three teams one after the other on this thread.
+inline int three_teams() { return 3; }
+inline void in_turn(int n, int, void* args, DFBodyFn body) {
+    for (int t = n - 1; t >= 0; --t) body(t, n, nullptr, args);
+}
+inline const DFThreadOps kThree = {in_turn, nullptr, nullptr, nullptr, three_teams};
 
 inline int order_of(Kind k) { return k == Kind::Linear ? 2 : k == Kind::Quadratic ? 3 : 4; }
 

@@ -68,25 +68,6 @@ INSTANTIATE_TEST_SUITE_P(
                       NewCase{"separate", 8, true, 2, 2, true, 0x80, DF_OK}),
     [](const auto& info) { return std::to_string(info.index); });
 
-TEST(Task, ValueTablesFollowTheLayout) {
-    std::vector<float> x = {0.f, 1.f}, y(30, 0.f);
-    for (int64_t yh : {0x0, 0x10, 0x20, 0x80}) {
-        DFTask* t = nullptr;
-        ASSERT_EQ(orv_df_kernel_sNewTask1D(&t, 10, x.data(), 4, 3, y.data(), yh, 0), DF_OK);
-        EXPECT_EQ(t->is_double, 0);
-        EXPECT_EQ(t->lut, nullptr);  // uniform: no table
-        EXPECT_EQ(t->lut_size, 0);
-        const float* p = nullptr;
-        for (int64_t k = 0; k < 3; ++k) {
-            ASSERT_EQ(orv_df_kernel_sQueryIdxPtr(t, DF_PTR_Y, k, &p), DF_OK);
-            const float* want = yh == 0x20 || yh == 0x80 ? (k == 0 ? y.data() : nullptr)
-                                                          : y.data() + 10 * k;
-            EXPECT_EQ(p, want) << yh << " " << k;
-        }
-        orv_df_kernel_DeleteTask(&t);
-    }
-}
-
 // For every site in bin b, its cell lies between the low and high pair entries.
 void check_lut(const DFTask* t, const std::vector<double>& x) {
     const int64_t n = int64_t(x.size()), size = t->lut_size;
@@ -386,8 +367,7 @@ void entry_status(const EntryCase& c) {
 std::vector<EntryCase> entry_cases() {
     std::vector<EntryCase> v;
     auto none = [](DFTask*&, int64_t&) {};
-    for (Kind k : {Kind::Linear, Kind::Quadratic, Kind::Akima, Kind::Bessel, Kind::Hyman,
-                   Kind::Hermite, Kind::Default, Kind::Natural}) {
+    for (Kind k : dftest::kKinds) {
         v.push_back({"builds", k, none, DF_OK});
         v.push_back({"null task", k, [](DFTask*& t, int64_t&) { orv_df_kernel_DeleteTask(&t); }, DF_NULL_TASK});
         v.push_back({"yhint", k, [](DFTask*& t, int64_t&) { t->yhint = 0x40; t->bc_type = 0x33; }, DF_BAD_YHINT});
@@ -483,8 +463,7 @@ TEST_P(Entry, StatusesInOrder) {
     }
 }
 INSTANTIATE_TEST_SUITE_P(Constructors, Entry,
-                         ::testing::Values(Kind::Linear, Kind::Quadratic, Kind::Akima, Kind::Bessel,
-                                           Kind::Hyman, Kind::Hermite, Kind::Default, Kind::Natural),
+                         ::testing::ValuesIn(dftest::kKinds),
                          [](const auto& info) { return std::string(dftest::name(info.param)); });
 
 struct KnotCase {

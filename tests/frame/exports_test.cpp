@@ -96,15 +96,4 @@ TEST(Exports, TablesStandInOneBlock) {
 
 TEST(Exports, CpuVersionIsTheBaseline) { EXPECT_EQ(dll_cpu_version(), 0); }
 
-TEST(Exports, SharedBodiesHaveOneAddress) {
-    EXPECT_EQ(reinterpret_cast<void*>(&_vtmGetMode), reinterpret_cast<void*>(&orv_vtm_kernel_GetMode));
-    EXPECT_EQ(reinterpret_cast<void*>(&_vtmGetErrStatus),
-              reinterpret_cast<void*>(&orv_vtm_kernel_GetErrStatus));
-    EXPECT_EQ(reinterpret_cast<void*>(&_vtmSetErrorCallBack),
-              reinterpret_cast<void*>(&orv_vtm_kernel_SetErrorCallBack));
-    EXPECT_EQ(reinterpret_cast<void*>(&_vtmSetInterfInputVectorPointer),
-              reinterpret_cast<void*>(&orv_vtm_kernel_SetInterfInputVectorPointer));
-    EXPECT_NE(reinterpret_cast<void*>(&_vtmSetMode), reinterpret_cast<void*>(&orv_vtm_kernel_SetMode));
-}
-
 }  // namespace

@@ -69,14 +69,6 @@ TEST(ThreadRecord, ProcessEndingDoesNothingAndUnloadReleasesEverything) {
     EXPECT_EQ(fr::live_records(), 1u);
 }
 
-TEST(ThreadRecord, InputVectorPointerReturnsItsArgument) {
-    double x[4];
-    EXPECT_EQ(_vtmSetInterfInputVectorPointer(x), x);
-    EXPECT_EQ(orv_vtm_kernel_SetInterfInputVectorPointer(nullptr), nullptr);
-    EXPECT_EQ(fr::thread_record()->interfInputVectorPointer, nullptr);
-}
-
-
 TEST(ThreadRecord, RefusedLoadPrintsMessage773) {
     orv::fault::DisarmOnExit g;
     ASSERT_EQ(fr::module_entry(nullptr, fr::kProcessDetach, nullptr), 1);

@@ -7,7 +7,6 @@
 
 #include <unistd.h>
 
-#include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <fstream>
@@ -18,6 +17,7 @@
 #include <orv/rng.h>
 
 #include "rng/brng_row.h"
+#include "stream_util.h"
 
 namespace {
 
@@ -47,28 +47,10 @@ std::vector<Gen> registered() {
 // Word 0 is also the quasi-random generators' dimension.
 const std::vector<uint32_t> kSeed = {5u, 0x9E3779B9u, 0x7F4A7C15u, 0x1234567u, 0xDEADBEEFu, 42u};
 
-struct Stream {
-    void* s = nullptr;
-    BrngRow row{};
-    int per = 1;  // 32-bit words per output
-    Stream(int32_t id, const std::vector<uint32_t>& seed = kSeed) {
-        EXPECT_EQ(__vstNewStreamEx(&s, id, static_cast<int32_t>(seed.size()), seed.data()), 0);
-        __vstGetBrngProperties(id, &row);
-        per = row.wordBytes / 4;
-    }
-    explicit Stream(void* made) : s(made) {
-        __vstGetBrngProperties(static_cast<int32_t>(__vstGetStreamStateBrng(s)), &row);
-        per = row.wordBytes / 4;
-    }
-    ~Stream() {
-        if (s != nullptr) __vstDeleteStream(&s);
-    }
-    std::vector<uint32_t> words(int n) {
-        std::vector<uint32_t> out(static_cast<size_t>(n + 1) * per);
-        EXPECT_EQ(row.wordFill(s, n, out.data()), 0);
-        out.resize(static_cast<size_t>(n) * per);
-        return out;
-    }
+// Seeded with kSeed unless other words are given.
+struct Stream : rngtest::Stream {
+    explicit Stream(int32_t id, const std::vector<uint32_t>& seed = kSeed) : rngtest::Stream(id, seed) {}
+    explicit Stream(void* made) : rngtest::Stream(made) {}
 };
 
 class Generic : public testing::TestWithParam<Gen> {

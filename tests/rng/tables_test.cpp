@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <set>
-#include <vector>
 
 #include <orv/rng.h>
 

@@ -2,10 +2,7 @@
 // variable mask, the derived path, the method words and the order of checks.
 #include "harness.h"
 
-#include <cstring>
 #include <functional>
-#include <limits>
-#include <tuple>
 
 extern "C" double __vstdSqrt(double x);
 

@@ -9,7 +9,6 @@
 #include <cmath>
 #include <functional>
 #include <numeric>
-#include <string>
 #include <vector>
 
 namespace {

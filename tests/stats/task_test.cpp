@@ -5,7 +5,6 @@
 
 #include <cstring>
 #include <set>
-#include <tuple>
 #include <vector>
 
 namespace {
@@ -164,9 +163,6 @@ INSTANTIATE_TEST_SUITE_P(
                       NullEdit{52, false, SS_ERR_IMPUTE_INIT_COUNT}));
 
 TEST_F(EditorTest, GroupedEditorsSetInOrderAndKeepOnNull) {
-    EXPECT_EQ(reinterpret_cast<void*>(&__vstdSSEditMoments), reinterpret_cast<void*>(&__vstsSSEditMoments));
-    EXPECT_EQ(reinterpret_cast<void*>(&__vstdSSEditMissingVals),
-              reinterpret_cast<void*>(&__vstsSSEditMissingVals));
     double v[7];
     EXPECT_EQ(__vstsSSEditMoments(task, &v[0], &v[1], &v[2], &v[3], &v[4], &v[5], &v[6]), SS_OK);
     EXPECT_EQ(task->mean, &v[0]);

@@ -157,14 +157,6 @@ TEST(PackWidth, MaskMemoryReadAtTheSelectedWidth) {
     EXPECT_EQ(y[3], 0);
 }
 
-TEST(PackWidth, OneMaskKernelForEightByteElements) {
-    for (int s = 0; s < 3; ++s) {
-        EXPECT_EQ((void*)orv_vtm_kernel_cPackM_ttab[s], (void*)orv_vtm_kernel_dPackM_ttab[s]);
-        EXPECT_EQ((void*)orv_vtm_kernel_cUnpackM_ttab[s], (void*)orv_vtm_kernel_dUnpackM_ttab[s]);
-        EXPECT_NE((void*)orv_vtm_kernel_cPackI_ttab[s], (void*)orv_vtm_kernel_dPackI_ttab[s]);
-    }
-}
-
 TEST(PackWidth, NoThreadRecordAndNoFloatingPointState) {
     std::thread t([] {
         const unsigned before = _mm_getcsr();

@@ -1,5 +1,6 @@
-// Thresholds, statuses and block conventions of the exponential and
-// logarithm kernels.
+// Thresholds and statuses of the exponential and logarithm kernels, and
+// which of them read the mode. Lengths, lanes, strided forms and rounding are
+// the vector conventions' tests, run on every kernel.
 #include <gtest/gtest.h>
 
 #include <cfloat>
@@ -11,7 +12,6 @@
 #include <orv/vtm.h>
 
 #include "../capture.h"
-#include "frame/fp_guard.h"
 #include "frame/kernel_tables.h"
 #include "vector/block_driver.h"
 
@@ -214,70 +214,6 @@ TEST(ExpNoErr, ExpOfThousandIsInfinityWithoutStatus) {
     _vtmSetMode(old);
 }
 
-// Tail and block run the same formulas: every n from 1 to 40 gives the
-// results of one long call, also with r the same array as a.
-TEST(ExpLogBlocks, TailAndBlockAgree) {
-    std::vector<double> a(40);
-    for (int i = 0; i < 40; ++i) a[i] = -3.0 + 0.37 * i;
-    std::vector<double> ref(40);
-    orv_kern_dExp(40, a.data(), ref.data());
-    for (int n = 1; n <= 40; ++n) {
-        std::vector<double> r(a.begin(), a.begin() + n);
-        orv_kern_dExp(n, r.data(), r.data());
-        for (int i = 0; i < n; ++i) ASSERT_EQ(r[i], ref[i]) << "n=" << n << " i=" << i;
-    }
-    std::vector<float> fa(40), fref(40);
-    for (int i = 0; i < 40; ++i) fa[i] = 0.1f + 0.53f * static_cast<float>(i);
-    orv_kern_sLn(40, fa.data(), fref.data());
-    for (int n = 1; n <= 40; ++n) {
-        std::vector<float> r(n);
-        orv_kern_sLn(n, fa.data(), r.data());
-        for (int i = 0; i < n; ++i) ASSERT_EQ(r[i], fref[i]) << "n=" << n << " i=" << i;
-    }
-}
-
-// A NaN in lane 3 changes no other lane; bad lanes 2 and 9 reach the entry
-// in that order and the status is the later one.
-TEST(ExpLogBlocks, SlowPathLanes) {
-    ErrorCapture cap;
-    std::vector<double> a(16), r(16), clean(16);
-    for (int i = 0; i < 16; ++i) a[i] = 0.5 + i;
-    orv_kern_dLn(16, a.data(), clean.data());
-    a[3] = std::nan("");
-    a[2] = -1.0;  // domain, status 1
-    a[9] = 0.0;   // pole, status 2
-    orv_kern_dLn(16, a.data(), r.data());
-    for (int i = 0; i < 16; ++i) {
-        if (i != 2 && i != 3 && i != 9) {
-            EXPECT_EQ(r[i], clean[i]) << i;
-        }
-    }
-    EXPECT_TRUE(std::isnan(r[3]));
-    ASSERT_EQ(cap.errors().size(), 2u);
-    EXPECT_EQ(cap.errors()[0].index, 2);
-    EXPECT_EQ(cap.errors()[0].code, 1);
-    EXPECT_EQ(cap.errors()[1].index, 9);
-    EXPECT_EQ(cap.errors()[1].code, 2);
-    EXPECT_EQ(cap.errors()[1].name, "vdLn");
-    EXPECT_EQ(_vtmGetErrStatus(), 2);
-}
-
-// Strided forms report the ordinal of the element and their own names.
-TEST(ExpLogBlocks, StridedReportsOrdinal) {
-    ErrorCapture cap;
-    std::vector<float> a(60, 2.0f), r(60, 0.0f);
-    a[7 * 3] = -1.0f;
-    orv_kern_sLog1pI(20, a.data(), 3, r.data(), 3);
-    orv_kern_sLnI(20, a.data(), 3, r.data(), 3);
-    ASSERT_EQ(cap.errors().size(), 2u);
-    EXPECT_EQ(cap.errors()[0].index, 7);
-    EXPECT_EQ(cap.errors()[0].name, "vsLog1pI");
-    EXPECT_EQ(cap.errors()[1].index, 7);
-    EXPECT_EQ(cap.errors()[1].name, "vsLn");
-    EXPECT_EQ(r[1], 0.0f);  // untouched between the strides
-    EXPECT_NEAR(r[3], std::log(2.0f), 1e-6f);
-}
-
 // With the denormal field at 0x280000 a mode-reading kernel takes a
 // denormal input as zero; plain Expm1 keeps the caller's state and does not.
 TEST(ExpLogBlocks, DenormalsAsZeroOnlyWhereTheModeIsRead) {
@@ -289,21 +225,6 @@ TEST(ExpLogBlocks, DenormalsAsZeroOnlyWhereTheModeIsRead) {
     EXPECT_EQ(_vtmGetErrStatus(), 2);
     orv_kern_sExpm1(1, x, y);
     EXPECT_EQ(y[0], 0x1p-140f);
-}
-
-// Round toward zero in the caller's register does not reach a kernel of
-// the mode-reading kind, and the register is back afterwards.
-TEST(ExpLogBlocks, CallerRoundingIsReplacedAndRestored) {
-    std::vector<double> a(20), near(20), rz(20);
-    for (int i = 0; i < 20; ++i) a[i] = 0.3 * i - 2.0;
-    orv_kern_dExp(20, a.data(), near.data());
-    const uint32_t saved = orv::frame::mxcsr();
-    orv::frame::set_mxcsr((saved & ~0x6000u) | 0x6000u);
-    orv_kern_dExp(20, a.data(), rz.data());
-    const uint32_t after = orv::frame::mxcsr();
-    orv::frame::set_mxcsr(saved);
-    EXPECT_EQ(after & 0xFFC0u, (saved & 0xFFC0u & ~0x6000u) | 0x6000u);
-    for (int i = 0; i < 20; ++i) EXPECT_EQ(rz[i], near[i]) << i;
 }
 
 }  // namespace
