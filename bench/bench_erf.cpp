@@ -52,27 +52,9 @@ namespace {
 
 using namespace orv_bench;
 
-// The HA slot of fn's table in the library of the given variant.
-void* kernel(int variant, const char* fn) {
-    static void* libs[3] = {nullptr, nullptr, nullptr};
-    static const char* const files[3] = {nullptr, "liborv_kernel_avx2.so.0", "liborv_kernel_avx512.so.0"};
-    const std::string table = std::string("orv_vtm_kernel_") + fn + "_ttab";
-    if (variant == 0) return static_cast<void* const*>(dlsym(RTLD_DEFAULT, table.c_str()))[1];
-    if (!libs[variant]) {
-        Dl_info info;
-        dladdr(reinterpret_cast<void*>(&dll_cpu_version), &info);
-        std::string dir = info.dli_fname;
-        dir = dir.substr(0, dir.rfind('/') + 1);
-        libs[variant] = dlopen((dir + files[variant]).c_str(), RTLD_NOW | RTLD_LOCAL);
-        if (!libs[variant]) return nullptr;
-    }
-    void* const* tab = static_cast<void* const*>(dlsym(libs[variant], table.c_str()));
-    return tab ? tab[1] : nullptr;
-}
-
 template <typename T>
 void BM_ours(benchmark::State& st, int variant, const char* fn, double lo, double hi) {
-    auto f = reinterpret_cast<void (*)(int, const T*, T*)>(kernel(variant, fn));
+    auto f = reinterpret_cast<void (*)(int, const T*, T*)>(variant_kernel(variant, fn));
     if (!f) {
         st.SkipWithError("variant not loaded");
         return;

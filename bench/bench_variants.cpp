@@ -16,6 +16,8 @@
 #include <orv/vtm.h>
 #include <orv/vtm_functions.h>
 
+#include "vector_bench.h"
+
 #if __has_include(<sleef.h>)
 #include <sleef.h>
 #define HAVE_SLEEF 1
@@ -34,52 +36,7 @@ __m512 _ZGVeN16v_logf(__m512);
 
 namespace {
 
-template <typename T>
-std::vector<T> inputs(long n, double lo, double hi, uint64_t seed = 42) {
-    std::mt19937_64 g(seed);
-    std::uniform_real_distribution<double> u(lo, hi);
-    std::vector<T> v(n);
-    for (auto& x : v) x = static_cast<T>(u(g));
-    return v;
-}
-
-// The HA slot of fn's table in the library of the given variant.
-void* kernel(int variant, const char* fn) {
-    static void* libs[3] = {nullptr, nullptr, nullptr};
-    static const char* const files[3] = {nullptr, "liborv_kernel_avx2.so.0", "liborv_kernel_avx512.so.0"};
-    const std::string table = std::string("orv_vtm_kernel_") + fn + "_ttab";
-    if (variant == 0) return static_cast<void* const*>(dlsym(RTLD_DEFAULT, table.c_str()))[1];
-    if (!libs[variant]) {
-        Dl_info info;
-        dladdr(reinterpret_cast<void*>(&dll_cpu_version), &info);
-        std::string dir = info.dli_fname;
-        dir = dir.substr(0, dir.rfind('/') + 1);
-        libs[variant] = dlopen((dir + files[variant]).c_str(), RTLD_NOW | RTLD_LOCAL);
-        if (!libs[variant]) return nullptr;
-    }
-    return static_cast<void* const*>(dlsym(libs[variant], table.c_str()))[1];
-}
-
-template <typename T, int Arity>
-void BM_orv(benchmark::State& st, int variant, const char* fn, double lo, double hi) {
-    const long n = st.range(0);
-    auto a = inputs<T>(n, lo, hi), b = inputs<T>(n, lo, hi, 7);
-    std::vector<T> r(n);
-    void* f = kernel(variant, fn);
-    if (!f) {
-        st.SkipWithError("variant not loaded");
-        return;
-    }
-    _vtmSetMode(VTM_HA | VTM_ERRMODE_IGNORE);
-    for (auto _ : st) {
-        if constexpr (Arity == 1)
-            reinterpret_cast<void (*)(int, const T*, T*)>(f)(int(n), a.data(), r.data());
-        else
-            reinterpret_cast<void (*)(int, const T*, const T*, T*)>(f)(int(n), a.data(), b.data(), r.data());
-        benchmark::ClobberMemory();
-    }
-    st.SetItemsProcessed(st.iterations() * n);
-}
+using namespace orv_bench;
 
 // A peer's vector function of W lanes over the array, compiled for its ISA.
 #define PEER_LOOP(NAME, ISA, T, V, W, LOAD, STORE)                                    \
@@ -138,8 +95,8 @@ template <typename T, int Arity>
 void ours(const char* fn, double lo, double hi) {
     static const char* const isa[3] = {"sse2", "avx2", "avx512"};
     for (int v = 0; v < 3; ++v)
-        benchmark::RegisterBenchmark((std::string(fn) + "/orv_" + isa[v]).c_str(), BM_orv<T, Arity>, v,
-                                     fn, lo, hi) SIZES;
+        benchmark::RegisterBenchmark((std::string(fn) + "/orv_" + isa[v]).c_str(), BM_orv_variant<T, Arity>, v,
+                                     fn, lo, hi, lo, hi) SIZES;
 }
 
 void register_all() {

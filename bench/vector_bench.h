@@ -84,12 +84,13 @@ void BM_vec_d(benchmark::State& st, double lo, double hi) { BM_vec<double, step_
 template <__m128 (*Fn)(__m128)>
 void BM_vec_s(benchmark::State& st, double lo, double hi) { BM_vec<float, step_s4<Fn>, 4>(st, lo, hi); }
 
-// The HA slot of fn's table in the AVX2 (1) or AVX-512 (2) kernel library,
-// loaded from beside the baseline; null when it does not load or lacks fn.
+// The HA slot of fn's table in the SSE2 baseline (0, the loaded library) or
+// the AVX2 (1) or AVX-512 (2) kernel library, loaded from beside the
+// baseline; null when it does not load or lacks fn.
 inline void* variant_kernel(int variant, const char* fn) {
     static void* libs[3] = {nullptr, nullptr, nullptr};
     static const char* const files[3] = {nullptr, "liborv_kernel_avx2.so.0", "liborv_kernel_avx512.so.0"};
-    if (!libs[variant]) {
+    if (variant != 0 && !libs[variant]) {
         Dl_info info;
         dladdr(reinterpret_cast<void*>(&_vtmGetMode), &info);
         std::string dir = info.dli_fname;
@@ -98,12 +99,13 @@ inline void* variant_kernel(int variant, const char* fn) {
         if (!libs[variant]) return nullptr;
     }
     const std::string table = std::string("orv_vtm_kernel_") + fn + "_ttab";
-    void* const* tab = static_cast<void* const*>(dlsym(libs[variant], table.c_str()));
+    void* const* tab =
+        static_cast<void* const*>(dlsym(variant == 0 ? RTLD_DEFAULT : libs[variant], table.c_str()));
     return tab ? tab[1] : nullptr;
 }
 
 // Our kernel of one variant, unary or binary (second inputs on [lo2, hi2)),
-// registered as <fn>/orv_avx2 and <fn>/orv_avx512.
+// registered as <fn>/orv_avx2 and <fn>/orv_avx512 (variant 0 is the baseline).
 template <typename T, int Arity>
 void BM_orv_variant(benchmark::State& st, int variant, const char* fn, double lo, double hi, double lo2,
                     double hi2) {
