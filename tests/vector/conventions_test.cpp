@@ -113,37 +113,33 @@ INSTANTIATE_TEST_SUITE_P(Conventions, Denormals,
                                          FlushCase{0x3C0000u, false}, FlushCase{0x080000u, false}));
 
 // Kernels that read the mode round to nearest whatever the caller set;
-// the others run in the caller's direction.
+// the others run in the caller's direction. Each input rounds differently
+// upward and to nearest (the rounding family's directions are tested below).
 TEST(Rounding, CallerDirectionIgnoredOrHonoured) {
     ErrorCapture cap;
-    volatile double third = 1.0, three = 3.0, one = 1.0, tiny = 0x1p-60;
-    const double q_near = third / three;
-    const double sq2_near = std::sqrt(2.0);
-    ASSERT_EQ(std::fesetround(FE_UPWARD), 0);
-    const double q_up = third / three;
-    const double sum_up = one + tiny;
-    double r[2];
-    const double a[2] = {1.0, 2.0}, b[2] = {0x1p-60, 3.0}, two[1] = {2.0}, half[1] = {2.5};
-    _vtmdSqrt(1, two, r);
-    const double sqrt_got = r[0];
-    _vtmdFdim(1, a, b, r);  // reads the mode: 1 - 2^-60 rounds to nearest
-    const double fdim_got = r[0];
-    _vtmdAdd(1, a, b, r);  // keeps the caller's direction
-    const double add_got = r[0];
-    _vtmdInv(1, b + 1, r);
-    const double inv_got = r[0];
-    _vtmdRint(1, half, r);
-    const double rint_got = r[0];
-    const unsigned csr = _mm_getcsr();
-    std::fesetround(FE_TONEAREST);
-    EXPECT_EQ(sqrt_got, sq2_near);
-    EXPECT_EQ(fdim_got, 1.0);
-    EXPECT_EQ(add_got, sum_up);
-    EXPECT_NE(add_got, 1.0);
-    EXPECT_EQ(inv_got, q_up);
-    EXPECT_NE(q_up, q_near);
-    EXPECT_EQ(rint_got, 3.0);
-    EXPECT_EQ(csr & 0x6000u, 0x4000u) << "the caller's direction is back";
+    struct R {
+        const char* fn;
+        double x, y;
+        double (*op)(double, double);
+        bool honours;
+    };
+    const R rows[] = {{"Sqrt", 3, 0, [](double x, double) { return std::sqrt(x); }, false},
+                      {"Fdim", 1, -0x1p-60, [](double x, double y) { return x - y; }, false},
+                      {"Add", 1, 0x1p-60, [](double x, double y) { return x + y; }, true},
+                      {"Inv", 3, 0, [](double x, double) { return 1 / x; }, true}};
+    for (const R& r : rows) {
+        volatile double x = r.x, y = r.y;  // read at run time, in the direction set
+        const double near = r.op(x, y);
+        ASSERT_EQ(std::fesetround(FE_UPWARD), 0);
+        const double up = r.op(x, y);
+        double got;
+        call(kernels(r.fn), 1, &r.x, &r.y, &got);
+        const unsigned csr = _mm_getcsr();
+        std::fesetround(FE_TONEAREST);
+        ASSERT_NE(up, near) << r.fn;
+        EXPECT_EQ(got, r.honours ? up : near) << r.fn;
+        EXPECT_EQ(csr & 0x6000u, 0x4000u) << r.fn << ": the caller's direction is back";
+    }
 }
 
 // Strided forms against gathering by hand, with the ordinal as error index.
