@@ -101,6 +101,10 @@ TEST_P(Denormals, FlushedOnlyUnderTheExactField) {
     EXPECT_EQ(rs[0], c.flushes ? 0.0f : 0x1p-70f);
     _vtmdFrac(1, den, r);
     EXPECT_EQ(r[0], c.flushes ? 0.0 : 0x1p-1060);
+    _vtmsLn(1, dens, rs);  // a flushed input is a pole
+    EXPECT_EQ(rs[0] == -INFINITY && _vtmGetErrStatus() == 2, c.flushes);
+    _vtmsExpm1(1, dens, rs);  // keeps the caller's state: never flushed
+    EXPECT_EQ(rs[0], 0x1p-140f);
     const double tiny[3] = {0x1p-530, 0, 0x1p-530};
     _vtmdSqr(1, tiny, r);  // keeps the caller's state: never flushed
     EXPECT_EQ(r[0], 0x1p-1060);

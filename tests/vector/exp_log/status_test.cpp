@@ -1,7 +1,7 @@
-// The exponentials' shortcut under ERRMODE_NOERR, and which exponential and
-// logarithm kernels read the mode. Thresholds and statuses are rows of the
-// edge-case table (tests/vector/edges_test.cpp); lengths, lanes, strided
-// forms and rounding are the vector conventions' tests.
+// The exponentials' shortcut under ERRMODE_NOERR. Thresholds and statuses
+// are rows of the edge-case table (tests/vector/edges_test.cpp); lengths,
+// lanes, strided forms, rounding and the denormal field are the vector
+// conventions' tests.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -76,19 +76,6 @@ TEST(ExpNoErr, ExpOfThousandIsInfinityWithoutStatus) {
     EXPECT_EQ(dr[1], 0.0);
     EXPECT_EQ(_vtmGetErrStatus(), 0);
     _vtmSetMode(old);
-}
-
-// With the denormal field at 0x280000 a mode-reading kernel takes a
-// denormal input as zero; plain Expm1 keeps the caller's state and does not.
-TEST(ExpLogBlocks, DenormalsAsZeroOnlyWhereTheModeIsRead) {
-    ErrorCapture cap(VTM_ERRMODE_CALLBACK | VTM_FTZDAZ_ON);
-    const float x[1] = {0x1p-140f};
-    float y[1];
-    orv_kern_sLn(1, x, y);
-    EXPECT_EQ(y[0], -INFINITY);
-    EXPECT_EQ(_vtmGetErrStatus(), 2);
-    orv_kern_sExpm1(1, x, y);
-    EXPECT_EQ(y[0], 0x1p-140f);
 }
 
 }  // namespace
