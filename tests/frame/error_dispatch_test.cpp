@@ -24,35 +24,31 @@ int32_t recording_callback(VtmErrorContext* c) {
     return g_callback_result;
 }
 
-// Each test runs in its own thread, so it starts from a fresh record.
+// Each test runs in its own thread, so it starts from a fresh record, with
+// the recording callback installed.
 template <typename F>
 void fresh(F f) {
     g_seen.clear();
     g_callback_result = 0;
-    std::thread(f).join();
+    std::thread([f] {
+        _vtmSetErrorCallBack(recording_callback);
+        f();
+    }).join();
 }
 
-TEST(ErrorEntry, NoErrAloneRecordsNothing) {
+// NOERR alone records nothing, IGNORE alone only the status; with another
+// bit, IGNORE does not ignore.
+TEST(ErrorEntry, NoErrAndIgnoreAlone) {
     fresh([] {
-        _vtmSetErrorCallBack(recording_callback);
-        _vtmSetMode(VTM_ERRMODE_NOERR);
         double a[2] = {1, 2}, r[2] = {5, 6};
+        _vtmSetMode(VTM_ERRMODE_NOERR);
         fr::error_d(VtmStatusDomain, 1, a, a, r, r, "vdLn");
         EXPECT_EQ(_vtmGetErrStatus(), 0);
-        EXPECT_TRUE(g_seen.empty());
         EXPECT_EQ(r[1], 6.0);
-    });
-}
-
-TEST(ErrorEntry, IgnoreAloneRecordsOnlyTheStatus) {
-    fresh([] {
-        _vtmSetErrorCallBack(recording_callback);
         _vtmSetMode(VTM_ERRMODE_IGNORE);
-        double a[2] = {1, 2}, r[2] = {5, 6};
         fr::error_d(VtmStatusPole, 0, a, a, r, r, "vdLn");
         EXPECT_EQ(_vtmGetErrStatus(), VtmStatusPole);
         EXPECT_TRUE(g_seen.empty());
-        // With another bit, ignore does not ignore.
         _vtmSetMode(VTM_ERRMODE_IGNORE | VTM_ERRMODE_CALLBACK);
         fr::error_d(VtmStatusPole, 0, a, a, r, r, "vdLn");
         EXPECT_EQ(g_seen.size(), 1u);
@@ -61,7 +57,6 @@ TEST(ErrorEntry, IgnoreAloneRecordsOnlyTheStatus) {
 
 TEST(ErrorEntry, LastStatusWinsAndRecordCarriesElementValues) {
     fresh([] {
-        _vtmSetErrorCallBack(recording_callback);
         _vtmSetMode(VTM_ERRMODE_CALLBACK);
         float a[4] = {1.5f, 2.5f, 3.5f, 4.5f}, b[4] = {-1, -2, -3, -4}, r[4] = {9, 8, 7, 6};
         g_replacement = 8.0;  // unchanged by the callback for element 1
@@ -84,7 +79,6 @@ TEST(ErrorEntry, LastStatusWinsAndRecordCarriesElementValues) {
 
 TEST(ErrorEntry, CallbackZeroReplacesResultNonZeroKeepsIt) {
     fresh([] {
-        _vtmSetErrorCallBack(recording_callback);
         _vtmSetMode(VTM_ERRMODE_CALLBACK);
         float a[1] = {2}, r[1] = {7};
         g_replacement = 0.1;  // narrowed to float when written back
@@ -115,7 +109,6 @@ TEST(ErrorEntry, TwoResultsAreWrittenSecondThenFirst) {
 
 TEST(ErrorEntry, IndexIsRelativeToTheCallersWholeArray) {
     fresh([] {
-        _vtmSetErrorCallBack(recording_callback);
         std::vector<double> whole(2000);
         for (int i = 0; i < 2000; ++i) whole[i] = i;
         std::vector<OrvComplex16> zwhole(100);
@@ -140,7 +133,6 @@ TEST(ErrorEntry, IndexIsRelativeToTheCallersWholeArray) {
 
 TEST(ErrorEntry, LongNameIsCutTo47) {
     fresh([] {
-        _vtmSetErrorCallBack(recording_callback);
         const std::string name(50, 'n');
         double a[1] = {0};
         fr::error_d(VtmStatusPole, 0, a, a, a, a, name.c_str());
@@ -152,7 +144,6 @@ TEST(ErrorEntry, LongNameIsCutTo47) {
 
 TEST(ErrorEntry, BadArgumentAndPointerLeaveArraysAlone) {
     fresh([] {
-        _vtmSetErrorCallBack(recording_callback);
         g_replacement = 99;
         double a[1] = {3}, r[1] = {4};
         fr::error_d(VtmStatusBadArgument, 2, a, a, r, r, "vdAdd");
@@ -235,7 +226,7 @@ TEST(DispatcherDeathTest, UnmaskedTrapArrivesAsSigfpe) {
 }
 
 TEST(Callbacks, SetAndClearGoThroughTheMerge) {
-    fresh([] {
+    std::thread([] {
         EXPECT_EQ(_vtmSetErrorCallBack(recording_callback), nullptr);
         EXPECT_EQ(_vtmGetErrorCallBack(), recording_callback);
         EXPECT_EQ(_vtmGetMode() & VTM_ERRMODE_MASK, 0x1A00u);
@@ -253,7 +244,7 @@ TEST(Callbacks, SetAndClearGoThroughTheMerge) {
         EXPECT_EQ(_vtmSetErrStatus(-7), VtmStatusDomain);
         EXPECT_EQ(_vtmClearErrStatus(), -7);
         EXPECT_EQ(orv_vtm_kernel_GetErrStatus(), 0);
-    });
+    }).join();
 }
 
 }  // namespace

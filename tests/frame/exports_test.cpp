@@ -4,37 +4,14 @@
 
 #include <dlfcn.h>
 
-#include <cstdio>
 #include <cstring>
-#include <fstream>
-#include <set>
 #include <string>
 
 #include <orv/vtm.h>
 
+#include "dynamic_symbols.h"
+
 namespace {
-
-std::set<std::string> read_lines(const std::string& path) {
-    std::set<std::string> out;
-    std::ifstream in(path);
-    for (std::string line; std::getline(in, line);)
-        if (!line.empty()) out.insert(line);
-    return out;
-}
-
-std::set<std::string> dynamic_symbols(const std::string& so) {
-    std::set<std::string> out;
-    const std::string cmd = "nm -D --defined-only '" + so + "'";
-    FILE* p = popen(cmd.c_str(), "r");
-    if (p == nullptr) return out;
-    char line[1024];
-    while (fgets(line, sizeof line, p)) {
-        char addr[64], type[8], name[900];
-        if (sscanf(line, "%63s %7s %899s", addr, type, name) == 3) out.insert(name);
-    }
-    pclose(p);
-    return out;
-}
 
 TEST(Exports, DynamicSymbolTableIsExactlyTheGeneratedList) {
     const auto want = read_lines(ORV_KERNEL_EXPORTS);

@@ -19,6 +19,7 @@ struct Kernels {
     void* d = nullptr;   // plain double kernel
     void* sI = nullptr;  // strided forms
     void* dI = nullptr;
+    const void* tab[4] = {};  // the kernel tables (three slots) of s, d, sI, dI
 };
 
 inline const std::vector<Kernels>& all_kernels() {
@@ -30,9 +31,10 @@ inline const std::vector<Kernels>& all_kernels() {
             const char* family;
             const char* shape;
             void* stub;
+            const void* tab;
         };
 #define X(NAME, BASE, TYPE, STRIDED, FAMILY, SHAPE, B0, B1, B2) \
-    Gen{#BASE, TYPE, STRIDED, #FAMILY, #SHAPE, (void*)_vtm##NAME},
+    Gen{#BASE, TYPE, STRIDED, #FAMILY, #SHAPE, (void*)_vtm##NAME, (const void*)orv_vtm_kernel_##NAME##_ttab},
         const Gen gen[] = {
 #include "vtm_rows.inc"
         };
@@ -46,6 +48,7 @@ inline const std::vector<Kernels>& all_kernels() {
                 if (e.name == g.base) k = &e;
             if (!k) k = &v.emplace_back(Kernels{g.base, g.family, shape == "unary" ? 1 : 2});
             (g.type == 's' ? (g.strided ? k->sI : k->s) : (g.strided ? k->dI : k->d)) = g.stub;
+            k->tab[(g.type == 'd') + 2 * g.strided] = g.tab;
         }
         for (const Kernels& k : v)
             if (!k.s || !k.d || !k.sI || !k.dI) throw std::runtime_error("incomplete forms of " + k.name);

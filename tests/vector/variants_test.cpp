@@ -8,15 +8,15 @@
 
 #include <cmath>
 #include <cstdint>
-#include <cstdio>
 #include <cstring>
-#include <fstream>
 #include <random>
 #include <set>
 #include <string>
 #include <vector>
 
 #include <orv/vtm.h>
+
+#include "../frame/dynamic_symbols.h"
 
 namespace {
 
@@ -119,21 +119,8 @@ std::vector<uint64_t> run(void* lib, const Row& row, int slot, int n, const std:
     return out;
 }
 
-std::set<std::string> dynamic_symbols(const std::string& so) {
-    std::set<std::string> out;
-    FILE* p = popen(("nm -D --defined-only '" + so + "'").c_str(), "r");
-    char line[1024], addr[64], type[8], name[900];
-    while (p && fgets(line, sizeof line, p))
-        if (sscanf(line, "%63s %7s %899s", addr, type, name) == 3) out.insert(name);
-    if (p) pclose(p);
-    return out;
-}
-
 TEST(Variants, ExportExactlyTheTablesStubsAndVersion) {
-    std::set<std::string> want;
-    std::ifstream in(ORV_VARIANT_EXPORTS);
-    for (std::string s; std::getline(in, s);)
-        if (!s.empty()) want.insert(s);
+    const std::set<std::string> want = read_lines(ORV_VARIANT_EXPORTS);
     ASSERT_GT(want.size(), 1u);
     for (const Variant& v : kVariants) EXPECT_EQ(dynamic_symbols(v.path), want) << v.path;
 }

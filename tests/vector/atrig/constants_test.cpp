@@ -44,11 +44,6 @@ TEST(AtrigConstants, SplitsMatchMpfr) {
         mpfr_div(s, s, v, MPFR_RNDN);
         EXPECT_LT(std::fabs(mpfr_get_d(s, MPFR_RNDN)), 0x1p-104) << c.what;
     }
-    // The rows of the reduction hold the same centres.
-    EXPECT_EQ(kAtanRows[1][4], kAtanHalfHi);
-    EXPECT_EQ(kAtanRows[2][4], kAtanOneHi);
-    EXPECT_EQ(kAtanRows[3][4], kAtan3o2Hi);
-    EXPECT_EQ(kAtanRows[4][4], kPio2Hi);
     mpfr_clears(v, s, (mpfr_ptr)nullptr);
 }
 
