@@ -14,17 +14,13 @@
 #include <orv/rng.h>
 
 #include "frame/fault_injection.h"
+#include "stream_util.h"
 
 namespace {
 
 using u128 = unsigned __int128;
 
-struct Owned {
-    void* s = nullptr;
-    ~Owned() {
-        if (s != nullptr) __vstDeleteStream(&s);
-    }
-};
+using Owned = rngtest::Stream;
 
 u128 counter_of(const uint32_t c[4]) {
     return static_cast<u128>(c[3]) << 96 | static_cast<u128>(c[2]) << 64 | static_cast<u128>(c[1]) << 32 | c[0];

@@ -10,25 +10,14 @@
 
 #include <orv/rng.h>
 
+#include "stream_util.h"
+
 namespace {
 
-struct Owned {
-    void* s = nullptr;
-    Owned(int32_t id, const std::vector<uint32_t>& seed) {
-        EXPECT_EQ(__vstNewStreamEx(&s, id, static_cast<int32_t>(seed.size()), seed.data()), 0);
-    }
-    ~Owned() {
-        if (s != nullptr) __vstDeleteStream(&s);
-    }
+struct Owned : rngtest::Stream {
+    using rngtest::Stream::Stream;
     uint32_t dimension() const { return static_cast<const uint32_t*>(s)[5]; }
-    std::vector<uint32_t> words(int n, int32_t want = 0) {
-        std::vector<uint32_t> w(static_cast<size_t>(n));
-        EXPECT_EQ(fill(n, w.data()), want);
-        return w;
-    }
-    int32_t fill(int n, uint32_t* w) {
-        return __vstGetStreamStateBrng(s) == ORV_BRNG_SOBOL ? __vstiBRngSobol(s, n, w) : __vstiBRngNiederr(s, n, w);
-    }
+    int32_t fill(int n, uint32_t* w) { return row.wordFill(s, n, w); }
 };
 
 // The oracle: m from the published initial numbers by Sobol's recursion

@@ -18,25 +18,14 @@
 #include "frame/fault_injection.h"
 #include "rng/chunks.h"
 #include "rng/stream.h"
+#include "stream_util.h"
 
 namespace {
 
 const uint32_t kSeed[6] = {11, 22, 33, 44, 55, 66};
 
-struct Owned {
-    void* s = nullptr;
-    ~Owned() {
-        if (s != nullptr) __vstDeleteStream(&s);
-    }
-};
-
-std::vector<uint32_t> words(void* s, int n) {
-    BrngRow row;
-    __vstGetBrngProperties(static_cast<int32_t>(__vstGetStreamStateBrng(s)), &row);
-    std::vector<uint32_t> out(static_cast<size_t>(n) * (row.wordBytes / 4));
-    row.wordFill(s, n, out.data());
-    return out;
-}
+using Owned = rngtest::Stream;
+using rngtest::words;
 
 void* block(const char* text) {
     const size_t n = std::strlen(text) + 1;
