@@ -144,19 +144,14 @@ struct Trng {
     }
 };
 
-TEST(Trng, StatusesOnThisProcessor) {
+// Without RDRAND the stream is refused and a fill says why. (With it, the
+// missing skip-ahead and leapfrog are checked in generic_test.cpp.)
+TEST(Trng, StatusesWithoutRdrand) {
+    if (__vstCPUisRDRAND()) GTEST_SKIP() << "RDRAND present";
     Trng t;
-    if (!__vstCPUisRDRAND()) {
-        EXPECT_EQ(t.status, ORV_RNG_ERROR_NO_RDRAND);
-        uint32_t w;
-        EXPECT_EQ(t.row.wordFill(t.o.s, 1, &w), ORV_RNG_ERROR_NO_RDRAND);
-        return;
-    }
-    ASSERT_EQ(t.status, 0);
-    const uint64_t one = 1;
-    EXPECT_EQ(__vstLeapfrogStream(t.o.s, 0, 2), ORV_RNG_ERROR_LEAPFROG_UNSUPPORTED);
-    EXPECT_EQ(__vstSkipAheadStream(t.o.s, 1), ORV_RNG_ERROR_SKIPAHEAD_UNSUPPORTED);
-    EXPECT_EQ(__vstSkipAheadStreamEx(t.o.s, 1, &one), ORV_RNG_ERROR_SKIPAHEADEX_UNSUPPORTED);
+    EXPECT_EQ(t.status, ORV_RNG_ERROR_NO_RDRAND);
+    uint32_t w;
+    EXPECT_EQ(t.row.wordFill(t.o.s, 1, &w), ORV_RNG_ERROR_NO_RDRAND);
 }
 
 // With r retries a value has r + 1 attempts, and one that comes only at the

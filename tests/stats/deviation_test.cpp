@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include "harness.h"
 #include "kat.h"
 
 #include <algorithm>
@@ -23,23 +24,15 @@ class Deviations : public ::testing::TestWithParam<Case> {};
 
 template <typename T>
 void check(const kat::Case& k, bool by_obs, bool weighted) {
-    const int64_t p = k.p, n = k.n;
-    const auto& kx = k.rows.at("x");
-    const int64_t storage = by_obs ? SS_STORAGE_BY_OBSERVATION : SS_STORAGE_BY_VARIABLE;
-    std::vector<T> x(n * p), w(k.rows.at("w").begin(), k.rows.at("w").end());
-    for (int64_t i = 0; i < n; ++i)
-        for (int64_t j = 0; j < p; ++j) x[by_obs ? i * p + j : j * n + i] = static_cast<T>(kx[i * p + j]);
+    const int64_t p = k.p;
     const std::vector<int64_t> mask = {0, 1, 1, 1};  // variable 0 left out
+    harness::Task<T> t(k.rows.at("x"), weighted ? k.rows.at("w") : std::vector<double>{}, k.n, p, by_obs, 0,
+                       T(0), mask.data());
     std::vector<T> med(p, T(-1)), mean(p, T(-1));
-    SsTask* task = nullptr;
-    const auto create = sizeof(T) == 8 ? __vstdSSNewTask : __vstsSSNewTask;
-    ASSERT_EQ(create(&task, &p, &n, &storage, x.data(), weighted ? w.data() : nullptr,
-                     mask.data(), 1), SS_OK);
-    __vstdSSEditTask(task, SS_ED_median_abs_dev, med.data());
-    __vstdSSEditTask(task, SS_ED_mean_abs_dev, mean.data());
+    __vstdSSEditTask(t.task, SS_ED_median_abs_dev, med.data());
+    __vstdSSEditTask(t.task, SS_ED_mean_abs_dev, mean.data());
     ASSERT_EQ((sizeof(T) == 8 ? vstdSSMAD : vstsSSMAD)(
-                  task, SS_EST_MEDIAN_ABS_DEV | SS_EST_MEAN_ABS_DEV, SS_METHOD_PLAIN_SUMS), SS_OK);
-    __vstSSDeleteTask(&task);
+                  t.task, SS_EST_MEDIAN_ABS_DEV | SS_EST_MEAN_ABS_DEV, SS_METHOD_PLAIN_SUMS), SS_OK);
     const double tol = sizeof(T) == 8 ? 1e-13 : 2e-5;
     EXPECT_EQ(med[0], T(-1));
     EXPECT_EQ(mean[0], T(-1));
