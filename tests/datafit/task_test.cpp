@@ -129,8 +129,8 @@ struct Fixture {
     std::vector<double> x = wavy_x(12), y = std::vector<double>(36, 1.0), bc = {1.0, 2.0},
                         ic = std::vector<double>(13, 0.0), coef = std::vector<double>(200, 0.0);
     DFTask* t = nullptr;
-    explicit Fixture(int64_t ny = 3, int64_t yhint = 0x10) {
-        EXPECT_EQ(orv_df_kernel_dNewTask1D(&t, 12, x.data(), 1, ny, ny ? y.data() : nullptr, yhint, 0),
+    explicit Fixture(int64_t ny = 3, int64_t yhint = 0x10, int32_t wide = 0) {
+        EXPECT_EQ(orv_df_kernel_dNewTask1D(&t, 12, x.data(), 1, ny, ny ? y.data() : nullptr, yhint, wide),
                   DF_OK);
     }
     ~Fixture() { orv_df_kernel_DeleteTask(&t); }
@@ -143,10 +143,9 @@ struct ValCase {
 class EditVal : public ::testing::TestWithParam<ValCase> {};
 TEST_P(EditVal, RefusesBadValuesAndReadsBackGoodOnes) {
     const ValCase c = GetParam();
-    std::vector<double> x = wavy_x(30), y(60, 1.0);
     for (int32_t wide : {0, 1}) {
-        DFTask* t = nullptr;
-        ASSERT_EQ(orv_df_kernel_dNewTask1D(&t, 30, x.data(), 1, 2, y.data(), 0x10, wide), DF_OK);
+        Fixture f(3, 0x10, wide);
+        DFTask* t = f.t;
         EXPECT_EQ(orv_df_kernel_iEditVal(t, c.id, c.bad), c.want);
         EXPECT_EQ(orv_df_kernel_iEditVal(t, c.id, c.good), DF_OK);
         // A 32-bit caller gets 4 bytes, a 64-bit one 8.
@@ -160,7 +159,6 @@ TEST_P(EditVal, RefusesBadValuesAndReadsBackGoodOnes) {
             EXPECT_EQ(lo, c.good);
             EXPECT_EQ(reinterpret_cast<int32_t*>(&out)[1], -1);
         }
-        orv_df_kernel_DeleteTask(&t);
     }
 }
 INSTANTIATE_TEST_SUITE_P(
