@@ -7,6 +7,7 @@
 #include <cstring>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "spline_util.h"
@@ -388,13 +389,11 @@ std::vector<EntryCase> entry_cases() {
     auto nx_then = [](int64_t nx) {
         return [nx](DFTask*& t, int64_t&) { t->nx = nx; t->yhint = 0x40; };
     };
-    v.push_back({"nx", Kind::Linear, nx_then(1), DF_BAD_NX});
-    v.push_back({"nx", Kind::Akima, nx_then(4), DF_BAD_NX});
-    v.push_back({"nx", Kind::Hyman, nx_then(3), DF_BAD_NX});
-    v.push_back({"nx", Kind::Bessel, nx_then(2), DF_BAD_NX});
-    v.push_back({"nx", Kind::Hermite, nx_then(2), DF_BAD_NX});
-    v.push_back({"nx", Kind::Default, nx_then(2), DF_BAD_NX});
-    v.push_back({"nx", Kind::Natural, nx_then(1), DF_BAD_NX});
+    // The largest partition each kind refuses.
+    const std::pair<Kind, int64_t> too_few[] = {{Kind::Linear, 1}, {Kind::Akima, 4},   {Kind::Hyman, 3},
+                                                {Kind::Bessel, 2}, {Kind::Hermite, 2}, {Kind::Default, 2},
+                                                {Kind::Natural, 1}};
+    for (const auto& [k, nx] : too_few) v.push_back({"nx", k, nx_then(nx), DF_BAD_NX});
     v.push_back({"nx 2 not-a-knot", Kind::Natural,
                  [](DFTask*& t, int64_t&) { t->nx = 2; t->bc_type = 1; t->yhint = 0x40; }, DF_BAD_NX});
     auto bc_kind = [](int64_t b) { return [b](DFTask*& t, int64_t&) { t->bc_type = b; t->bc = nullptr; }; };
@@ -413,8 +412,8 @@ std::vector<EntryCase> entry_cases() {
     for (Kind k : {Kind::Akima, Kind::Bessel, Kind::Hyman, Kind::Default, Kind::Natural})
         v.push_back({"periodic bc null stype 2", k,
                      [](DFTask*& t, int64_t&) { t->bc_type = 0x40; t->bc = nullptr; t->stype = 2; }, DF_OK});
-    v.push_back({"ic null", Kind::Hermite, [](DFTask*& t, int64_t&) { t->ic = nullptr; }, DF_BAD_IC});
-    v.push_back({"ic null", Kind::Default, [](DFTask*& t, int64_t&) { t->ic = nullptr; }, DF_BAD_IC});
+    for (Kind k : {Kind::Hermite, Kind::Default})
+        v.push_back({"ic null", k, [](DFTask*& t, int64_t&) { t->ic = nullptr; }, DF_BAD_IC});
     v.push_back({"periodic needs bc[0]", Kind::Hermite,
                  [](DFTask*& t, int64_t&) { t->bc_type = 0x40; t->bc = nullptr; t->stype = 2; }, DF_NULL_BC});
     v.push_back({"singular", Kind::Natural,
