@@ -1,5 +1,6 @@
 // A task with every result array of the basic statistics, in either
-// precision and data layout, for the tests.
+// precision and data layout (with an optional variable mask), for the tests
+// of every entry.
 #pragma once
 
 #include <orv/stats.h>
