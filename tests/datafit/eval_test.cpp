@@ -455,14 +455,14 @@ TEST(PPolyReference, ValuesDerivativesAndIntegrals) {
     while (std::getline(in, line)) {
         std::istringstream ls(line);
         ls >> word;
+        if (word == "case") {  // case order k nx n
+            ls >> word >> order;
+            ++cases;
+            continue;
+        }
         std::vector<double> v;
         for (double d; ls >> d;) v.push_back(d);
-        if (word == "case") {
-            std::istringstream cs(line);
-            std::string w;
-            cs >> w >> w >> order;
-            ++cases;
-        } else if (word == "x") {
+        if (word == "x") {
             x = v;
         } else if (word == "c") {
             c = v;

@@ -16,16 +16,9 @@ inline constexpr Kind kKinds[] = {Kind::Linear, Kind::Quadratic, Kind::Akima, Ki
                                   Kind::Hyman,  Kind::Hermite,   Kind::Default, Kind::Natural};
 
 inline const char* name(Kind k) {
-    switch (k) {
-        case Kind::Linear: return "linear";
-        case Kind::Quadratic: return "quadratic";
-        case Kind::Akima: return "akima";
-        case Kind::Bessel: return "bessel";
-        case Kind::Hyman: return "hyman";
-        case Kind::Hermite: return "hermite";
-        case Kind::Default: return "default";
-        default: return "natural";
-    }
+    static const char* const names[] = {"linear", "quadratic", "akima", "bessel",
+                                        "hyman", "hermite", "default", "natural"};
+    return names[static_cast<int>(k)];
 }
 inline Kind kind_of(const std::string& s) {
     for (Kind k : kKinds)
@@ -36,21 +29,15 @@ inline Kind kind_of(const std::string& s) {
 using Ctor = int (*)(DFTask*, int64_t, int64_t, const DFThreadOps*);
 template <typename T>
 Ctor ctor(Kind k) {
-    constexpr bool d = sizeof(T) == 8;
-    switch (k) {
-        case Kind::Linear: return d ? orv_df_kernel_dDFLinearSpline1D : orv_df_kernel_sDFLinearSpline1D;
-        case Kind::Quadratic:
-            return d ? orv_df_kernel_dDFQuadraticSpline1D : orv_df_kernel_sDFQuadraticSpline1D;
-        case Kind::Akima: return d ? orv_df_kernel_dDFAkimaCubicSpline1D : orv_df_kernel_sDFAkimaCubicSpline1D;
-        case Kind::Bessel: return d ? orv_df_kernel_dDFBesselCubicSpline1D : orv_df_kernel_sDFBesselCubicSpline1D;
-        case Kind::Hyman: return d ? orv_df_kernel_dDFHymanCubicSpline1D : orv_df_kernel_sDFHymanCubicSpline1D;
-        case Kind::Hermite:
-            return d ? orv_df_kernel_dDFHermiteCubicSpline1D : orv_df_kernel_sDFHermiteCubicSpline1D;
-        case Kind::Default:
-            return d ? orv_df_kernel_dDFDefaultCubicSpline1D : orv_df_kernel_sDFDefaultCubicSpline1D;
-        default:
-            return d ? orv_df_kernel_dDFNaturalCubicSpline1D : orv_df_kernel_sDFNaturalCubicSpline1D;
-    }
+    static const Ctor d[] = {orv_df_kernel_dDFLinearSpline1D, orv_df_kernel_dDFQuadraticSpline1D,
+                             orv_df_kernel_dDFAkimaCubicSpline1D, orv_df_kernel_dDFBesselCubicSpline1D,
+                             orv_df_kernel_dDFHymanCubicSpline1D, orv_df_kernel_dDFHermiteCubicSpline1D,
+                             orv_df_kernel_dDFDefaultCubicSpline1D, orv_df_kernel_dDFNaturalCubicSpline1D};
+    static const Ctor s[] = {orv_df_kernel_sDFLinearSpline1D, orv_df_kernel_sDFQuadraticSpline1D,
+                             orv_df_kernel_sDFAkimaCubicSpline1D, orv_df_kernel_sDFBesselCubicSpline1D,
+                             orv_df_kernel_sDFHymanCubicSpline1D, orv_df_kernel_sDFHermiteCubicSpline1D,
+                             orv_df_kernel_sDFDefaultCubicSpline1D, orv_df_kernel_sDFNaturalCubicSpline1D};
+    return (sizeof(T) == 8 ? d : s)[static_cast<int>(k)];
 }
 
 // The task calls of precision T, so that a test is written once for both.

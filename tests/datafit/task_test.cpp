@@ -7,6 +7,7 @@
 #include <cstring>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "spline_util.h"
@@ -129,8 +130,8 @@ struct Fixture {
     std::vector<double> x = wavy_x(12), y = std::vector<double>(36, 1.0), bc = {1.0, 2.0},
                         ic = std::vector<double>(13, 0.0), coef = std::vector<double>(200, 0.0);
     DFTask* t = nullptr;
-    explicit Fixture(int64_t ny = 3, int64_t yhint = 0x10) {
-        EXPECT_EQ(orv_df_kernel_dNewTask1D(&t, 12, x.data(), 1, ny, ny ? y.data() : nullptr, yhint, 0),
+    explicit Fixture(int64_t ny = 3, int64_t yhint = 0x10, int32_t wide = 0) {
+        EXPECT_EQ(orv_df_kernel_dNewTask1D(&t, 12, x.data(), 1, ny, ny ? y.data() : nullptr, yhint, wide),
                   DF_OK);
     }
     ~Fixture() { orv_df_kernel_DeleteTask(&t); }
@@ -143,10 +144,9 @@ struct ValCase {
 class EditVal : public ::testing::TestWithParam<ValCase> {};
 TEST_P(EditVal, RefusesBadValuesAndReadsBackGoodOnes) {
     const ValCase c = GetParam();
-    std::vector<double> x = wavy_x(30), y(60, 1.0);
     for (int32_t wide : {0, 1}) {
-        DFTask* t = nullptr;
-        ASSERT_EQ(orv_df_kernel_dNewTask1D(&t, 30, x.data(), 1, 2, y.data(), 0x10, wide), DF_OK);
+        Fixture f(3, 0x10, wide);
+        DFTask* t = f.t;
         EXPECT_EQ(orv_df_kernel_iEditVal(t, c.id, c.bad), c.want);
         EXPECT_EQ(orv_df_kernel_iEditVal(t, c.id, c.good), DF_OK);
         // A 32-bit caller gets 4 bytes, a 64-bit one 8.
@@ -160,7 +160,6 @@ TEST_P(EditVal, RefusesBadValuesAndReadsBackGoodOnes) {
             EXPECT_EQ(lo, c.good);
             EXPECT_EQ(reinterpret_cast<int32_t*>(&out)[1], -1);
         }
-        orv_df_kernel_DeleteTask(&t);
     }
 }
 INSTANTIATE_TEST_SUITE_P(
@@ -390,13 +389,11 @@ std::vector<EntryCase> entry_cases() {
     auto nx_then = [](int64_t nx) {
         return [nx](DFTask*& t, int64_t&) { t->nx = nx; t->yhint = 0x40; };
     };
-    v.push_back({"nx", Kind::Linear, nx_then(1), DF_BAD_NX});
-    v.push_back({"nx", Kind::Akima, nx_then(4), DF_BAD_NX});
-    v.push_back({"nx", Kind::Hyman, nx_then(3), DF_BAD_NX});
-    v.push_back({"nx", Kind::Bessel, nx_then(2), DF_BAD_NX});
-    v.push_back({"nx", Kind::Hermite, nx_then(2), DF_BAD_NX});
-    v.push_back({"nx", Kind::Default, nx_then(2), DF_BAD_NX});
-    v.push_back({"nx", Kind::Natural, nx_then(1), DF_BAD_NX});
+    // The largest partition each kind refuses.
+    const std::pair<Kind, int64_t> too_few[] = {{Kind::Linear, 1}, {Kind::Akima, 4},   {Kind::Hyman, 3},
+                                                {Kind::Bessel, 2}, {Kind::Hermite, 2}, {Kind::Default, 2},
+                                                {Kind::Natural, 1}};
+    for (const auto& [k, nx] : too_few) v.push_back({"nx", k, nx_then(nx), DF_BAD_NX});
     v.push_back({"nx 2 not-a-knot", Kind::Natural,
                  [](DFTask*& t, int64_t&) { t->nx = 2; t->bc_type = 1; t->yhint = 0x40; }, DF_BAD_NX});
     auto bc_kind = [](int64_t b) { return [b](DFTask*& t, int64_t&) { t->bc_type = b; t->bc = nullptr; }; };
@@ -415,8 +412,8 @@ std::vector<EntryCase> entry_cases() {
     for (Kind k : {Kind::Akima, Kind::Bessel, Kind::Hyman, Kind::Default, Kind::Natural})
         v.push_back({"periodic bc null stype 2", k,
                      [](DFTask*& t, int64_t&) { t->bc_type = 0x40; t->bc = nullptr; t->stype = 2; }, DF_OK});
-    v.push_back({"ic null", Kind::Hermite, [](DFTask*& t, int64_t&) { t->ic = nullptr; }, DF_BAD_IC});
-    v.push_back({"ic null", Kind::Default, [](DFTask*& t, int64_t&) { t->ic = nullptr; }, DF_BAD_IC});
+    for (Kind k : {Kind::Hermite, Kind::Default})
+        v.push_back({"ic null", k, [](DFTask*& t, int64_t&) { t->ic = nullptr; }, DF_BAD_IC});
     v.push_back({"periodic needs bc[0]", Kind::Hermite,
                  [](DFTask*& t, int64_t&) { t->bc_type = 0x40; t->bc = nullptr; t->stype = 2; }, DF_NULL_BC});
     v.push_back({"singular", Kind::Natural,

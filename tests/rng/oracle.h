@@ -17,6 +17,16 @@ inline uint64_t mod(i128 v, uint64_t m) {
     return static_cast<uint64_t>(r < 0 ? r + m : r);
 }
 
+// a^e mod m by square-and-multiply in 128 bits.
+inline uint64_t pow_mod(uint64_t a, u128 e, uint64_t m) {
+    u128 r = 1 % m, b = a % m;
+    for (; e != 0; e >>= 1) {
+        if (e & 1) r = r * b % m;
+        b = b * b % m;
+    }
+    return static_cast<uint64_t>(r);
+}
+
 // x(n+1) = a x(n) mod m, output x(n).
 struct Mcg {
     uint64_t x, a, m;

@@ -10,25 +10,14 @@
 
 #include <orv/rng.h>
 
+#include "stream_util.h"
+
 namespace {
 
-struct Owned {
-    void* s = nullptr;
-    Owned(int32_t id, const std::vector<uint32_t>& seed) {
-        EXPECT_EQ(__vstNewStreamEx(&s, id, static_cast<int32_t>(seed.size()), seed.data()), 0);
-    }
-    ~Owned() {
-        if (s != nullptr) __vstDeleteStream(&s);
-    }
+struct Owned : rngtest::Stream {
+    using rngtest::Stream::Stream;
     uint32_t dimension() const { return static_cast<const uint32_t*>(s)[5]; }
-    std::vector<uint32_t> words(int n, int32_t want = 0) {
-        std::vector<uint32_t> w(static_cast<size_t>(n));
-        EXPECT_EQ(fill(n, w.data()), want);
-        return w;
-    }
-    int32_t fill(int n, uint32_t* w) {
-        return __vstGetStreamStateBrng(s) == ORV_BRNG_SOBOL ? __vstiBRngSobol(s, n, w) : __vstiBRngNiederr(s, n, w);
-    }
+    int32_t fill(int n, uint32_t* w) { return row.wordFill(s, n, w); }
 };
 
 // The oracle: m from the published initial numbers by Sobol's recursion
@@ -36,6 +25,8 @@ struct Owned {
 // index n as the XOR of the direction numbers over the bits of gray(n).
 struct SobolOracle {
     std::vector<std::vector<uint64_t>> v;  // v[d][k], 32 bits
+    std::vector<uint32_t> polys;            // of dimensions 1.., as published
+    std::vector<std::vector<uint32_t>> m;   // their initial numbers
     explicit SobolOracle(uint32_t dims) {
         std::ifstream in(ORV_RNG_SOBOL_NUMBERS);
         v.push_back({});
@@ -46,16 +37,18 @@ struct SobolOracle {
             std::istringstream f(line);
             uint64_t d, s, poly;
             f >> d >> s >> poly;
-            std::vector<uint64_t> m(32);
-            for (uint64_t k = 0; k < s; ++k) f >> m[k];
+            std::vector<uint64_t> mk(32);
+            for (uint64_t k = 0; k < s; ++k) f >> mk[k];
+            polys.push_back(static_cast<uint32_t>(poly));
+            m.emplace_back(mk.begin(), mk.begin() + static_cast<long>(s));
             for (uint64_t k = s; k < 32; ++k) {
                 uint64_t next = 0;
                 for (uint64_t i = 1; i <= s; ++i)  // coefficient of x^(s-i), a_s = 1
-                    if ((poly >> (s - i)) & 1) next ^= m[k - i] << i;
-                m[k] = next ^ m[k - s];
+                    if ((poly >> (s - i)) & 1) next ^= mk[k - i] << i;
+                mk[k] = next ^ mk[k - s];
             }
             std::vector<uint64_t> row;
-            for (int k = 0; k < 32; ++k) row.push_back(m[k] << (31 - k));
+            for (int k = 0; k < 32; ++k) row.push_back(mk[k] << (31 - k));
             v.push_back(row);
         }
     }
@@ -219,20 +212,8 @@ TEST(Quasi, SkipAheadRecomputesAndTheSequenceEnds) {
 // mode 4 in 50 dimensions keeps its numbers in chunks 9 and 13.
 TEST(Sobol, UserModesReproduceTheBuiltInNumbers) {
     const SobolOracle oracle(40);
-    std::ifstream in(ORV_RNG_SOBOL_NUMBERS);
-    std::vector<uint32_t> polys, degrees;
-    std::vector<std::vector<uint32_t>> m;
-    std::string line;
-    while (std::getline(in, line)) {
-        if (line.empty() || line[0] == '#') continue;
-        std::istringstream f(line);
-        uint32_t d, s, p;
-        f >> d >> s >> p;
-        polys.push_back(p);
-        degrees.push_back(s);
-        m.emplace_back(s);
-        for (auto& x : m.back()) f >> x;
-    }
+    const auto& polys = oracle.polys;
+    const auto& m = oracle.m;
     const uint32_t dim = 12;
     std::vector<uint32_t> mode1 = {dim, 1, 1}, mode2 = {dim, 1, 2, 8}, mode3 = {dim, 1, 3};
     for (uint32_t d = 1; d < dim; ++d) mode1.push_back(polys[d - 1]), mode3.push_back(polys[d - 1]);

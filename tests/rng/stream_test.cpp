@@ -18,25 +18,14 @@
 #include "frame/fault_injection.h"
 #include "rng/chunks.h"
 #include "rng/stream.h"
+#include "stream_util.h"
 
 namespace {
 
 const uint32_t kSeed[6] = {11, 22, 33, 44, 55, 66};
 
-struct Owned {
-    void* s = nullptr;
-    ~Owned() {
-        if (s != nullptr) __vstDeleteStream(&s);
-    }
-};
-
-std::vector<uint32_t> words(void* s, int n) {
-    BrngRow row;
-    __vstGetBrngProperties(static_cast<int32_t>(__vstGetStreamStateBrng(s)), &row);
-    std::vector<uint32_t> out(static_cast<size_t>(n) * (row.wordBytes / 4));
-    row.wordFill(s, n, out.data());
-    return out;
-}
+using Owned = rngtest::Stream;
+using rngtest::words;
 
 void* block(const char* text) {
     const size_t n = std::strlen(text) + 1;
@@ -55,6 +44,13 @@ std::vector<std::string> chunk_texts(const void* s) {
     for (const Node* n = *reinterpret_cast<Node* const*>(static_cast<const char*>(s) + 8); n; n = n->next)
         out.emplace_back(static_cast<const char*>(n->data));
     return out;
+}
+
+// The memory image of a stream.
+std::vector<char> image(void* s) {
+    std::vector<char> img(__vstGetStreamSize(s));
+    EXPECT_EQ(__vstSaveStreamM(s, img.data()), 0);
+    return img;
 }
 
 std::string temp_path(const char* tag) {
@@ -182,8 +178,7 @@ TEST_P(Damaged, GivesItsStatusAndNoStream) {
     Owned src;
     ASSERT_EQ(__vstNewStreamEx(&src.s, ORV_BRNG_MCG59, 2, kSeed), 0);
     __vstAddChunk(src.s, 3, nullptr, block("payload"), 8);
-    std::vector<char> img(__vstGetStreamSize(src.s));
-    __vstSaveStreamM(src.s, img.data());
+    const std::vector<char> img = image(src.s);
     std::vector<unsigned char> bytes(img.begin(), img.end());
     std::copy(d.bytes.begin(), d.bytes.end(), bytes.begin() + d.offset);
     const std::string path = temp_path("damaged");
@@ -280,8 +275,7 @@ TEST(Chunks, SharedBlocksAreCountedAndReleasedWithTheLastUser) {
     Owned c, loaded;
     ASSERT_EQ(__vstCopyStream(&c.s, a.s), 0);
     EXPECT_EQ(__vstSearchChunk(c.s, 9), shared);
-    std::vector<char> img(__vstGetStreamSize(a.s));
-    __vstSaveStreamM(a.s, img.data());
+    const std::vector<char> img = image(a.s);
     ASSERT_EQ(__vstLoadStreamM(&loaded.s, img.data()), 0);
     EXPECT_EQ(__vstSearchChunk(loaded.s, 9), shared);
     ASSERT_EQ(__vstFindGlobRODataTableEntry(&e, &id), 0);
@@ -345,8 +339,7 @@ TEST(Chunks, A127thEntryMakesNewIdsPrivateAndTheTableHolds128) {
     OrvGlobRODataEntry* e;
     EXPECT_EQ(__vstFindGlobRODataTableEntry(&e, &late), ORV_RNG_ERROR_NO_TABLE_ENTRY);
     EXPECT_EQ(orv::rng::glob_table_count(), 127);
-    std::vector<char> img(__vstGetStreamSize(s.s));
-    __vstSaveStreamM(s.s, img.data());
+    const std::vector<char> img = image(s.s);
     OrvChunkId saved;
     std::memcpy(&saved, img.data() + 24 + 8 + 4, 16);  // MCG31M1 state is 8 bytes
     EXPECT_EQ(saved.word[0] | saved.word[1], 0u) << "the id of a private chunk is cleared";
@@ -426,8 +419,7 @@ TEST_P(Faults, GiveTheirStatus) {
     ASSERT_EQ(__vstAddChunk(src.s, 1, nullptr, block("two"), 4), 0);
     const std::string path = temp_path("faults");
     ASSERT_EQ(__vstSaveStreamF(src.s, path.c_str(), -1), 0);
-    std::vector<char> img(__vstGetStreamSize(src.s));
-    __vstSaveStreamM(src.s, img.data());
+    const std::vector<char> img = image(src.s);
     if (c.countdown > 0) orv::fault::arm(orv::fault::kRngAllocation, c.countdown - 1);
     if (c.close_fails) orv::fault::arm(orv::fault::kRngFileClose, 0, orv::fault::kEveryHit);
     const std::string what = c.what;
@@ -477,8 +469,7 @@ TEST(Images, MoreChunksThanTheHeaderCountsAreRefusedOnSave) {
     for (int i = 0; i < 65535; ++i) ASSERT_EQ(__vstAddChunk(s.s, 1, nullptr, nullptr, 0), 0);
     expect_save_refused(s.s, __vstGetStreamSize(s.s));
     ASSERT_EQ(__vstDeleteChunksById(s.s, 2), 0);
-    std::vector<char> img(__vstGetStreamSize(s.s));
-    ASSERT_EQ(__vstSaveStreamM(s.s, img.data()), 0);
+    const std::vector<char> img = image(s.s);
     ASSERT_EQ(__vstLoadStreamM(&back.s, img.data()), 0);
     EXPECT_EQ(__vstGetNumChunks(back.s), 65535);
 }
@@ -511,8 +502,7 @@ TEST_P(ImpossibleState, IsRefusedByBothLoaders) {
     Owned s;
     ASSERT_EQ(__vstNewStreamEx(&s.s, c.id, 6, kSeed), 0);
     std::memcpy(static_cast<char*>(s.s) + 16 + c.offset, c.words.data(), c.words.size() * 4);
-    std::vector<char> img(__vstGetStreamSize(s.s));
-    ASSERT_EQ(__vstSaveStreamM(s.s, img.data()), 0);
+    const std::vector<char> img = image(s.s);
     void* out = reinterpret_cast<void*>(0x1);
     EXPECT_EQ(__vstLoadStreamM(&out, img.data()), ORV_RNG_ERROR_BAD_MEM_FORMAT) << c.what;
     EXPECT_EQ(out, nullptr);
@@ -551,8 +541,7 @@ TEST(ImpossibleState, SeededStatesLoad) {
     for (auto& [id, seed] : cases) {
         Owned s, back;
         ASSERT_EQ(__vstNewStreamEx(&s.s, id, static_cast<int32_t>(seed.size()), seed.data()), 0);
-        std::vector<char> img(__vstGetStreamSize(s.s));
-        ASSERT_EQ(__vstSaveStreamM(s.s, img.data()), 0);
+        const std::vector<char> img = image(s.s);
         EXPECT_EQ(__vstLoadStreamM(&back.s, img.data()), 0) << std::hex << id;
     }
 }

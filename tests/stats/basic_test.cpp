@@ -12,11 +12,6 @@ using namespace harness;
 constexpr uint64_t kRunning = SS_METHOD_RUNNING, kPlain = SS_METHOD_PLAIN_SUMS,
                    kGiven = SS_METHOD_GIVEN_MEAN;
 
-template <typename T>
-void fill_given_mean(Task<T>& t, const ref::Estimates& e) {
-    for (int64_t j = 0; j < t.p; ++j) t.a[MEAN][j] = static_cast<T>(e.mean[j]);
-}
-
 // method, weighted, by observation, matrix storage form
 using OneCall = std::tuple<uint64_t, bool, bool, int>;
 class BasicOneCall : public ::testing::TestWithParam<OneCall> {};
@@ -28,22 +23,12 @@ TEST_P(BasicOneCall, EveryEstimateMatchesTwoPassReference) {
     const auto wo = weighted ? ref::make_weights(n, 12) : std::vector<double>{};
     const auto e = ref::two_pass(xo, wo, n, p);
     const uint64_t est = kMoments | kSums | kMatrices;
-    {
-        Task<double> t(xo, wo, n, p, by_obs, form);
-        if (method == kGiven) fill_given_mean(t, e);
-        ASSERT_EQ(t.basic(est, method), SS_OK);
-        expect_vectors(t, e, est, 1e-12, method == kGiven);
-        expect_matrices(t, e, est, 1e-12);
-        EXPECT_DOUBLE_EQ(t.accum[0], (double)e.W);
-        EXPECT_DOUBLE_EQ(t.accum[1], (double)e.W2);
-    }
-    {
-        Task<float> t(xo, wo, n, p, by_obs, form);
-        if (method == kGiven) fill_given_mean(t, e);
-        ASSERT_EQ(t.basic(est, method), SS_OK);
-        expect_vectors(t, e, est, 2e-3, method == kGiven);
-        expect_matrices(t, e, est, 2e-3);
-    }
+    Task<double> t(xo, wo, n, p, by_obs, form);
+    run_and_expect(t, e, est, method, 1e-12);
+    EXPECT_DOUBLE_EQ(t.accum[0], (double)e.W);
+    EXPECT_DOUBLE_EQ(t.accum[1], (double)e.W2);
+    Task<float> ts(xo, wo, n, p, by_obs, form);
+    run_and_expect(ts, e, est, method, 2e-3);
 }
 
 INSTANTIATE_TEST_SUITE_P(AllMethodsLayoutsForms, BasicOneCall,
@@ -63,7 +48,7 @@ TEST_P(BasicBlocks, FeedingBlocksGivesTheOneCallEstimates) {
     const auto wo = weighted ? ref::make_weights(n, 22) : std::vector<double>{};
     const auto e = ref::two_pass(xo, wo, n, p);
     Task<double> t(xo, wo, n, p, by_obs, est == SS_EST_COR ? 2 : 1);
-    if (method == kGiven) fill_given_mean(t, e);
+    for (int64_t j = 0; method == kGiven && j < p; ++j) t.a[MEAN][j] = (double)e.mean[j];
     // A sum array that is present serves as working array and then holds
     // moments; a chain registers only the sums it asks for.
     void** sums[] = {&t.task->sum1, &t.task->sum2, &t.task->sum3, &t.task->sum4,
@@ -119,28 +104,17 @@ TEST_P(BasicPieces, PiecesOnOneTwoFourThreadsAgree) {
     for (int threads : {1, 2, 4, 7}) {
         g_claimed = threads;
         Task<double> t(xo, wo, n, p, by_obs, 0);
-        if (method == kGiven) fill_given_mean(t, e);
-        ASSERT_EQ(t.basic(est, method, &kRecording), SS_OK);
+        run_and_expect(t, e, est, method, 1e-12, &kRecording);
         EXPECT_EQ(g_pieces, threads);
-        expect_vectors(t, e, est, 1e-12, method == kGiven);
-        expect_matrices(t, e, est, 1e-12);
     }
-    {  // the single form merges in 32-bit floats
-        g_claimed = 4;
-        Task<float> t(xo, wo, n, p, by_obs, 2);
-        if (method == kGiven) fill_given_mean(t, e);
-        ASSERT_EQ(t.basic(est, method, &kRecording), SS_OK);
-        EXPECT_EQ(g_pieces, 4);
-        expect_vectors(t, e, est, 2e-3, method == kGiven);
-        expect_matrices(t, e, est, 2e-3);
-    }
+    g_claimed = 4;  // the single form merges in 32-bit floats
+    Task<float> ts(xo, wo, n, p, by_obs, 2);
+    run_and_expect(ts, e, est, method, 2e-3, &kRecording);
+    EXPECT_EQ(g_pieces, 4);
     for (int threads : {1, 2, 4}) {
         orv_set_num_threads(threads);
         Task<double> t(xo, wo, n, p, by_obs, 1);
-        if (method == kGiven) fill_given_mean(t, e);
-        ASSERT_EQ(t.basic(est, method, orv_ss_threading_openmp()), SS_OK);
-        expect_vectors(t, e, est, 1e-12, method == kGiven);
-        expect_matrices(t, e, est, 1e-12);
+        run_and_expect(t, e, est, method, 1e-12, orv_ss_threading_openmp());
     }
     orv_set_num_threads(0);
 }

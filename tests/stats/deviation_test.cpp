@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include "harness.h"
 #include "kat.h"
 
 #include <algorithm>
@@ -23,23 +24,15 @@ class Deviations : public ::testing::TestWithParam<Case> {};
 
 template <typename T>
 void check(const kat::Case& k, bool by_obs, bool weighted) {
-    const int64_t p = k.p, n = k.n;
-    const auto& kx = k.rows.at("x");
-    const int64_t storage = by_obs ? SS_STORAGE_BY_OBSERVATION : SS_STORAGE_BY_VARIABLE;
-    std::vector<T> x(n * p), w(k.rows.at("w").begin(), k.rows.at("w").end());
-    for (int64_t i = 0; i < n; ++i)
-        for (int64_t j = 0; j < p; ++j) x[by_obs ? i * p + j : j * n + i] = static_cast<T>(kx[i * p + j]);
+    const int64_t p = k.p;
     const std::vector<int64_t> mask = {0, 1, 1, 1};  // variable 0 left out
+    harness::Task<T> t(k.rows.at("x"), weighted ? k.rows.at("w") : std::vector<double>{}, k.n, p, by_obs, 0,
+                       T(0), mask.data());
     std::vector<T> med(p, T(-1)), mean(p, T(-1));
-    SsTask* task = nullptr;
-    const auto create = sizeof(T) == 8 ? __vstdSSNewTask : __vstsSSNewTask;
-    ASSERT_EQ(create(&task, &p, &n, &storage, x.data(), weighted ? w.data() : nullptr,
-                     mask.data(), 1), SS_OK);
-    __vstdSSEditTask(task, SS_ED_median_abs_dev, med.data());
-    __vstdSSEditTask(task, SS_ED_mean_abs_dev, mean.data());
+    __vstdSSEditTask(t.task, SS_ED_median_abs_dev, med.data());
+    __vstdSSEditTask(t.task, SS_ED_mean_abs_dev, mean.data());
     ASSERT_EQ((sizeof(T) == 8 ? vstdSSMAD : vstsSSMAD)(
-                  task, SS_EST_MEDIAN_ABS_DEV | SS_EST_MEAN_ABS_DEV, SS_METHOD_PLAIN_SUMS), SS_OK);
-    __vstSSDeleteTask(&task);
+                  t.task, SS_EST_MEDIAN_ABS_DEV | SS_EST_MEAN_ABS_DEV, SS_METHOD_PLAIN_SUMS), SS_OK);
     const double tol = sizeof(T) == 8 ? 1e-13 : 2e-5;
     EXPECT_EQ(med[0], T(-1));
     EXPECT_EQ(mean[0], T(-1));
@@ -81,14 +74,12 @@ TEST(Deviations, LongRowsMatchMediansByTheStandardLibrary) {
     std::mt19937_64 g(23);
     std::lognormal_distribution<double> skewed(0, 1);
     for (int64_t n : {100001, 100000}) {
-        const int64_t p = 2, storage = SS_STORAGE_BY_OBSERVATION;
+        const int64_t p = 2;
         std::vector<double> x(n * p), col[2], out(p);
         for (int64_t i = 0; i < n * p; ++i) col[i % p].push_back(x[i] = skewed(g) * (i % p ? -1 : 1));
-        SsTask* task = nullptr;
-        ASSERT_EQ(__vstdSSNewTask(&task, &p, &n, &storage, x.data(), nullptr, nullptr, 1), SS_OK);
-        __vstdSSEditTask(task, SS_ED_median_abs_dev, out.data());
-        ASSERT_EQ(vstdSSMAD(task, SS_EST_MEDIAN_ABS_DEV, SS_METHOD_PLAIN_SUMS), SS_OK);
-        __vstSSDeleteTask(&task);
+        harness::Task<double> t(x, {}, n, p, true, 0);
+        __vstdSSEditTask(t.task, SS_ED_median_abs_dev, out.data());
+        ASSERT_EQ(vstdSSMAD(t.task, SS_EST_MEDIAN_ABS_DEV, SS_METHOD_PLAIN_SUMS), SS_OK);
         for (int64_t j = 0; j < p; ++j) {
             const double m = median(col[j]);
             for (double& v : col[j]) v = std::fabs(v - m);
@@ -134,23 +125,20 @@ TEST(WMedian, FollowsTheDirectRuleAndUnitWeightsGiveTheMedian) {
     for (int64_t n : {1, 2, 3, 4, 5, 8, 9, 100, 101})
         for (double q : {0.0, 0.25, 0.5, 0.9, 1.0})
             for (bool unit : {false, true}) {
-                const int64_t p = 2, storage = unit ? SS_STORAGE_BY_VARIABLE : SS_STORAGE_BY_OBSERVATION;
-                std::vector<double> x(n * p), w(n), out(p, -1);
+                const int64_t p = 2;
+                std::vector<double> x(n * p), w(n), out(p, -1);  // x by observation
                 std::vector<std::pair<double, double>> col[2];
                 for (int64_t i = 0; i < n; ++i) {
                     w[i] = unit ? 1.0 : static_cast<double>(g() % 4);
                     for (int64_t j = 0; j < p; ++j) {
-                        const double v = static_cast<double>(g() % 1000000) / 7;  // distinct in practice
-                        x[unit ? j * n + i : i * p + j] = v;
-                        col[j].push_back({v, w[i]});
+                        x[i * p + j] = static_cast<double>(g() % 1000000) / 7;  // distinct in practice
+                        col[j].push_back({x[i * p + j], w[i]});
                     }
                 }
-                SsTask* task = nullptr;
-                ASSERT_EQ(__vstdSSNewTask(&task, &p, &n, &storage, x.data(), w.data(), nullptr, 1), SS_OK);
-                task->quantile_orders = &q;
-                task->quantiles = out.data();
-                ASSERT_EQ(vstdSSWMedian(task, 0, 0), SS_OK);
-                __vstSSDeleteTask(&task);
+                harness::Task<double> t(x, w, n, p, !unit, 0);
+                t.task->quantile_orders = &q;
+                t.task->quantiles = out.data();
+                ASSERT_EQ(vstdSSWMedian(t.task, 0, 0), SS_OK);
                 for (int64_t j = 0; j < p; ++j) {
                     EXPECT_NEAR(out[j], direct_rule(col[j], q), 1e-12 * std::fabs(out[j]))
                         << "n " << n << " q " << q;

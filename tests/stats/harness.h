@@ -1,5 +1,6 @@
 // A task with every result array of the basic statistics, in either
-// precision and data layout, for the tests.
+// precision and data layout (with an optional variable mask), for the tests
+// of every entry.
 #pragma once
 
 #include <orv/stats.h>
@@ -24,6 +25,10 @@ constexpr uint64_t kMoments = SS_EST_MEAN | SS_EST_RAW2 | SS_EST_RAW3 | SS_EST_R
 constexpr uint64_t kSums = SS_EST_SUM1 | SS_EST_SUM2 | SS_EST_SUM3 | SS_EST_SUM4 |
                            SS_EST_CENTRAL_SUM2 | SS_EST_CENTRAL_SUM3 | SS_EST_CENTRAL_SUM4;
 constexpr uint64_t kMatrices = SS_EST_COV | SS_EST_COR | SS_EST_CROSS_PRODUCT;
+
+// The creator of precision T.
+template <typename T>
+inline constexpr auto new_task = sizeof(T) == 8 ? __vstdSSNewTask : __vstsSSNewTask;
 
 // Number of elements of a p x p matrix in a storage form.
 inline int64_t matrix_size(int form, int64_t p) { return form == 0 ? p * p : p * (p + 1) / 2; }
@@ -53,18 +58,14 @@ struct Task {
 
     // Data given by observation in xo; stored in the requested layout.
     Task(const std::vector<double>& xo, const std::vector<double>& wo, int64_t n_, int64_t p_,
-         bool by_obs, int form, T fill = T(0)) : p(p_), n(n_), cov_form(form), cor_form(form),
-                                                cp_form(form) {
+         bool by_obs, int form, T fill = T(0), const int64_t* mask = nullptr)
+        : p(p_), n(n_), cov_form(form), cor_form(form), cp_form(form) {
         storage = by_obs ? SS_STORAGE_BY_OBSERVATION : SS_STORAGE_BY_VARIABLE;
         set_data(xo, wo, n_);
         for (int k = 0; k < NARR; ++k)
             a[k].assign(k >= COV ? matrix_size(form, p) : p, fill);
-        const int32_t rc = sizeof(T) == 8
-            ? __vstdSSNewTask(&task, &p, &n, &storage, x.data(), w.empty() ? nullptr : w.data(),
-                              nullptr, 1)
-            : __vstsSSNewTask(&task, &p, &n, &storage, x.data(), w.empty() ? nullptr : w.data(),
-                              nullptr, 1);
-        EXPECT_EQ(rc, SS_OK);
+        EXPECT_EQ(new_task<T>(&task, &p, &n, &storage, x.data(), w.empty() ? nullptr : w.data(), mask, 1),
+                  SS_OK);
         __vstdSSEditMoments(task, a[MEAN].data(), a[RAW2].data(), a[RAW3].data(), a[RAW4].data(),
                             a[C2].data(), a[C3].data(), a[C4].data());
         __vstdSSEditSums(task, a[SUM1].data(), a[SUM2].data(), a[SUM3].data(), a[SUM4].data(),
@@ -140,6 +141,18 @@ void expect_matrices(const Task<T>& t, const ref::Estimates& e, uint64_t est, do
                 EXPECT_TRUE(close(element(t.a[r.arr], (int)r.form, t.p, i, j), (*r.want)[i * t.p + j], tol))
                     << "matrix " << r.arr << " (" << i << ", " << j << ")";
     }
+}
+
+// Sets the mean where the method takes it as given, runs the basic entry and
+// compares every requested estimate with the reference.
+template <typename T>
+void run_and_expect(Task<T>& t, const ref::Estimates& e, uint64_t est, uint64_t method, double tol,
+                    const SsThreadingTable* thr = nullptr) {
+    const bool given = method == SS_METHOD_GIVEN_MEAN;
+    for (int64_t j = 0; given && j < t.p; ++j) t.a[MEAN][j] = static_cast<T>(e.mean[j]);
+    ASSERT_EQ(t.basic(est, method, thr), SS_OK);
+    expect_vectors(t, e, est, tol, given);
+    expect_matrices(t, e, est, tol);
 }
 
 }  // namespace harness

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include "harness.h"
+
 #include <cmath>
 #include <limits>
 #include <random>
@@ -29,25 +31,15 @@ void check(bool by_obs, bool masked) {
     const T inf = std::numeric_limits<T>::infinity(), sentinel = T(-123);
     std::vector<T> mn(p, inf), mx(p, -inf);
     if (masked) mn[1] = mx[1] = sentinel;
-    const int64_t storage = by_obs ? SS_STORAGE_BY_OBSERVATION : SS_STORAGE_BY_VARIABLE;
-    int64_t nb = n / blocks;
-    std::vector<T> x(nb * p);
-    SsTask* task = nullptr;
-    const auto create = sizeof(T) == 8 ? __vstdSSNewTask : __vstsSSNewTask;
-    ASSERT_EQ(create(&task, &p, &nb, &storage, x.data(), nullptr, masked ? mask : nullptr, 1), SS_OK);
-    __vstdSSEditTask(task, SS_ED_minimum, mn.data());
-    __vstdSSEditTask(task, SS_ED_maximum, mx.data());
+    harness::Task<T> t(xo, {}, n / blocks, p, by_obs, 0, T(0), masked ? mask : nullptr);
+    __vstdSSEditTask(t.task, SS_ED_minimum, mn.data());
+    __vstdSSEditTask(t.task, SS_ED_maximum, mx.data());
     for (int64_t b = 0; b < blocks; ++b) {
         const int64_t first = b * (n / blocks);
-        nb = b == blocks - 1 ? n - first : n / blocks;
-        x.assign(nb * p, T(0));
-        for (int64_t i = 0; i < nb; ++i)
-            for (int64_t j = 0; j < p; ++j)
-                x[by_obs ? i * p + j : j * nb + i] = static_cast<T>(xo[(first + i) * p + j]);
-        task->data = x.data();
+        t.set_data(xo, {}, b == blocks - 1 ? n - first : n / blocks, first);
         const uint64_t est = SS_EST_MIN | SS_EST_MAX;
-        ASSERT_EQ(sizeof(T) == 8 ? vstdSSMinmax(task, est, SS_METHOD_PLAIN_SUMS)
-                                 : vstsSSMinmax(task, est, SS_METHOD_RUNNING),
+        ASSERT_EQ(sizeof(T) == 8 ? vstdSSMinmax(t.task, est, SS_METHOD_PLAIN_SUMS)
+                                 : vstsSSMinmax(t.task, est, SS_METHOD_RUNNING),
                   SS_OK);
     }
     for (int64_t j = 0; j < p; ++j) {
@@ -65,7 +57,6 @@ void check(bool by_obs, bool masked) {
         EXPECT_EQ(mn[j], lo) << j;
         EXPECT_EQ(mx[j], hi) << j;
     }
-    __vstSSDeleteTask(&task);
 }
 
 TEST_P(Minmax, MatchesADirectScanOverBlocks) {

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include "harness.h"
 #include "kat.h"
 
 #include <algorithm>
@@ -26,29 +27,20 @@ template <typename T>
 void check(const kat::Case& k, const std::vector<double>& g_orders, bool by_obs, int os_layout,
            bool masked) {
     const int64_t p = k.p, n = k.n, count = static_cast<int64_t>(g_orders.size());
-    const auto &kx = k.rows.at("x"), &kq = k.rows.at("q"), &ks = k.rows.at("s");
-    const int64_t storage = by_obs ? SS_STORAGE_BY_OBSERVATION : SS_STORAGE_BY_VARIABLE;
+    const auto &kq = k.rows.at("q"), &ks = k.rows.at("s");
     const int64_t os_storage = os_layout == 1 ? SS_STORAGE_BY_VARIABLE : SS_STORAGE_BY_OBSERVATION;
-    std::vector<T> x(n * p), orders(g_orders.begin(), g_orders.end());
-    for (int64_t i = 0; i < n; ++i)
-        for (int64_t j = 0; j < p; ++j) x[by_obs ? i * p + j : j * n + i] = static_cast<T>(kx[i * p + j]);
-    std::vector<int64_t> mask(p, 1);
+    std::vector<T> orders(g_orders.begin(), g_orders.end());
+    std::vector<int64_t> mask(p, 1), admitted;
     if (masked) mask[0] = 0;
-    std::vector<int64_t> admitted;
     for (int64_t j = 0; j < p; ++j)
         if (mask[j]) admitted.push_back(j);
     const int64_t rows = static_cast<int64_t>(admitted.size());
     const T sentinel = T(-999);
     std::vector<T> q(p * count, sentinel), os(p * n, sentinel);
-    SsTask* task = nullptr;
-    const auto create = sizeof(T) == 8 ? __vstdSSNewTask : __vstsSSNewTask;
-    ASSERT_EQ(create(&task, &p, &n, &storage, x.data(), nullptr, mask.data(), 1), SS_OK);
-    __vstdSSEditQuantiles(task, &count, orders.data(), q.data(), os.data(), &os_storage);
+    harness::Task<T> t(k.rows.at("x"), {}, n, p, by_obs, 0, T(0), mask.data());
+    __vstdSSEditQuantiles(t.task, &count, orders.data(), q.data(), os.data(), &os_storage);
     const uint64_t est = SS_EST_QUANTILES | (os_layout ? SS_EST_ORDER_STATS : 0);
-    ASSERT_EQ(sizeof(T) == 8 ? vstdSSQuantiles(task, est, SS_METHOD_PLAIN_SUMS)
-                             : vstsSSQuantiles(task, est, SS_METHOD_PLAIN_SUMS),
-              SS_OK);
-    __vstSSDeleteTask(&task);
+    ASSERT_EQ((sizeof(T) == 8 ? vstdSSQuantiles : vstsSSQuantiles)(t.task, est, SS_METHOD_PLAIN_SUMS), SS_OK);
     // numpy interpolates from the upper side past the middle: a few units of
     // the data's magnitude apart; single orders and data are rounded to float.
     const double tol = sizeof(T) == 8 ? 1e-14 : 1e-4;
@@ -121,8 +113,7 @@ void long_rows() {
                                : kind == 2 ? std::floor(z * 3) : (z < 0 ? -0.0 : z > 1 ? z : 0.0));
         }
         SsTask* task = nullptr;
-        const auto create = sizeof(T) == 8 ? __vstdSSNewTask : __vstsSSNewTask;
-        ASSERT_EQ(create(&task, &p, &n, &storage, x.data(), nullptr, nullptr, 1), SS_OK);
+        ASSERT_EQ(harness::new_task<T>(&task, &p, &n, &storage, x.data(), nullptr, nullptr, 1), SS_OK);
         __vstdSSEditQuantiles(task, &count, orders.data(), q.data(), nullptr, nullptr);
         ASSERT_EQ((sizeof(T) == 8 ? vstdSSQuantiles : vstsSSQuantiles)(task, SS_EST_QUANTILES,
                                                                        SS_METHOD_PLAIN_SUMS), SS_OK);

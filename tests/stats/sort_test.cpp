@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include "harness.h"
 #include "kat.h"
 
 #include <algorithm>
@@ -30,22 +31,15 @@ class Sort : public ::testing::TestWithParam<Case> {};
 template <typename T>
 void check(const kat::Case& r, bool x_obs, bool out_obs, bool masked, bool in_place) {
     const int64_t p = r.p, n = r.n;
-    const int64_t storage = x_obs ? SS_STORAGE_BY_OBSERVATION : SS_STORAGE_BY_VARIABLE;
     const int64_t out_storage = out_obs ? SS_STORAGE_BY_OBSERVATION : SS_STORAGE_BY_VARIABLE;
-    std::vector<T> x(n * p), out(n * p, T(-999));
-    for (int64_t i = 0; i < n; ++i)
-        for (int64_t j = 0; j < p; ++j) x[x_obs ? i * p + j : j * n + i] = static_cast<T>(r.rows.at("x")[i * p + j]);
+    std::vector<T> out(n * p, T(-999));
     std::vector<int64_t> mask(p, 1);
     if (masked) mask[0] = 0;
-    SsTask* task = nullptr;
-    const auto create = sizeof(T) == 8 ? __vstdSSNewTask : __vstsSSNewTask;
-    ASSERT_EQ(create(&task, &p, &n, &storage, x.data(), nullptr, masked ? mask.data() : nullptr, 1), SS_OK);
-    T* dst = in_place ? x.data() : out.data();
-    __vstdSSEditTask(task, SS_ED_sorted, dst);
-    __vstiSSEditTask(task, SS_ED_sorted_storage, in_place ? &storage : &out_storage);
-    ASSERT_EQ(sizeof(T) == 8 ? vstdSSSort(task, 0, SS_METHOD_RADIX) : vstsSSSort(task, 0, SS_METHOD_RADIX),
-              SS_OK);
-    __vstSSDeleteTask(&task);
+    harness::Task<T> t(r.rows.at("x"), {}, n, p, x_obs, 0, T(0), masked ? mask.data() : nullptr);
+    T* dst = in_place ? t.x.data() : out.data();
+    __vstdSSEditTask(t.task, SS_ED_sorted, dst);
+    __vstiSSEditTask(t.task, SS_ED_sorted_storage, in_place ? &t.storage : &out_storage);
+    ASSERT_EQ((sizeof(T) == 8 ? vstdSSSort : vstsSSSort)(t.task, 0, SS_METHOD_RADIX), SS_OK);
     const bool obs = in_place ? x_obs : out_obs;
     int64_t a = 0;
     for (int64_t v = 0; v < p; ++v) {
@@ -77,6 +71,22 @@ std::vector<Case> sort_cases() {
 }
 INSTANTIATE_TEST_SUITE_P(All, Sort, ::testing::ValuesIn(sort_cases()));
 
+// Sorts one row of x (in place or into another array) and compares the bits
+// with want.
+template <typename T>
+void expect_sorted(std::vector<T> x, const std::vector<T>& want, bool in_place) {
+    const int64_t n = static_cast<int64_t>(x.size()), p = 1, storage = SS_STORAGE_BY_VARIABLE;
+    std::vector<T> out(n, T(-999));
+    SsTask* task = nullptr;
+    ASSERT_EQ(harness::new_task<T>(&task, &p, &n, &storage, x.data(), nullptr, nullptr, 1), SS_OK);
+    T* dst = in_place ? x.data() : out.data();
+    __vstdSSEditTask(task, SS_ED_sorted, dst);
+    __vstiSSEditTask(task, SS_ED_sorted_storage, &storage);
+    ASSERT_EQ((sizeof(T) == 8 ? vstdSSSort : vstsSSSort)(task, 0, SS_METHOD_RADIX), SS_OK);
+    __vstSSDeleteTask(&task);
+    for (int64_t i = 0; i < n; ++i) ASSERT_EQ(bits(dst[i]), bits(want[i])) << i;
+}
+
 // The key rule: -NaN, -inf, negatives, -0, +0, positives, +inf, +NaN; long
 // enough rows that every digit pass runs.
 template <typename T>
@@ -84,21 +94,12 @@ void key_rule() {
     const T inf = INFINITY, nan = NAN;
     const std::vector<T> order = {-nan, -inf, T(-1e30), T(-1), T(-1e-30), T(-0.0), T(0.0),
                                   T(1e-30), T(1), T(1e30), inf, nan};
-    const int64_t reps = 700, n = reps * static_cast<int64_t>(order.size()), p = 1;
-    std::vector<T> x;
-    for (int64_t r = 0; r < reps; ++r)
-        for (std::size_t k = 0; k < order.size(); ++k) x.push_back(order[(k * 7 + r) % order.size()]);
-    std::vector<T> out(n);
-    const int64_t storage = SS_STORAGE_BY_VARIABLE;
-    SsTask* task = nullptr;
-    const auto create = sizeof(T) == 8 ? __vstdSSNewTask : __vstsSSNewTask;
-    ASSERT_EQ(create(&task, &p, &n, &storage, x.data(), nullptr, nullptr, 1), SS_OK);
-    __vstdSSEditTask(task, SS_ED_sorted, out.data());
-    __vstiSSEditTask(task, SS_ED_sorted_storage, &storage);
-    ASSERT_EQ(sizeof(T) == 8 ? vstdSSSort(task, 0, SS_METHOD_RADIX) : vstsSSSort(task, 0, SS_METHOD_RADIX),
-              SS_OK);
-    __vstSSDeleteTask(&task);
-    for (int64_t i = 0; i < n; ++i) ASSERT_EQ(bits(out[i]), bits(order[i / reps])) << i;
+    const size_t reps = 700;
+    std::vector<T> x, want;
+    for (size_t r = 0; r < reps; ++r)
+        for (size_t k = 0; k < order.size(); ++k) x.push_back(order[(k * 7 + r) % order.size()]);
+    for (size_t i = 0; i < x.size(); ++i) want.push_back(order[i / reps]);
+    expect_sorted(x, want, false);
 }
 
 TEST(Sort, KeyRulePlacesZerosInfinitiesAndNan) {
@@ -106,15 +107,13 @@ TEST(Sort, KeyRulePlacesZerosInfinitiesAndNan) {
     key_rule<float>();
 }
 
-}  // namespace
-
 // Data on which some digits of the keys are shared by every value, so that
 // their passes are skipped and an odd or even number of scatters is left
 // (none for equal values): against std::sort, in place and into another
 // array.
 template <typename T>
 void constant_digits(bool in_place) {
-    const int64_t n = 5000, p = 1;
+    const int64_t n = 5000;
     const auto shuffled = [&](auto f) {
         std::vector<T> v(n);
         for (int64_t i = 0; i < n; ++i) v[i] = static_cast<T>(f((i * 7919) % n));
@@ -126,20 +125,10 @@ void constant_digits(bool in_place) {
         shuffled([](int64_t i) { return 1.0 + i / 1024.0; }),
         shuffled([](int64_t i) { return static_cast<double>(i); }),
         shuffled([](int64_t i) { return -std::ldexp(1.0 + i / 4096.0, static_cast<int>(i % 5)); })};
-    for (std::vector<T> x : sets) {
-        std::vector<T> want = x, out(n, T(-999));
+    for (const std::vector<T>& x : sets) {
+        std::vector<T> want = x;
         std::sort(want.begin(), want.end());
-        const int64_t storage = SS_STORAGE_BY_VARIABLE;
-        SsTask* task = nullptr;
-        const auto create = sizeof(T) == 8 ? __vstdSSNewTask : __vstsSSNewTask;
-        ASSERT_EQ(create(&task, &p, &n, &storage, x.data(), nullptr, nullptr, 1), SS_OK);
-        T* dst = in_place ? x.data() : out.data();
-        __vstdSSEditTask(task, SS_ED_sorted, dst);
-        __vstiSSEditTask(task, SS_ED_sorted_storage, &storage);
-        ASSERT_EQ(sizeof(T) == 8 ? vstdSSSort(task, 0, SS_METHOD_RADIX) : vstsSSSort(task, 0, SS_METHOD_RADIX),
-                  SS_OK);
-        __vstSSDeleteTask(&task);
-        for (int64_t i = 0; i < n; ++i) ASSERT_EQ(bits(dst[i]), bits(want[i])) << i;
+        expect_sorted(x, want, in_place);
     }
 }
 
@@ -149,3 +138,5 @@ TEST(Sort, SkipsDigitsEveryKeyShares) {
         constant_digits<float>(in_place);
     }
 }
+
+}  // namespace

@@ -124,13 +124,10 @@ void PrintTo(const NullEdit& c, std::ostream* os) {
     *os << (c.real ? "real " : "int ") << c.no;
 }
 
-class NullEdits : public ::testing::TestWithParam<NullEdit> {};
+class NullEdits : public EditorTest, public ::testing::WithParamInterface<NullEdit> {};
 
 TEST_P(NullEdits, NullGivesTheFieldStatusAndKeepsTheField) {
     const NullEdit c = GetParam();
-    int32_t p = 2;
-    SsTask* task = nullptr;
-    ASSERT_EQ(__vstdSSNewTask(&task, &p, nullptr, nullptr, nullptr, nullptr, nullptr, 0), SS_OK);
     double cell = 0;
     auto ed = c.real ? __vstdSSEditTask : __vstiSSEditTask;
     if (c.want != SS_ERR_BAD_PARAMETER_NUMBER) {
@@ -141,7 +138,6 @@ TEST_P(NullEdits, NullGivesTheFieldStatusAndKeepsTheField) {
     EXPECT_EQ(ed(task, c.no, nullptr), c.want);
     EXPECT_EQ(std::memcmp(before.data(), task, sizeof(SsTask)), 0);
     EXPECT_EQ(ed(nullptr, c.no, &cell), SS_ERR_NULL_TASK);
-    __vstSSDeleteTask(&task);
 }
 
 INSTANTIATE_TEST_SUITE_P(
