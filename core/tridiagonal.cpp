@@ -14,17 +14,57 @@ inline bool is_n(const char* c) { return c && (*c == 'N' || *c == 'n'); }
 // and the unchanged super-diagonal du. Pivot i is the ratio p[i]/p[i-1] of
 // the continuants p[i+1] = d[i+1] p[i] - dl[i] du[i] p[i-1], p[-1] = 1: the
 // recurrence has no division, so the divisions for the outputs run beside
-// it instead of inside it. The pair is rescaled by a power of two (exactly)
-// when it drifts towards overflow or underflow.
+// it instead of inside it. The rows go two a step, with e[i] = dl[i] du[i]:
+//   p[i+2] = (d[i+2] d[i+1] - e[i+1]) p[i] - (d[i+2] e[i]) p[i-1],
+// whose coefficients are formed off the chain, so that the chain of
+// dependent operations is one multiply and one subtraction for two rows.
+// The pair is rescaled by a power of two (exactly) when it drifts towards
+// overflow or underflow: past a quarter of the exponent range in the
+// two-row steps (two rows of growth and the products of the coefficients
+// must stay finite), past half of it in the one-row tail.
 template <typename T>
 void factor(int n, T* dl, T* d, const T* du, int* info) {
     *info = 0;
     if (n <= 0) return;
     constexpr int kExp = std::numeric_limits<T>::max_exponent / 2;
     const T big = std::ldexp(T(1), kExp), small = std::ldexp(T(1), -kExp);
+    const T big2 = std::ldexp(T(1), kExp / 2), small2 = std::ldexp(T(1), -kExp / 2);  // two-row steps
     T pm = T(1), pc = d[0], rm = T(1);
     if (pc == T(0)) { *info = 1; return; }
-    for (int i = 0; i < n - 1; ++i) {
+    int i = 0;
+    for (; i + 2 < n; i += 2) {
+        const T e1 = dl[i] * du[i], e2 = dl[i + 1] * du[i + 1];
+        const T b1 = d[i + 1], b2 = d[i + 2];
+        const T p1 = b1 * pc - e1 * pm;
+        const T p2 = (b2 * b1 - e2) * pc - (b2 * e1) * pm;
+        const T rc = T(1) / pc;
+        d[i] = pc * rm;
+        dl[i] = dl[i] * pm * rc;
+        if (p1 == T(0)) {
+            d[i + 1] = T(0);
+            *info = i + 2;
+            return;
+        }
+        const T r1 = T(1) / p1;
+        d[i + 1] = p1 * rc;
+        dl[i + 1] = dl[i + 1] * pc * r1;
+        if (p2 == T(0)) {
+            d[i + 2] = T(0);
+            *info = i + 3;
+            return;
+        }
+        pm = p1;
+        pc = p2;
+        rm = r1;
+        const T a = std::fabs(pc);
+        if ((a > big2 || a < small2) && std::isfinite(pc)) {
+            const int e = std::ilogb(pc);
+            pc = std::ldexp(pc, -e);
+            pm = std::ldexp(pm, -e);
+            rm = std::ldexp(rm, e);
+        }
+    }
+    for (; i < n - 1; ++i) {
         const T pn = d[i + 1] * pc - (dl[i] * du[i]) * pm;
         const T rc = T(1) / pc;
         d[i] = pc * rm;

@@ -44,9 +44,14 @@ bool strictly_increasing(const T* x, int64_t n) {
     int64_t i = 0;
     bool up = true;
     if constexpr (std::is_same_v<T, double>) {
-        __m128d bad = _mm_setzero_pd();
+        __m128d bad = _mm_setzero_pd(), bad2 = _mm_setzero_pd();
+        for (; i + 4 < n; i += 4) {
+            const __m128d a = _mm_loadu_pd(x + i), b = _mm_loadu_pd(x + i + 2);
+            const __m128d a1 = _mm_loadu_pd(x + i + 1), b1 = _mm_loadu_pd(x + i + 3);
+            bad = _mm_or_pd(bad, _mm_cmpngt_pd(a1, a)), bad2 = _mm_or_pd(bad2, _mm_cmpngt_pd(b1, b));
+        }
         for (; i + 2 < n; i += 2) bad = _mm_or_pd(bad, _mm_cmpngt_pd(_mm_loadu_pd(x + i + 1), _mm_loadu_pd(x + i)));
-        up = _mm_movemask_pd(bad) == 0;
+        up = _mm_movemask_pd(_mm_or_pd(bad, bad2)) == 0;
     }
     for (; i + 1 < n; ++i) up &= x[i + 1] > x[i];
     return up;
