@@ -2,8 +2,10 @@
 // vocabulary's width: the same operations in the same order, so that each
 // lane rounds as the scalar routine does. erfc(z) for 1/2 <= z < 12 is
 // exp(-z^2) erfcx(z), the erfcx row picked per lane by floor(8 z) and its
-// twelve coefficients gathered; erf about zero is z + z P(z^2). The single
-// kernels run these on the two double halves of a float register.
+// twelve coefficients loaded with the row (erf_ops.h); erf about zero is
+// z + z P(z^2). The single kernels run these on the two double halves of a
+// float register. Double CdfNormInv's refinement differs from the scalar
+// routine's in rounding only (one step shared by all lanes).
 #pragma once
 
 #include <cstring>
