@@ -1,4 +1,4 @@
-// Erf, Erfc, CdfNorm, ErfInv and CdfNormInv at n = 1024 and 10^5: our HA
+// Erf, Erfc, CdfNorm, ErfInv, CdfNormInv and Erfcx at n = 1024 and 10^5: our HA
 // kernels in the SSE2 baseline and the AVX2 and AVX-512 libraries (loaded
 // from beside the baseline), beside glibc's scalar erf and erfc, libmvec at
 // the same three widths (_ZGVb, _ZGVd, _ZGVe) and SLEEF's erf (1 ULP) and
@@ -148,6 +148,10 @@ void register_all() {
     ours("dCdfNormInv", 1e-6, 1 - 1e-6);
     ours("sCdfNormInv", 1e-6, 1 - 1e-6);
     ours("dErfcInv", 1e-6, 2 - 1e-6);
+    // Erfcx through its three paths: exp(x^2) below 1/2, the rows, and the
+    // asymptotic form beyond 12.
+    ours("dErfcx", -5, 25);
+    ours("sErfcx", -5, 25);
 }
 
 }  // namespace

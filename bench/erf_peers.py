@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Times scipy.special's erf, erfc, erfinv, ndtr and ndtri ufuncs on the
+"""Times scipy.special's erf, erfc, erfinv, ndtr, ndtri and erfcx ufuncs on the
 inputs bench_erf uses (uniform on the same ranges, n = 1024 and 10^5), by
 process CPU time, and prints items per nanosecond; with the JSON output of
 bench_erf as argument, prints the ratios (ours over scipy, for each of our
@@ -24,6 +24,8 @@ CASES = [  # (our benchmark name, scipy ufunc, dtype, lo, hi)
     ("sErfInv", special.erfinv, np.float32, -0.999, 0.999),
     ("dCdfNormInv", special.ndtri, np.float64, 1e-6, 1 - 1e-6),
     ("sCdfNormInv", special.ndtri, np.float32, 1e-6, 1 - 1e-6),
+    ("dErfcx", special.erfcx, np.float64, -5, 25),
+    ("sErfcx", special.erfcx, np.float32, -5, 25),
 ]
 ISAS = ("sse2", "avx2", "avx512")
 

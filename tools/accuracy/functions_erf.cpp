@@ -177,7 +177,7 @@ std::vector<double> cdf_rows() {
 }
 const std::vector<double> kErf = {0.5, -0.5, 6.0, -6.0, 12.0, 0x1p-1000, 0x1p-1022};
 const std::vector<double> kErfc = {0.5, -0.5, 6.0, -6.0, 9.0, 12.0, 9.19, 10.06, 26.55, 27.3};
-const std::vector<double> kErfcx = {0.5, -0.5, 12.0, -9.38, -26.6287, 0x1p500, 4.8e37, 2.5e307};
+const std::vector<double> kErfcx = {0.5, -0.5, 12.0, -9.38, -9.25, -26.0, -26.6287, 0x1p124, 0x1p500, 4.8e37, 2.5e307};
 const std::vector<double> kCdf = {0.7071067811865476, -0.7071067811865476, -16.97, -16.5, -13.0, -12.5, 40.0, -37.5,
                                   -38.4, -40.0};
 // The guesses change piece at q = e^-4, e^-16, e^-64 (q = 1 - |y|, y, 2p).

@@ -1,9 +1,8 @@
 // Erf, Erfc, Erfcx, CdfNorm, ErfInv, ErfcInv and CdfNormInv in single and
-// double, plain and strided. All but Erfcx run on whole registers
-// (erf_vec.h), with the scalar routine of erf_core.h as the callout of the
-// lanes an integer test flags (non-finite, tiny, far tails, outside the
-// domain); Erfcx sends each element through the scalar routine (the block
-// driver's callout-only shape). The single forms compute in double and
+// double, plain and strided, on whole registers (erf_vec.h), with the
+// scalar routine of erf_core.h as the callout of the lanes an integer test
+// flags (non-finite, tiny, far tails, outside the domain, near overflow).
+// The single forms compute in double and
 // round once. Statuses: domain 1 for an argument
 // outside the inverse's range, pole 2 at its ends, overflow 3 for a finite
 // argument with an infinite result, underflow 4 where the exact result is
@@ -113,19 +112,6 @@ int32_t cdfnorminv_c(T p, T* r) {
     return finish(cdfnorminv_value<0, Refine>(double(p)), r, true);
 }
 
-// One element a round through the routine C (the block driver's
-// callout-only shape).
-template <typename T_, int32_t (*C)(T_, T_*), bool ReadsMode = true>
-struct Each {
-    using T = T_;
-    static constexpr int kArity = 1;
-    static constexpr bool kReadsMode = ReadsMode;
-    static constexpr bool kSpecial = true;
-    static constexpr bool kDivisorTest = false;
-    static constexpr bool kCalloutOnly = true;
-    static int32_t callout(T x, T* r) { return C(x, r); }
-};
-
 // A kernel on whole registers: fastv on every lane, the callout C for the
 // lanes the integer test flags.
 template <typename T_, int32_t (*C)(T_, T_*), bool ReadsMode = true>
@@ -159,8 +145,19 @@ struct ErfcS : Blocked<float, erfc_c<float>> {
     static V fastv(V x) { return v::on_halves<v::erfc_d>(x); }
     static int special_lanes(V x) { return v::abs_ge(x, 0x7F800000) | v::ge(x, 0x41100000); }
 };
-using ErfcxS = Each<float, erfcx_c<float>>;
-using ErfcxD = Each<double, erfcx_c<double>>;
+// Callouts: non-finite, x <= -26 (-9.25 single: the result nears or passes
+// the overflow) and x >= 2^500 (the scaled form; 2^124 single, past which
+// the result nears the denormals).
+struct ErfcxD : Blocked<double, erfcx_c<double>> {
+    static V fastv(V x) { return v::erfcx_d(x); }
+    static int special_lanes(V x) {
+        return v::abs_hw_ge(x, 0x7FF00000) | v::hw_uge(x, 0xC03A0000u) | v::hw_ge(x, 0x5F300000);
+    }
+};
+struct ErfcxS : Blocked<float, erfcx_c<float>> {
+    static V fastv(V x) { return v::on_halves<v::erfcx_d>(x); }
+    static int special_lanes(V x) { return v::abs_ge(x, 0x7F800000) | v::uge(x, 0xC1140000u) | v::ge(x, 0x7D800000); }
+};
 // Callouts: non-finite and x <= -16.5 (-12.5 single). The EP kernel (and
 // the single LA and EP ones) skip the double-double steps.
 struct CdfNormD : Blocked<double, cdfnorm_c<double>> {

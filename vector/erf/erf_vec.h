@@ -2,14 +2,17 @@
 // vocabulary's width: the same operations in the same order, so that each
 // lane rounds as the scalar routine does. erfc(z) for 1/2 <= z < 12 is
 // exp(-z^2) erfcx(z), the erfcx row picked per lane by floor(8 z) and its
-// twelve coefficients gathered; erf about zero is z + z P(z^2). The single
-// kernels run these on the two double halves of a float register.
+// twelve coefficients loaded with the row (erf_ops.h); erf about zero is
+// z + z P(z^2). The single kernels run these on the two double halves of a
+// float register. Double CdfNormInv's refinement differs from the scalar
+// routine's in rounding only (one step shared by all lanes).
 #pragma once
 
 #include <cstring>
 
 #include "vector/common/bits.h"
 #include "vector/common/dd.h"
+#include "vector/common/erf_ops.h"
 #include "vector/common/gather.h"
 #include "vector/common/poly.h"
 #include "vector/erf/erf_core.h"
@@ -20,7 +23,15 @@ namespace orv::erfk::v {
 namespace simd = orv::vec::simd;
 namespace gather = orv::vec::gather;
 namespace poly = orv::vec::poly;
-using orv::vec::bitops::splat;
+// A broadcast: lane 0 shuffled to every lane, which compiles to one
+// instruction at every width (the vocabulary's lane-by-lane fill is not
+// always recognised inside these long kernels, and then costs a masked
+// move a lane).
+inline simd::VD splat(double s) {
+    simd::VD v{};
+    v[0] = s;
+    return __builtin_shuffle(v, simd::VI64{});
+}
 using simd::as;
 using simd::VD;
 using simd::VF;
@@ -36,6 +47,11 @@ inline VD clamp(VD x, double lo, double hi) {
     const VD c = simd::select(simd::lt(x, splat(hi)), x, splat(hi));
     return simd::select(simd::lt(c, splat(lo)), splat(lo), c);
 }
+
+// Bits of the lanes of a mask, and the bits of every lane of a register:
+// a path none of a register's lanes takes is skipped (the lanes' results
+// do not depend on it).
+inline uint32_t all_lanes() { return simd::lanes(as<VD>(simd::fill<VI64>(-1))); }
 
 // The largest double below 12, where the rows end.
 inline constexpr double kRowsEnd = 0x1.7ffffffffffffp+3;
@@ -72,14 +88,16 @@ inline ScaledV exp_dd(VD ah, VD al) {
     return {hi, lo, ki >> 6};
 }
 
-// erfcx(z) as hi + lo for 1/2 <= zh < 12 from the rows of width 1/8.
+// erfcx(z) as hi + lo for 1/2 <= zh < 12 from the rows of width 1/8 (each
+// lane's row loaded whole).
 inline void erfcx_rows(VD zh, VD zl, VD* hi, VD* lo) {
     const VI64 j = floor_int(zh * splat(8.0)) - 4;
     const VD s = (zh - (splat(0.5625) + splat(0.125) * simd::small_int_to_double(j))) + zl;
-    const double* c = &kErfcxRows[0][0];
-    VD q = simd::gather<12>(c + 2, j);
-    for (int i = 3; i < 12; ++i) q = q * s + simd::gather<12>(c + i, j);
-    *hi = dd::fast_two_sum(simd::gather<12>(c, j), simd::gather<12>(c + 1, j) + s * q, lo);
+    VD c[12];
+    orv::vec::erfops::rows_of<12, 3>(&kErfcxRows[0][0], j, c);
+    VD q = c[2];
+    for (int i = 3; i < 12; ++i) q = q * s + c[i];
+    *hi = dd::fast_two_sum(c[0], c[1] + s * q, lo);
 }
 
 // erfc(z) for 1/2 <= zh < 12 as (hi + lo) 2^n; exp(-z^2) 2^-n in e.
@@ -137,6 +155,59 @@ inline VD erfc_d(VD x) {
     const VD pos = (m.hi + m.lo) * pow2v(m.n);
     const VD neg = simd::select(simd::lt(ax, splat(6.0)), from_const(2.0, m), splat(2.0));
     return simd::select(simd::lt(ax, splat(0.5)), small, simd::select(simd::negative(x), neg, pos));
+}
+
+// erfcx(z) as hi + lo for 12 <= z <= 2^500 (erf_core.h's asymptotic form:
+// 1/(z sqrt pi) by Dekker's division, times 1 + t H(t), t = 1/z^2).
+inline VD erfcx_asym(VD z, VD* lo) {
+    const VD qh = splat(kInvSqrtPiHi) / z;
+    VD ml;
+    const VD mh = dd::two_prod(qh, z, &ml);
+    const VD ql = (((splat(kInvSqrtPiHi) - mh) - ml) + splat(kInvSqrtPiLo)) / z;
+    const VD t = splat(1.0) / (z * z);
+    const VD g = t * poly::horner(t, kErfcxAsym, splat);
+    return dd::fast_two_sum(qh, ql + qh * g, lo);
+}
+
+// erfcx(x) for -26 < x < 2^500 (erf_core.h's erfcx_any, lane for lane):
+// for |x| >= 1/2 erfcx(|x|) from the rows (below 12) or the asymptotic form;
+// x >= 1/2 takes it as it stands, x <= -1/2 as 2 exp(x^2) - erfcx(-x) with
+// the second term scaled to the first's power of two, and |x| < 1/2 is
+// exp(x^2) erfc(x). A path no lane of the register takes is skipped.
+inline VD erfcx_d(VD x) {
+    const VD ax = abs_of(x);
+    VD fh = splat(0.0), fl = splat(0.0);
+    const VD rows = simd::lt(ax, splat(12.0));
+    const uint32_t rm = simd::lanes(rows);
+    if (rm) erfcx_rows(clamp(ax, 0.5, kRowsEnd), splat(0.0), &fh, &fl);
+    if (rm != all_lanes()) {
+        VD al;
+        const VD ah = erfcx_asym(clamp(ax, 12.0, 0x1p500), &al);
+        fh = simd::select(rows, fh, ah);
+        fl = simd::select(rows, fl, al);
+    }
+    const VD viaexp = simd::lt(x, splat(0.5));
+    if (!simd::lanes(viaexp)) return fh + fl;
+    const VD xe = clamp(x, -26.0, 0.5);
+    VD pl;
+    const VD p = dd::two_prod(xe, xe, &pl);
+    const ScaledV ex = exp_dd(p, pl);
+    // |x| < 1/2: exp(x^2) times 1 - x - tail.
+    VD cl;
+    const VD ch = erfc_small(clamp(x, -0.5, 0.5), splat(0.0), &cl);
+    VD ql;
+    const VD q = dd::two_prod(ex.hi, ch, &ql);
+    VD sl;
+    const VD sh = dd::fast_two_sum(q, ql + (ex.hi * cl + ex.lo * ch), &sl);
+    // x <= -1/2: 2 exp(x^2) - erfcx(-x) 2^-n.
+    const VD k = pow2v(-ex.n);
+    VD ne;
+    const VD nh0 = dd::two_sum(splat(2.0) * ex.hi, -fh * k, &ne);
+    VD nl;
+    const VD nh = dd::fast_two_sum(nh0, ne + (splat(2.0) * ex.lo - fl * k), &nl);
+    const VD small = simd::lt(ax, splat(0.5));
+    const VD e = (simd::select(small, sh, nh) + simd::select(small, sl, nl)) * pow2v(ex.n);
+    return simd::select(viaexp, e, fh + fl);
 }
 
 // Phi(x) = erfc(-x/sqrt 2)/2 for finite x > -16.9, z carried as hi + lo;
@@ -235,17 +306,20 @@ inline VD tail_piece(VD s) {
     return poly::horner(t, tail_coef<Kind, K>(), splat);
 }
 // erfc^-1(q) for 2^-200 <= q <= 1/2 from s = sqrt(-ln q) in four pieces;
-// the pieces past s = 2 are evaluated only when a lane needs them.
+// each piece past s = 2 is evaluated only when a lane needs it.
 template <int Kind>
 inline VD guess_tail(VD q) {
     const VD s = simd::sqrt(-ln_v(q));
     VD x = tail_piece<Kind, 0>(s);
-    const VD far = simd::not_lt(s, splat(2.0));
-    if (simd::lanes(far)) {
-        const VD x3 = simd::select(simd::lt(s, splat(8.0)), tail_piece<Kind, 2>(s), tail_piece<Kind, 3>(s));
-        x = simd::select(far, simd::select(simd::lt(s, splat(4.0)), tail_piece<Kind, 1>(s), x3), x);
-    }
-    return x;
+    const VD p1 = simd::not_lt(s, splat(2.0));
+    if (!simd::lanes(p1)) return x;
+    x = simd::select(p1, tail_piece<Kind, 1>(s), x);
+    const VD p2 = simd::not_lt(s, splat(4.0));
+    if (!simd::lanes(p2)) return x;
+    x = simd::select(p2, tail_piece<Kind, 2>(s), x);
+    const VD p3 = simd::not_lt(s, splat(8.0));
+    if (!simd::lanes(p3)) return x;
+    return simd::select(p3, tail_piece<Kind, 3>(s), x);
 }
 
 // exp(-a) for 0 <= a < 700, the plain value (derivatives of the steps).
@@ -275,10 +349,6 @@ inline VD refine_tail(VD x, VD q) {
     return x - u / (splat(1.0) + x * u);
 }
 
-// Bits of the lanes of a mask, and the bits of every lane of a register:
-// a path none of a register's lanes takes is skipped (the lanes' results
-// do not depend on it).
-inline uint32_t all_lanes() { return simd::lanes(as<VD>(simd::fill<VI64>(-1))); }
 
 // erfinv(y) for |y| < 1 (|y| >= 2^-500 or zero).
 template <int Kind, bool Refine>
@@ -321,47 +391,74 @@ inline VD erfcinv_d(VD y) {
     return simd::select(central, c, simd::bxor(t, simd::band(neg, splat(-0.0))));
 }
 
-// Phi^-1(p) for 2^-200 <= p < 1 (erf_core.h's cdfnorminv_value).
+// Phi^-1(p) for 2^-200 <= p < 1. The guess is erf_core.h's: sqrt 2 y P(y^2)
+// with y = 2d, d = p - 1/2, about the centre (|d| < 1/4), and -sqrt 2
+// erfc^-1(2 pl) with pl = min(p, 1 - p) in the tails (negated for the upper
+// one at the end). Refine: one Halley step on Phi (f'' = -x f') shared by
+// all lanes, so that a register holding both kinds of lane pays for one
+// exponential and one step: z = -x/sqrt 2 as hi + lo, exp(-z^2) as
+// (hi + lo) 2^n, and the residual 2 (Phi(x) - target) 2^-n from the lane's
+// form: about the centre -erf(z) - 2d with erf(z) = z + z P(z^2) (2d is
+// exact), in the tails erfc(z) - 2 pl with erfc(z) = 1 - z - z P(z^2) below
+// z = 1/2 and exp(-z^2) erfcx(z) from the rows above. The step's
+// u/(1 + x u/2) is u - (x u/2) u: x u/2 is below 2^-25 after the full
+// guess, so the dropped terms are far below an ulp of the result.
 template <int Kind, bool Refine>
-inline VD cdfnorminv_d(VD p) {
+[[gnu::flatten]] inline VD cdfnorminv_d(VD p) {
     const VD d = p - splat(0.5);
     const VD central = simd::lt(abs_of(d), splat(0.25));
     const uint32_t cm = simd::lanes(central);
-    VD c = splat(0.0), x = splat(0.0);
+    const VD upper = simd::lt(splat(0.0), d);
+    const VD pl = clamp(simd::select(upper, splat(1.0) - p, p), 0x1p-200, 0.25);
+    VD x = splat(0.0);
     if (cm) {
         const VD y = splat(2.0) * d;
-        c = splat(kSqrt2) * (y * guess_central<Kind>(y * y));
-        if constexpr (Refine) {  // Halley on Phi(x) - p, f'' = -x f'
-            const VD xa = -c;
-            VD pl;
-            const VD pp = dd::two_prod(xa, splat(kInvSqrt2Hi), &pl);
-            VD zl;
-            const VD zh = dd::fast_two_sum(-pp, -(pl + xa * splat(kInvSqrt2Lo)), &zl);
-            VD el;
-            const VD eh = dd::fast_two_sum(zh, zl + erf_small_tail(zh), &el);
-            const VD f = (splat(0.5) * eh - d) + splat(0.5) * el;
-            const VD u = f / (splat(kInvSqrt2Pi) * exp_neg(splat(0.5) * c * c));
-            c = c - u / (splat(1.0) + splat(0.5) * c * u);
-        }
+        x = splat(kSqrt2) * (y * guess_central<Kind>(y * y));
     }
-    const VD upper = simd::lt(splat(0.0), d);
-    if (cm != all_lanes()) {
-        const VD pl = clamp(simd::select(upper, splat(1.0) - p, p), 0x1p-200, 0.25);
-        const VD x0 = splat(-kSqrt2) * guess_tail<Kind>(splat(2.0) * pl);
-        x = x0;
-        if constexpr (Refine) {
-            VD ql;
-            const VD qp = dd::two_prod(x0, splat(kInvSqrt2Hi), &ql);
-            VD zl;
-            const VD zh = dd::fast_two_sum(-qp, -(ql + x0 * splat(kInvSqrt2Lo)), &zl);
-            VD e;
-            const ScaledV m = erfc_mid(zh, zl, &e);
-            const VD f = (m.hi - pl * pow2v(1 - m.n)) + m.lo;
-            const VD u = splat(0.5) * f / (splat(kInvSqrt2Pi) * e);
-            x = x0 - u / (splat(1.0) + splat(0.5) * x0 * u);
+    if (cm != all_lanes())
+        x = simd::select(central, x, splat(-kSqrt2) * guess_tail<Kind>(splat(2.0) * pl));
+    if constexpr (Refine) {
+        VD ql;
+        const VD qp = dd::two_prod(x, splat(kInvSqrt2Hi), &ql);
+        VD zl;
+        const VD zh = dd::fast_two_sum(-qp, -(ql + x * splat(kInvSqrt2Lo)), &zl);
+        VD sl;
+        const VD sq = dd::two_prod(zh, zh, &sl);
+        const ScaledV ex = exp_dd(-sq, -(sl + splat(2.0) * zh * zl));
+        const VD near = simd::bandnot(central, simd::lt(zh, splat(0.5)));  // tail lanes, z < 1/2
+        const uint32_t nm = simd::lanes(near);
+        VD f = splat(0.0);
+        if (cm | nm) {
+            const VD zs = clamp(zh, -0.5, 0.5);
+            const VD tail = erf_small_tail(zs);
+            if (cm) {
+                VD el;
+                const VD eh = dd::fast_two_sum(zs, zl + tail, &el);
+                f = (-eh - splat(2.0) * d) - el;
+            }
+            if (nm) {
+                VD ce;
+                const VD ch = dd::two_sum(splat(1.0), -zs, &ce);
+                VD cl;
+                const VD cs = dd::fast_two_sum(ch, (ce - zl) - tail, &cl);
+                f = simd::select(near, (cs - splat(2.0) * pl) + cl, f);
+            }
         }
+        f = f * pow2v(-ex.n);
+        const VD rows = simd::bandnot(central, simd::not_lt(zh, splat(0.5)));
+        if (simd::lanes(rows)) {
+            VD fh, fl;
+            erfcx_rows(clamp(zh, 0.5, kRowsEnd), zl, &fh, &fl);
+            VD ml;
+            const VD mq = dd::two_prod(ex.hi, fh, &ml);
+            VD lo;
+            const VD hi = dd::fast_two_sum(mq, ml + (ex.hi * fl + ex.lo * fh), &lo);
+            f = simd::select(rows, (hi - pl * pow2v(1 - ex.n)) + lo, f);
+        }
+        const VD u = splat(0.5) * f / (splat(kInvSqrt2Pi) * ex.hi);
+        x = x - (u - (splat(0.5) * x * u) * u);
     }
-    return simd::select(central, c, simd::bxor(x, simd::band(upper, splat(-0.0))));
+    return simd::select(central, x, simd::bxor(x, simd::band(upper, splat(-0.0))));
 }
 
 // One bit a lane: the high word of x (signed) at or above b, of |x| at or
