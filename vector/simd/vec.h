@@ -64,12 +64,15 @@ inline To as(From v) {
     return (To)v;
 }
 
-// Every lane set to s (bit for bit, signed zeros and NaN payloads kept).
+// Every lane set to s (bit for bit, signed zeros and NaN payloads kept):
+// lane 0 shuffled to every lane, which compiles to one broadcast at every
+// width (a lane-by-lane fill is not always recognised inside long kernels,
+// and then costs a masked move a lane).
 template <typename V, typename S>
 inline V fill(S s) {
-    V v;
-    for (unsigned i = 0; i < sizeof(V) / sizeof(v[0]); ++i) v[i] = s;
-    return v;
+    V v{};
+    v[0] = s;
+    return __builtin_shuffle(v, decltype(v < v){});
 }
 
 // ---- operations naming an instruction set ----
