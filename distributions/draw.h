@@ -80,33 +80,44 @@ void apply_kernel(PowxTable<T> table, int32_t n, T* r, T exponent) {
     orv_vtm_kernel_SetMode(saved);
 }
 
-// The kernels the transforms use, by element type.
+// The table named `name` of the wider kernel library the process has loaded
+// (kernel_tables.cpp), else base: the same kernels, bitwise, wider registers.
+const void* loaded_table(const void* base, const char* name);
+
+// The kernels the transforms use, by element type, each looked up once.
+#define ORV_DIST_TABLE(Fn, Kind, Name)                                                                     \
+    static Kind Fn() {                                                                                       \
+        static const Kind t = static_cast<Kind>(                                                             \
+            loaded_table(orv_vtm_kernel_##Name##_ttab, "orv_vtm_kernel_" #Name "_ttab"));                     \
+        return t;                                                                                            \
+    }
 template <typename T>
 struct Kernels;
 template <>
 struct Kernels<double> {
-    static KernelTable<double> ln() { return orv_vtm_kernel_dLn_ttab; }
-    static KernelTable<double> sqrt() { return orv_vtm_kernel_dSqrt_ttab; }
-    static KernelTable<double> exp() { return orv_vtm_kernel_dExp_ttab; }
-    static KernelTable<double> sin() { return orv_vtm_kernel_dSin_ttab; }
-    static KernelTable<double> cos() { return orv_vtm_kernel_dCos_ttab; }
-    static KernelTable<double> tan() { return orv_vtm_kernel_dTan_ttab; }
-    static KernelTable<double> erfinv() { return orv_vtm_kernel_dErfInv_ttab; }
-    static TwoResultTable<double> sincos() { return orv_vtm_kernel_dSinCos_ttab; }
-    static PowxTable<double> powx() { return orv_vtm_kernel_dPowx_ttab; }
+    ORV_DIST_TABLE(ln, KernelTable<double>, dLn)
+    ORV_DIST_TABLE(sqrt, KernelTable<double>, dSqrt)
+    ORV_DIST_TABLE(exp, KernelTable<double>, dExp)
+    ORV_DIST_TABLE(sin, KernelTable<double>, dSin)
+    ORV_DIST_TABLE(cos, KernelTable<double>, dCos)
+    ORV_DIST_TABLE(tan, KernelTable<double>, dTan)
+    ORV_DIST_TABLE(erfinv, KernelTable<double>, dErfInv)
+    ORV_DIST_TABLE(sincos, TwoResultTable<double>, dSinCos)
+    ORV_DIST_TABLE(powx, PowxTable<double>, dPowx)
 };
 template <>
 struct Kernels<float> {
-    static KernelTable<float> ln() { return orv_vtm_kernel_sLn_ttab; }
-    static KernelTable<float> sqrt() { return orv_vtm_kernel_sSqrt_ttab; }
-    static KernelTable<float> exp() { return orv_vtm_kernel_sExp_ttab; }
-    static KernelTable<float> sin() { return orv_vtm_kernel_sSin_ttab; }
-    static KernelTable<float> cos() { return orv_vtm_kernel_sCos_ttab; }
-    static KernelTable<float> tan() { return orv_vtm_kernel_sTan_ttab; }
-    static KernelTable<float> erfinv() { return orv_vtm_kernel_sErfInv_ttab; }
-    static TwoResultTable<float> sincos() { return orv_vtm_kernel_sSinCos_ttab; }
-    static PowxTable<float> powx() { return orv_vtm_kernel_sPowx_ttab; }
+    ORV_DIST_TABLE(ln, KernelTable<float>, sLn)
+    ORV_DIST_TABLE(sqrt, KernelTable<float>, sSqrt)
+    ORV_DIST_TABLE(exp, KernelTable<float>, sExp)
+    ORV_DIST_TABLE(sin, KernelTable<float>, sSin)
+    ORV_DIST_TABLE(cos, KernelTable<float>, sCos)
+    ORV_DIST_TABLE(tan, KernelTable<float>, sTan)
+    ORV_DIST_TABLE(erfinv, KernelTable<float>, sErfInv)
+    ORV_DIST_TABLE(sincos, TwoResultTable<float>, sSinCos)
+    ORV_DIST_TABLE(powx, PowxTable<float>, sPowx)
 };
+#undef ORV_DIST_TABLE
 
 // The finite stand-in for ln(0): ln of the smallest subnormal, in each type.
 template <typename T>
