@@ -4,6 +4,8 @@
 // MRG32K3A, MT19937 and SFMT19937 streams, beside the C++ standard library's
 // distributions over std::mt19937_64 (where it has the distribution).
 // bench/dist_peers.py runs this with numpy's Generator (PCG64) in the same job.
+// The distributions run the kernels of the widest kernel library the front
+// end loaded (ORV_ISA=sse2 keeps them on the baseline's).
 #include <benchmark/benchmark.h>
 
 #include <cstdint>

@@ -49,64 +49,104 @@ private:
     VtmErrorCallBack handler_;
 };
 
-// A unary kernel, in place, through the third slot of its table.
+// The kernels' own mode (denormals kept) over a stretch of kernel calls.
+// Only the kernels read the mode word, and this field of it, so one switch
+// around a block loop runs every kernel call as a switch around each would.
+class KernelMode {
+public:
+    KernelMode() : saved_(orv_vtm_kernel_SetMode(VTM_FTZDAZ_OFF)) {}
+    ~KernelMode() { orv_vtm_kernel_SetMode(saved_); }
+    KernelMode(const KernelMode&) = delete;
+    KernelMode& operator=(const KernelMode&) = delete;
+
+private:
+    uint32_t saved_;
+};
+
+// A unary kernel, in place, through the third slot of its table: run_kernel
+// inside a KernelMode, apply_kernel with its own.
 template <typename T>
 using KernelTable = void (*const*)(int, const T*, T*);
-
+template <typename T>
+void run_kernel(KernelTable<T> table, int32_t n, T* r) {
+    table[2](n, r, r);
+}
 template <typename T>
 void apply_kernel(KernelTable<T> table, int32_t n, T* r) {
-    const uint32_t saved = orv_vtm_kernel_SetMode(VTM_FTZDAZ_OFF);
-    table[2](n, r, r);
-    orv_vtm_kernel_SetMode(saved);
+    KernelMode mode;
+    run_kernel(table, n, r);
 }
 
 // Sine and cosine of a together, into two arrays.
 template <typename T>
 using TwoResultTable = void (*const*)(int, const T*, T*, T*);
 template <typename T>
-void apply_kernel(TwoResultTable<T> table, int32_t n, const T* a, T* r1, T* r2) {
-    const uint32_t saved = orv_vtm_kernel_SetMode(VTM_FTZDAZ_OFF);
+void run_kernel(TwoResultTable<T> table, int32_t n, const T* a, T* r1, T* r2) {
     table[2](n, a, r1, r2);
-    orv_vtm_kernel_SetMode(saved);
 }
 
 // Every element raised to one exponent, in place.
 template <typename T>
 using PowxTable = void (*const*)(int, const T*, T, T*);
 template <typename T>
-void apply_kernel(PowxTable<T> table, int32_t n, T* r, T exponent) {
-    const uint32_t saved = orv_vtm_kernel_SetMode(VTM_FTZDAZ_OFF);
+void run_kernel(PowxTable<T> table, int32_t n, T* r, T exponent) {
     table[2](n, r, exponent, r);
-    orv_vtm_kernel_SetMode(saved);
 }
 
-// The kernels the transforms use, by element type.
+// The table named `name` of the wider kernel library the process has loaded
+// (kernel_tables.cpp), else base: the same kernels, bitwise, wider registers.
+const void* loaded_table(const void* base, const char* name);
+
+// The kernels the transforms use, by element type, each looked up once.
+#define ORV_DIST_TABLE(Fn, Kind, Name)                                                                     \
+    static Kind Fn() {                                                                                       \
+        static const Kind t = static_cast<Kind>(                                                             \
+            loaded_table(orv_vtm_kernel_##Name##_ttab, "orv_vtm_kernel_" #Name "_ttab"));                     \
+        return t;                                                                                            \
+    }
 template <typename T>
 struct Kernels;
 template <>
 struct Kernels<double> {
-    static KernelTable<double> ln() { return orv_vtm_kernel_dLn_ttab; }
-    static KernelTable<double> sqrt() { return orv_vtm_kernel_dSqrt_ttab; }
-    static KernelTable<double> exp() { return orv_vtm_kernel_dExp_ttab; }
-    static KernelTable<double> sin() { return orv_vtm_kernel_dSin_ttab; }
-    static KernelTable<double> cos() { return orv_vtm_kernel_dCos_ttab; }
-    static KernelTable<double> tan() { return orv_vtm_kernel_dTan_ttab; }
-    static KernelTable<double> erfinv() { return orv_vtm_kernel_dErfInv_ttab; }
-    static TwoResultTable<double> sincos() { return orv_vtm_kernel_dSinCos_ttab; }
-    static PowxTable<double> powx() { return orv_vtm_kernel_dPowx_ttab; }
+    ORV_DIST_TABLE(ln, KernelTable<double>, dLn)
+    ORV_DIST_TABLE(sqrt, KernelTable<double>, dSqrt)
+    ORV_DIST_TABLE(exp, KernelTable<double>, dExp)
+    ORV_DIST_TABLE(sin, KernelTable<double>, dSin)
+    ORV_DIST_TABLE(cos, KernelTable<double>, dCos)
+    ORV_DIST_TABLE(tan, KernelTable<double>, dTan)
+    ORV_DIST_TABLE(erfinv, KernelTable<double>, dErfInv)
+    ORV_DIST_TABLE(sincos, TwoResultTable<double>, dSinCos)
+    ORV_DIST_TABLE(powx, PowxTable<double>, dPowx)
 };
 template <>
 struct Kernels<float> {
-    static KernelTable<float> ln() { return orv_vtm_kernel_sLn_ttab; }
-    static KernelTable<float> sqrt() { return orv_vtm_kernel_sSqrt_ttab; }
-    static KernelTable<float> exp() { return orv_vtm_kernel_sExp_ttab; }
-    static KernelTable<float> sin() { return orv_vtm_kernel_sSin_ttab; }
-    static KernelTable<float> cos() { return orv_vtm_kernel_sCos_ttab; }
-    static KernelTable<float> tan() { return orv_vtm_kernel_sTan_ttab; }
-    static KernelTable<float> erfinv() { return orv_vtm_kernel_sErfInv_ttab; }
-    static TwoResultTable<float> sincos() { return orv_vtm_kernel_sSinCos_ttab; }
-    static PowxTable<float> powx() { return orv_vtm_kernel_sPowx_ttab; }
+    ORV_DIST_TABLE(ln, KernelTable<float>, sLn)
+    ORV_DIST_TABLE(sqrt, KernelTable<float>, sSqrt)
+    ORV_DIST_TABLE(exp, KernelTable<float>, sExp)
+    ORV_DIST_TABLE(sin, KernelTable<float>, sSin)
+    ORV_DIST_TABLE(cos, KernelTable<float>, sCos)
+    ORV_DIST_TABLE(tan, KernelTable<float>, sTan)
+    ORV_DIST_TABLE(erfinv, KernelTable<float>, sErfInv)
+    ORV_DIST_TABLE(sincos, TwoResultTable<float>, sSinCos)
+    ORV_DIST_TABLE(powx, PowxTable<float>, sPowx)
 };
+#undef ORV_DIST_TABLE
+
+// Whether a draw from the stream can fail: the fills of the abstract
+// streams (rows 9 to 11), of TRNG (row 13) and of registered generators can;
+// the other built-in generators' fills always succeed.
+template <typename T>
+bool draws_may_fail(void* s) {
+    uint32_t row = 0, sub = 0;
+    const BrngRow* table = __vstGetBrngBaseOffset(__vstGetStreamStateBrng(s), &row, &sub);
+    const auto fill = [](const BrngRow& r) {
+        if constexpr (std::is_same_v<T, float>) return reinterpret_cast<const void*>(r.floatFill);
+        else return reinterpret_cast<const void*>(r.doubleFill);
+    };
+    for (uint32_t k = 0; k < ORV_BRNG_BUILT_IN; ++k)
+        if ((k < 9 || k == 12 || k > 13) && fill(__RegBrngsNew[k]) == fill(table[row])) return false;
+    return true;
+}
 
 // The finite stand-in for ln(0): ln of the smallest subnormal, in each type.
 template <typename T>

@@ -17,12 +17,12 @@ constexpr T kTwoPi = T(6.283185307179586);
 template <typename T>
 constexpr T kSqrt2 = T(1.4142135623730951);
 
-// Radii sqrt(-2 ln u) of m uniforms, in place.
+// Radii sqrt(-2 ln u) of m uniforms, in place, inside a KernelMode.
 template <typename T>
 void radii(int32_t m, T* u) {
-    apply_kernel(Kernels<T>::ln(), m, u);
+    run_kernel(Kernels<T>::ln(), m, u);
     for (int32_t i = 0; i < m; ++i) u[i] *= T(-2);
-    apply_kernel(Kernels<T>::sqrt(), m, u);
+    run_kernel(Kernels<T>::sqrt(), m, u);
 }
 
 // One output per pair: rad(u1) sin(2 pi u2), in blocks of kBlock outputs.
@@ -30,6 +30,7 @@ template <typename T>
 int32_t box_muller(void* s, int32_t n, T* r, T a, T sigma) {
     if (n < 1) return 0;
     T u[2 * kBlock], rad[kBlock], ang[kBlock];
+    KernelMode mode;
     int32_t status = 0;
     for (int32_t done = 0; done < n; done += kBlock) {
         const int32_t m = std::min(n - done, kBlock);
@@ -39,7 +40,7 @@ int32_t box_muller(void* s, int32_t n, T* r, T a, T sigma) {
             rad[i] = u[2 * i];
             ang[i] = u[2 * i + 1] * kTwoPi<T>;
         }
-        apply_kernel(Kernels<T>::sin(), m, ang);
+        run_kernel(Kernels<T>::sin(), m, ang);
         radii(m, rad);
         T* out = r + done;
         for (int32_t i = 0; i < m; ++i) out[i] = (rad[i] * sigma) * ang[i] + a;
@@ -68,9 +69,10 @@ int32_t kept_pair(void* s, T** pair) {
     return 0;
 }
 
-// m (even) uniforms into m/2 pairs of outputs at out: sine first, cosine second.
-template <typename T>
-int32_t pair_round(void* s, int32_t m, T* out) {
+// m (even) uniforms into m/2 pairs of outputs at out: sine first, cosine
+// second, each through finish.
+template <typename T, typename Finish>
+int32_t pair_round(void* s, int32_t m, T* out, Finish finish) {
     T u[kBlock], rad[kBlock / 2], ang[kBlock / 2], sn[kBlock / 2], cs[kBlock / 2];
     const int32_t status = draw_uniform<T>(s, m, u, T(0), T(1));
     if (status < 0) return status;
@@ -79,11 +81,11 @@ int32_t pair_round(void* s, int32_t m, T* out) {
         rad[j] = u[2 * j];
         ang[j] = u[2 * j + 1] * kTwoPi<T>;
     }
-    apply_kernel(Kernels<T>::sincos(), h, ang, sn, cs);
+    run_kernel(Kernels<T>::sincos(), h, ang, sn, cs);
     radii(h, rad);
     for (int32_t j = 0; j < h; ++j) {
-        out[2 * j] = rad[j] * sn[j];
-        out[2 * j + 1] = rad[j] * cs[j];
+        out[2 * j] = finish(rad[j] * sn[j]);
+        out[2 * j + 1] = finish(rad[j] * cs[j]);
     }
     return status;
 }
@@ -91,24 +93,30 @@ int32_t pair_round(void* s, int32_t m, T* out) {
 // Both outputs of every pair. A pair whose second output is not asked for is
 // kept on the stream, as its two uniforms, and pays the first output of the
 // next call; so the sequence does not depend on how a request is cut.
+// r * sigma + a is a last pass over all n, so that a failed draw leaves the
+// raw values; on a generator whose fills cannot fail each output gets it as
+// it is made, with the same result and one pass over memory less.
 template <typename T>
 int32_t box_muller2(void* s, int32_t n, T* r, T a, T sigma) {
     T* pair = nullptr;
     int32_t status = kept_pair<T>(s, &pair);
     if (status < 0 || n < 1) return status;
+    const bool at_once = !draws_may_fail<T>(s);
+    const auto finish = [=](T v) { return at_once ? v * sigma + a : v; };
+    KernelMode mode;
     int32_t k = 0;
     if (pair[0] != T(-1)) {
         T rad = pair[0], ang = pair[1] * kTwoPi<T>;
         pair[0] = pair[1] = T(-1);  // delivered, also if a later draw fails
-        apply_kernel(Kernels<T>::cos(), 1, &ang);
+        run_kernel(Kernels<T>::cos(), 1, &ang);
         radii(1, &rad);
-        r[k++] = rad * ang;
+        r[k++] = finish(rad * ang);
     }
     const int32_t rest = n - k;
     for (int32_t round = 0; round < rest / kBlock; ++round, k += kBlock)
-        if ((status = pair_round<T>(s, kBlock, r + k)) < 0) return status;
+        if ((status = pair_round<T>(s, kBlock, r + k, finish)) < 0) return status;
     if (const int32_t even = (rest % kBlock) & ~1; even > 0) {
-        if ((status = pair_round<T>(s, even, r + k)) < 0) return status;
+        if ((status = pair_round<T>(s, even, r + k, finish)) < 0) return status;
         k += even;
     }
     if (rest % 2 == 1) {
@@ -117,26 +125,31 @@ int32_t box_muller2(void* s, int32_t n, T* r, T a, T sigma) {
         pair[0] = u[0];
         pair[1] = u[1];
         T rad = u[0], ang = u[1] * kTwoPi<T>;
-        apply_kernel(Kernels<T>::sin(), 1, &ang);
+        run_kernel(Kernels<T>::sin(), 1, &ang);
         radii(1, &rad);
-        r[k] = rad * ang;
+        r[k] = finish(rad * ang);
     }
-    for (int32_t i = 0; i < n; ++i) r[i] = r[i] * sigma + a;
+    if (!at_once)
+        for (int32_t i = 0; i < n; ++i) r[i] = r[i] * sigma + a;
     return status;
 }
 
-// Inversion: sqrt(2) erfinv(v) of uniforms v on [-1, 1).
+// Inversion: sqrt(2) erfinv(v) of uniforms v on [-1, 1), drawn in one call,
+// then the kernel and the scaling block by block.
 template <typename T>
 int32_t icdf(void* s, int32_t n, T* r, T a, T sigma) {
     if (n < 1) return 0;
     const int32_t status = draw_uniform<T>(s, n, r, T(-1), T(1));
     if (status < 0) return status;
-    {
-        KernelBracket own(replace_erfinv_pole<T>);
-        apply_kernel(Kernels<T>::erfinv(), n, r);
-    }
     const T scale = sigma * kSqrt2<T>;
-    for (int32_t i = 0; i < n; ++i) r[i] = r[i] * scale + a;
+    KernelBracket own(replace_erfinv_pole<T>);
+    KernelMode mode;
+    for (int32_t done = 0; done < n; done += kBlock) {
+        const int32_t m = std::min(n - done, kBlock);
+        T* x = r + done;
+        run_kernel(Kernels<T>::erfinv(), m, x);
+        for (int32_t i = 0; i < m; ++i) x[i] = x[i] * scale + a;
+    }
     return status;
 }
 
@@ -157,14 +170,17 @@ int32_t lognormal(int32_t method, void* s, int32_t n, T* r, T a, T sigma, T b, T
     const int32_t normal = method == 0 ? ORV_RNG_METHOD_GAUSSIAN_BOXMULLER2 : ORV_RNG_METHOD_GAUSSIAN_ICDF;
     const int32_t status = gaussian<T>(normal, s, n, r, a, sigma);
     if (status < 0 || n < 1) return status;
-    {
-        KernelBracket bracket(keep_result);
-        apply_kernel(Kernels<T>::exp(), n, r);
-    }
     const bool clamp = (method & kAccurate) != 0;
-    for (int32_t i = 0; i < n; ++i) {
-        const T v = r[i] * beta + b;
-        r[i] = clamp && v < b ? b : v;
+    KernelBracket bracket(keep_result);
+    KernelMode mode;
+    for (int32_t done = 0; done < n; done += kBlock) {
+        const int32_t m = std::min(n - done, kBlock);
+        T* x = r + done;
+        run_kernel(Kernels<T>::exp(), m, x);
+        for (int32_t i = 0; i < m; ++i) {
+            const T v = x[i] * beta + b;
+            x[i] = clamp && v < b ? b : v;
+        }
     }
     return status;
 }

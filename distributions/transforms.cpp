@@ -8,15 +8,22 @@ namespace orv::dist {
 namespace {
 
 // The shape every one-pass transform shares: bracket with its handler, n
-// uniforms on [0, 1) into r, the kernel steps in place, then the scaling.
+// uniforms on [0, 1) into r in one draw, then the kernel steps and the
+// scaling block by block, while a block is in cache. A failed draw leaves r
+// as the fill left it.
 template <typename T, typename Kernel, typename Scale>
 int32_t one_pass(VtmErrorCallBack handler, void* s, int32_t n, T* r, Kernel kernels, Scale scale) {
     if (n < 1) return 0;
     KernelBracket bracket(handler);
     const int32_t status = draw_uniform<T>(s, n, r, T(0), T(1));
     if (status < 0) return status;
-    kernels(n, r);
-    for (int32_t i = 0; i < n; ++i) r[i] = scale(r[i]);
+    KernelMode mode;
+    for (int32_t done = 0; done < n; done += kBlock) {
+        const int32_t m = std::min(n - done, kBlock);
+        T* x = r + done;
+        kernels(m, x);
+        for (int32_t i = 0; i < m; ++i) x[i] = scale(x[i]);
+    }
     return status;
 }
 
@@ -29,7 +36,7 @@ template <typename T>
 int32_t exponential(int32_t method, void* s, int32_t n, T* r, T a, T beta) {
     const bool clamp = (method & kAccurate) != 0;
     return one_pass<T>(
-        replace_every_error<T>, s, n, r, [](int32_t m, T* x) { apply_kernel(Kernels<T>::ln(), m, x); },
+        replace_every_error<T>, s, n, r, [](int32_t m, T* x) { run_kernel(Kernels<T>::ln(), m, x); },
         [=](T lnu) { return at_least(clamp, a, a - lnu * beta); });
 }
 
@@ -39,24 +46,25 @@ int32_t rayleigh(int32_t method, void* s, int32_t n, T* r, T a, T beta) {
     return one_pass<T>(
         replace_pole<T>, s, n, r,
         [](int32_t m, T* x) {
-            apply_kernel(Kernels<T>::ln(), m, x);
+            run_kernel(Kernels<T>::ln(), m, x);
             for (int32_t i = 0; i < m; ++i) x[i] = -x[i];
-            apply_kernel(Kernels<T>::sqrt(), m, x);
+            run_kernel(Kernels<T>::sqrt(), m, x);
         },
         [=](T root) { return at_least(clamp, a, root * beta + a); });
 }
 
-// ln of a standard exponential variate: the exponential's own bracket nests
-// inside this one.
+// ln of a standard exponential variate, 0 - ln(u) * 1 as the exponential
+// forms it; its bracket would nest in this one with the same handler.
 template <typename T>
 int32_t gumbel(int32_t, void* s, int32_t n, T* r, T a, T beta) {
-    if (n < 1) return 0;
-    KernelBracket bracket(replace_every_error<T>);
-    const int32_t status = exponential<T>(0, s, n, r, T(0), T(1));
-    if (status < 0) return status;
-    apply_kernel(Kernels<T>::ln(), n, r);
-    for (int32_t i = 0; i < n; ++i) r[i] = r[i] * beta + a;
-    return status;
+    return one_pass<T>(
+        replace_every_error<T>, s, n, r,
+        [](int32_t m, T* x) {
+            run_kernel(Kernels<T>::ln(), m, x);
+            for (int32_t i = 0; i < m; ++i) x[i] = T(0) - x[i] * T(1);
+            run_kernel(Kernels<T>::ln(), m, x);
+        },
+        [=](T v) { return v * beta + a; });
 }
 
 // Rounds of kBlock outputs from 2 kBlock uniforms: the even ones give the
@@ -65,6 +73,7 @@ template <typename T>
 int32_t laplace(int32_t, void* s, int32_t n, T* r, T a, T beta) {
     if (n < 1) return 0;
     KernelBracket bracket(replace_every_error<T>);
+    KernelMode mode;
     T u[2 * kBlock];
     int32_t status = 0;
     for (int32_t done = 0; done < n; done += kBlock) {
@@ -73,22 +82,27 @@ int32_t laplace(int32_t, void* s, int32_t n, T* r, T a, T beta) {
         if (status < 0) return status;
         T* out = r + done;
         for (int32_t i = 0; i < m; ++i) out[i] = u[2 * i];
-        apply_kernel(Kernels<T>::ln(), m, out);
+        run_kernel(Kernels<T>::ln(), m, out);
         for (int32_t i = 0; i < m; ++i) out[i] = out[i] * (u[2 * i + 1] > T(0.5) ? beta : -beta) + a;
     }
     return status;
 }
 
-// tan of uniforms on (-pi/2, pi/2); no handler of its own (tan of a finite
-// value reports nothing).
+// tan of uniforms on (-pi/2, pi/2), in blocks; no bracket or handler of its
+// own around the call (tan of a finite value reports nothing).
 template <typename T>
 int32_t cauchy(int32_t, void* s, int32_t n, T* r, T a, T beta) {
     if (n < 1) return 0;
     const T half_pi = T(1.5707963267948966);
     const int32_t status = draw_uniform<T>(s, n, r, -half_pi, half_pi);
     if (status < 0) return status;
-    apply_kernel(Kernels<T>::tan(), n, r);
-    for (int32_t i = 0; i < n; ++i) r[i] = r[i] * beta + a;
+    KernelMode mode;
+    for (int32_t done = 0; done < n; done += kBlock) {
+        const int32_t m = std::min(n - done, kBlock);
+        T* x = r + done;
+        run_kernel(Kernels<T>::tan(), m, x);
+        for (int32_t i = 0; i < m; ++i) x[i] = x[i] * beta + a;
+    }
     return status;
 }
 
@@ -100,9 +114,9 @@ int32_t weibull(int32_t method, void* s, int32_t n, T* r, T alpha, T a, T beta) 
     return one_pass<T>(
         replace_pole<T>, s, n, r,
         [=](int32_t m, T* x) {
-            apply_kernel(Kernels<T>::ln(), m, x);
+            run_kernel(Kernels<T>::ln(), m, x);
             for (int32_t i = 0; i < m; ++i) x[i] = -x[i];
-            apply_kernel(Kernels<T>::powx(), m, x, exponent);
+            run_kernel(Kernels<T>::powx(), m, x, exponent);
         },
         [=](T v) { return at_least(clamp, a, v * beta + a); });
 }

@@ -6,10 +6,18 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
 #include <memory>
+#include <string>
 #include <vector>
 
+#include <unistd.h>
+
 #include <orv/dist.h>
+#include <orv/orv.h>
 #include <orv/vtm.h>
 
 namespace {
@@ -195,6 +203,44 @@ TEST_P(Continuous, IsTheFormulaOnTheUniformsItConsumes) {
             }
             EXPECT_EQ(uniforms(s.get(), 8), uniforms(c.get(), 8)) << "generator row " << k << " n " << n;
         }
+}
+
+// The front end has loaded the widest kernel library the processor runs
+// (this program links it), so the draws above ran its kernels. They equal,
+// bit for bit, the draws of a child process kept on the baseline's kernels
+// (ORV_ISA=sse2): 1500 outputs on MCG59, then uniforms of 0, subnormals, the
+// smallest normal and just below 1, which take the kernels' special paths
+// and the distribution's error handler.
+TEST_P(Continuous, SameBitsAsOnTheBaselineKernels) {
+    const double tiny = single ? 1e-40 : 1e-310, smallest = single ? 0x1p-149 : 0x1p-1074;
+    std::vector<double> ends = {0.0, smallest, tiny, single ? 0x1p-126 : 0x1p-1022, 1 - 0x1p-24, 0.5, 0.0, 0x1p-30};
+    std::vector<float> ends_f(ends.begin(), ends.end());
+    void* raw = nullptr;
+    if (single) __vstsNewAbstractStream(&raw, int32_t(ends.size()), ends_f.data(), 0.0f, 1.0f, [](void*, int32_t, float*) { return -77; });
+    else __vstdNewAbstractStream(&raw, int32_t(ends.size()), ends.data(), 0.0, 1.0, [](void*, int32_t, double*) { return -77; });
+    Stream s = make(ORV_BRNG_MCG59, 5), e = own(raw);
+    std::vector<double> x;
+    ASSERT_EQ(draw(s.get(), 1500, x), 0);
+    ASSERT_EQ(draw(e.get(), int32_t(ends.size()) / row.per - 1, x), 0);
+    if (const char* out = std::getenv("ORV_TEST_DRAWS_OUT")) {
+        std::ofstream(out, std::ios::binary).write(reinterpret_cast<const char*>(x.data()), std::streamsize(8 * x.size()));
+        return;
+    }
+    if (orv_get_vector_variant() == 0) GTEST_SKIP() << "no wider kernel library on this processor";
+    const ::testing::TestInfo* me = ::testing::UnitTest::GetInstance()->current_test_info();
+    const std::string file = ::testing::TempDir() + "draws_" + std::to_string(getpid());
+    char self[4096] = {};
+    ASSERT_GT(readlink("/proc/self/exe", self, sizeof self - 1), 0);
+    const std::string child = "ORV_ISA=sse2 ORV_TEST_DRAWS_OUT=" + file + " '" + self + "' '--gtest_filter=" +
+                              me->test_suite_name() + "." + me->name() + "' > /dev/null";
+    ASSERT_EQ(std::system(child.c_str()), 0);
+    std::ifstream in(file, std::ios::binary);
+    std::vector<double> base(x.size());
+    in.read(reinterpret_cast<char*>(base.data()), std::streamsize(8 * base.size()));
+    std::remove(file.c_str());
+    ASSERT_EQ(in.gcount(), std::streamsize(8 * x.size()));
+    for (size_t i = 0; i < x.size(); ++i)
+        ASSERT_EQ(std::memcmp(&x[i], &base[i], 8), 0) << i << ": " << x[i] << " against " << base[i];
 }
 
 INSTANTIATE_TEST_SUITE_P(Distributions, Continuous, ::testing::Combine(::testing::ValuesIn(kRows), ::testing::Bool()),
