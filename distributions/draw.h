@@ -77,6 +77,19 @@ void apply_kernel(KernelTable<T> table, int32_t n, T* r) {
     run_kernel(table, n, r);
 }
 
+// Kernel steps, then a scaling of each element, on r in place, kBlock
+// elements at a time while a block is in cache, inside one KernelMode.
+template <typename T, typename Steps, typename Scale>
+void transform_blocks(int32_t n, T* r, Steps steps, Scale scale) {
+    KernelMode mode;
+    for (int32_t done = 0; done < n; done += kBlock) {
+        const int32_t m = std::min(n - done, kBlock);
+        T* x = r + done;
+        steps(m, x);
+        for (int32_t i = 0; i < m; ++i) x[i] = scale(x[i]);
+    }
+}
+
 // Sine and cosine of a together, into two arrays.
 template <typename T>
 using TwoResultTable = void (*const*)(int, const T*, T*, T*);

@@ -143,13 +143,9 @@ int32_t icdf(void* s, int32_t n, T* r, T a, T sigma) {
     if (status < 0) return status;
     const T scale = sigma * kSqrt2<T>;
     KernelBracket own(replace_erfinv_pole<T>);
-    KernelMode mode;
-    for (int32_t done = 0; done < n; done += kBlock) {
-        const int32_t m = std::min(n - done, kBlock);
-        T* x = r + done;
-        run_kernel(Kernels<T>::erfinv(), m, x);
-        for (int32_t i = 0; i < m; ++i) x[i] = x[i] * scale + a;
-    }
+    transform_blocks(
+        n, r, [](int32_t m, T* x) { run_kernel(Kernels<T>::erfinv(), m, x); },
+        [=](T v) { return v * scale + a; });
     return status;
 }
 
@@ -172,16 +168,12 @@ int32_t lognormal(int32_t method, void* s, int32_t n, T* r, T a, T sigma, T b, T
     if (status < 0 || n < 1) return status;
     const bool clamp = (method & kAccurate) != 0;
     KernelBracket bracket(keep_result);
-    KernelMode mode;
-    for (int32_t done = 0; done < n; done += kBlock) {
-        const int32_t m = std::min(n - done, kBlock);
-        T* x = r + done;
-        run_kernel(Kernels<T>::exp(), m, x);
-        for (int32_t i = 0; i < m; ++i) {
-            const T v = x[i] * beta + b;
-            x[i] = clamp && v < b ? b : v;
-        }
-    }
+    transform_blocks(
+        n, r, [](int32_t m, T* x) { run_kernel(Kernels<T>::exp(), m, x); },
+        [=](T e) {
+            const T v = e * beta + b;
+            return clamp && v < b ? b : v;
+        });
     return status;
 }
 

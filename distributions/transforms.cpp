@@ -17,13 +17,7 @@ int32_t one_pass(VtmErrorCallBack handler, void* s, int32_t n, T* r, Kernel kern
     KernelBracket bracket(handler);
     const int32_t status = draw_uniform<T>(s, n, r, T(0), T(1));
     if (status < 0) return status;
-    KernelMode mode;
-    for (int32_t done = 0; done < n; done += kBlock) {
-        const int32_t m = std::min(n - done, kBlock);
-        T* x = r + done;
-        kernels(m, x);
-        for (int32_t i = 0; i < m; ++i) x[i] = scale(x[i]);
-    }
+    transform_blocks(n, r, kernels, scale);
     return status;
 }
 
@@ -96,13 +90,9 @@ int32_t cauchy(int32_t, void* s, int32_t n, T* r, T a, T beta) {
     const T half_pi = T(1.5707963267948966);
     const int32_t status = draw_uniform<T>(s, n, r, -half_pi, half_pi);
     if (status < 0) return status;
-    KernelMode mode;
-    for (int32_t done = 0; done < n; done += kBlock) {
-        const int32_t m = std::min(n - done, kBlock);
-        T* x = r + done;
-        run_kernel(Kernels<T>::tan(), m, x);
-        for (int32_t i = 0; i < m; ++i) x[i] = x[i] * beta + a;
-    }
+    transform_blocks(
+        n, r, [](int32_t m, T* x) { run_kernel(Kernels<T>::tan(), m, x); },
+        [=](T t) { return t * beta + a; });
     return status;
 }
 

@@ -159,7 +159,7 @@ INSTANTIATE_TEST_SUITE_P(
                       NullEdit{52, false, SS_ERR_IMPUTE_INIT_COUNT}));
 
 TEST_F(EditorTest, GroupedEditorsSetInOrderAndKeepOnNull) {
-    double v[7];
+    double v[7] = {};
     EXPECT_EQ(__vstsSSEditMoments(task, &v[0], &v[1], &v[2], &v[3], &v[4], &v[5], &v[6]), SS_OK);
     EXPECT_EQ(task->mean, &v[0]);
     EXPECT_EQ(task->raw4, &v[3]);

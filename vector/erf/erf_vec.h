@@ -23,15 +23,8 @@ namespace orv::erfk::v {
 namespace simd = orv::vec::simd;
 namespace gather = orv::vec::gather;
 namespace poly = orv::vec::poly;
-// A broadcast: lane 0 shuffled to every lane, which compiles to one
-// instruction at every width (the vocabulary's lane-by-lane fill is not
-// always recognised inside these long kernels, and then costs a masked
-// move a lane).
-inline simd::VD splat(double s) {
-    simd::VD v{};
-    v[0] = s;
-    return __builtin_shuffle(v, simd::VI64{});
-}
+// A double constant in every lane (the vocabulary's one-instruction fill).
+inline simd::VD splat(double s) { return simd::fill<simd::VD>(s); }
 using simd::as;
 using simd::VD;
 using simd::VF;
