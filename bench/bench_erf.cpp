@@ -62,25 +62,6 @@ void BM_ours(benchmark::State& st, int variant, const char* fn, double lo, doubl
     timed<T>(st, lo, hi, [f](const T* a, const T*, T* r, long n) { f(int(n), a, r); });
 }
 
-// A peer's vector function of W lanes over the array, compiled for its ISA.
-#define PEER_LOOP(NAME, ISA, T, V, W, LOAD, STORE)                                       \
-    template <V (*Fn)(V)>                                                                \
-    __attribute__((target(ISA))) void NAME(benchmark::State& st, double lo, double hi) { \
-        const long n = st.range(0);                                                      \
-        auto a = inputs<T>(n, lo, hi);                                                   \
-        std::vector<T> r(n);                                                             \
-        for (auto _ : st) {                                                              \
-            for (long i = 0; i + W <= n; i += W) STORE(&r[i], Fn(LOAD(&a[i])));          \
-            benchmark::ClobberMemory();                                                  \
-        }                                                                                \
-        st.SetItemsProcessed(st.iterations() * n);                                       \
-    }
-PEER_LOOP(BM_sse2_d, "sse2", double, __m128d, 2, _mm_loadu_pd, _mm_storeu_pd)
-PEER_LOOP(BM_sse2_s, "sse2", float, __m128, 4, _mm_loadu_ps, _mm_storeu_ps)
-PEER_LOOP(BM_avx2_d, "avx2", double, __m256d, 4, _mm256_loadu_pd, _mm256_storeu_pd)
-PEER_LOOP(BM_avx2_s, "avx2", float, __m256, 8, _mm256_loadu_ps, _mm256_storeu_ps)
-PEER_LOOP(BM_avx512_d, "avx512f", double, __m512d, 8, _mm512_loadu_pd, _mm512_storeu_pd)
-PEER_LOOP(BM_avx512_s, "avx512f", float, __m512, 16, _mm512_loadu_ps, _mm512_storeu_ps)
 
 #define REG ORV_BENCH_REG
 
@@ -104,38 +85,38 @@ void register_all() {
     // its tail [5, 26].
     ours("dErf", -5, 5);
     REG("dErf/glibc", -5, 5, BM_scalar<double, static_cast<FnD>(::erf)>);
-    REG("dErf/libmvec_sse2", -5, 5, BM_sse2_d<_ZGVbN2v_erf>);
-    REG("dErf/libmvec_avx2", -5, 5, BM_avx2_d<_ZGVdN4v_erf>);
-    if (avx512) REG("dErf/libmvec_avx512", -5, 5, BM_avx512_d<_ZGVeN8v_erf>);
+    REG("dErf/libmvec_sse2", -5, 5, BM_peer_sse2_d<_ZGVbN2v_erf>);
+    REG("dErf/libmvec_avx2", -5, 5, BM_peer_avx2_d<_ZGVdN4v_erf>);
+    if (avx512) REG("dErf/libmvec_avx512", -5, 5, BM_peer_avx512_d<_ZGVeN8v_erf>);
     ours("sErf", -4, 4);
     REG("sErf/glibc", -4, 4, BM_scalar<float, static_cast<FnS>(::erff)>);
-    REG("sErf/libmvec_sse2", -4, 4, BM_sse2_s<_ZGVbN4v_erff>);
-    REG("sErf/libmvec_avx2", -4, 4, BM_avx2_s<_ZGVdN8v_erff>);
-    if (avx512) REG("sErf/libmvec_avx512", -4, 4, BM_avx512_s<_ZGVeN16v_erff>);
+    REG("sErf/libmvec_sse2", -4, 4, BM_peer_sse2_s<_ZGVbN4v_erff>);
+    REG("sErf/libmvec_avx2", -4, 4, BM_peer_avx2_s<_ZGVdN8v_erff>);
+    if (avx512) REG("sErf/libmvec_avx512", -4, 4, BM_peer_avx512_s<_ZGVeN16v_erff>);
     ours("dErfc", -5, 5);
     REG("dErfc/glibc", -5, 5, BM_scalar<double, static_cast<FnD>(::erfc)>);
-    REG("dErfc/libmvec_sse2", -5, 5, BM_sse2_d<_ZGVbN2v_erfc>);
-    REG("dErfc/libmvec_avx2", -5, 5, BM_avx2_d<_ZGVdN4v_erfc>);
-    if (avx512) REG("dErfc/libmvec_avx512", -5, 5, BM_avx512_d<_ZGVeN8v_erfc>);
+    REG("dErfc/libmvec_sse2", -5, 5, BM_peer_sse2_d<_ZGVbN2v_erfc>);
+    REG("dErfc/libmvec_avx2", -5, 5, BM_peer_avx2_d<_ZGVdN4v_erfc>);
+    if (avx512) REG("dErfc/libmvec_avx512", -5, 5, BM_peer_avx512_d<_ZGVeN8v_erfc>);
     ours("sErfc", -4, 4);
     REG("sErfc/glibc", -4, 4, BM_scalar<float, static_cast<FnS>(::erfcf)>);
-    REG("sErfc/libmvec_sse2", -4, 4, BM_sse2_s<_ZGVbN4v_erfcf>);
-    REG("sErfc/libmvec_avx2", -4, 4, BM_avx2_s<_ZGVdN8v_erfcf>);
-    if (avx512) REG("sErfc/libmvec_avx512", -4, 4, BM_avx512_s<_ZGVeN16v_erfcf>);
+    REG("sErfc/libmvec_sse2", -4, 4, BM_peer_sse2_s<_ZGVbN4v_erfcf>);
+    REG("sErfc/libmvec_avx2", -4, 4, BM_peer_avx2_s<_ZGVdN8v_erfcf>);
+    if (avx512) REG("sErfc/libmvec_avx512", -4, 4, BM_peer_avx512_s<_ZGVeN16v_erfcf>);
 #ifdef HAVE_SLEEF
-    REG("dErf/sleef_u10_sse2", -5, 5, BM_sse2_d<Sleef_erfd2_u10sse2>);
-    REG("dErf/sleef_u10_avx2", -5, 5, BM_avx2_d<Sleef_erfd4_u10avx2>);
-    REG("sErf/sleef_u10_sse2", -4, 4, BM_sse2_s<Sleef_erff4_u10sse2>);
-    REG("sErf/sleef_u10_avx2", -4, 4, BM_avx2_s<Sleef_erff8_u10avx2>);
-    REG("dErfc/sleef_u15_sse2", -5, 5, BM_sse2_d<Sleef_erfcd2_u15sse2>);
-    REG("dErfc/sleef_u15_avx2", -5, 5, BM_avx2_d<Sleef_erfcd4_u15avx2>);
-    REG("sErfc/sleef_u15_sse2", -4, 4, BM_sse2_s<Sleef_erfcf4_u15sse2>);
-    REG("sErfc/sleef_u15_avx2", -4, 4, BM_avx2_s<Sleef_erfcf8_u15avx2>);
+    REG("dErf/sleef_u10_sse2", -5, 5, BM_peer_sse2_d<Sleef_erfd2_u10sse2>);
+    REG("dErf/sleef_u10_avx2", -5, 5, BM_peer_avx2_d<Sleef_erfd4_u10avx2>);
+    REG("sErf/sleef_u10_sse2", -4, 4, BM_peer_sse2_s<Sleef_erff4_u10sse2>);
+    REG("sErf/sleef_u10_avx2", -4, 4, BM_peer_avx2_s<Sleef_erff8_u10avx2>);
+    REG("dErfc/sleef_u15_sse2", -5, 5, BM_peer_sse2_d<Sleef_erfcd2_u15sse2>);
+    REG("dErfc/sleef_u15_avx2", -5, 5, BM_peer_avx2_d<Sleef_erfcd4_u15avx2>);
+    REG("sErfc/sleef_u15_sse2", -4, 4, BM_peer_sse2_s<Sleef_erfcf4_u15sse2>);
+    REG("sErfc/sleef_u15_avx2", -4, 4, BM_peer_avx2_s<Sleef_erfcf8_u15avx2>);
     if (avx512) {
-        REG("dErf/sleef_u10_avx512", -5, 5, BM_avx512_d<Sleef_erfd8_u10avx512f>);
-        REG("sErf/sleef_u10_avx512", -4, 4, BM_avx512_s<Sleef_erff16_u10avx512f>);
-        REG("dErfc/sleef_u15_avx512", -5, 5, BM_avx512_d<Sleef_erfcd8_u15avx512f>);
-        REG("sErfc/sleef_u15_avx512", -4, 4, BM_avx512_s<Sleef_erfcf16_u15avx512f>);
+        REG("dErf/sleef_u10_avx512", -5, 5, BM_peer_avx512_d<Sleef_erfd8_u10avx512f>);
+        REG("sErf/sleef_u10_avx512", -4, 4, BM_peer_avx512_s<Sleef_erff16_u10avx512f>);
+        REG("dErfc/sleef_u15_avx512", -5, 5, BM_peer_avx512_d<Sleef_erfcd8_u15avx512f>);
+        REG("sErfc/sleef_u15_avx512", -4, 4, BM_peer_avx512_s<Sleef_erfcf16_u15avx512f>);
     }
 #endif
     ours("dErfc", 5, 26, "dErfcTail");

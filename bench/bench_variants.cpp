@@ -38,23 +38,6 @@ namespace {
 
 using namespace orv_bench;
 
-// A peer's vector function of W lanes over the array, compiled for its ISA.
-#define PEER_LOOP(NAME, ISA, T, V, W, LOAD, STORE)                                    \
-    template <V (*Fn)(V)>                                                             \
-    __attribute__((target(ISA))) void NAME(benchmark::State& st, double lo, double hi) { \
-        const long n = st.range(0);                                                   \
-        auto a = inputs<T>(n + W, lo, hi); /* whole registers past n */              \
-        std::vector<T> r(n + W);                                                      \
-        for (auto _ : st) {                                                           \
-            for (long i = 0; i < n; i += W) STORE(&r[i], Fn(LOAD(&a[i])));            \
-            benchmark::ClobberMemory();                                               \
-        }                                                                             \
-        st.SetItemsProcessed(st.iterations() * n);                                    \
-    }
-PEER_LOOP(BM_avx2_d, "avx2", double, __m256d, 4, _mm256_loadu_pd, _mm256_storeu_pd)
-PEER_LOOP(BM_avx2_s, "avx2", float, __m256, 8, _mm256_loadu_ps, _mm256_storeu_ps)
-PEER_LOOP(BM_avx512_d, "avx512f", double, __m512d, 8, _mm512_loadu_pd, _mm512_storeu_pd)
-PEER_LOOP(BM_avx512_s, "avx512f", float, __m512, 16, _mm512_loadu_ps, _mm512_storeu_ps)
 
 // 1/sqrt(x) as a plain loop, the reference of the single InvSqrt goal.
 template <typename T>
@@ -102,17 +85,17 @@ void ours(const char* fn, double lo, double hi) {
 void register_all() {
     const bool avx512 = __builtin_cpu_supports("avx512f");
     ours<double, 1>("dExp", -700, 700);
-    PEER("dExp/libmvec_avx2", -700, 700, BM_avx2_d<_ZGVdN4v_exp>);
-    if (avx512) PEER("dExp/libmvec_avx512", -700, 700, BM_avx512_d<_ZGVeN8v_exp>);
+    PEER("dExp/libmvec_avx2", -700, 700, BM_peer_avx2_d<_ZGVdN4v_exp>);
+    if (avx512) PEER("dExp/libmvec_avx512", -700, 700, BM_peer_avx512_d<_ZGVeN8v_exp>);
     ours<float, 1>("sExp", -80, 80);
-    PEER("sExp/libmvec_avx2", -80, 80, BM_avx2_s<_ZGVdN8v_expf>);
-    if (avx512) PEER("sExp/libmvec_avx512", -80, 80, BM_avx512_s<_ZGVeN16v_expf>);
+    PEER("sExp/libmvec_avx2", -80, 80, BM_peer_avx2_s<_ZGVdN8v_expf>);
+    if (avx512) PEER("sExp/libmvec_avx512", -80, 80, BM_peer_avx512_s<_ZGVeN16v_expf>);
     ours<double, 1>("dLn", 1e-3, 1e3);
-    PEER("dLn/libmvec_avx2", 1e-3, 1e3, BM_avx2_d<_ZGVdN4v_log>);
-    if (avx512) PEER("dLn/libmvec_avx512", 1e-3, 1e3, BM_avx512_d<_ZGVeN8v_log>);
+    PEER("dLn/libmvec_avx2", 1e-3, 1e3, BM_peer_avx2_d<_ZGVdN4v_log>);
+    if (avx512) PEER("dLn/libmvec_avx512", 1e-3, 1e3, BM_peer_avx512_d<_ZGVeN8v_log>);
     ours<float, 1>("sLn", 1e-3, 1e3);
-    PEER("sLn/libmvec_avx2", 1e-3, 1e3, BM_avx2_s<_ZGVdN8v_logf>);
-    if (avx512) PEER("sLn/libmvec_avx512", 1e-3, 1e3, BM_avx512_s<_ZGVeN16v_logf>);
+    PEER("sLn/libmvec_avx2", 1e-3, 1e3, BM_peer_avx2_s<_ZGVdN8v_logf>);
+    if (avx512) PEER("sLn/libmvec_avx512", 1e-3, 1e3, BM_peer_avx512_s<_ZGVeN16v_logf>);
     ours<double, 1>("dSqrt", 1e-3, 1e3);
     ours<double, 1>("dInvSqrt", 1e-3, 1e3);
     PEER("dInvSqrt/loop_1_over_sqrt", 1e-3, 1e3, BM_inv_sqrt_loop<double>);
@@ -120,17 +103,17 @@ void register_all() {
     PEER("sInvSqrt/loop_1_over_sqrt", 1e-3, 1e3, BM_inv_sqrt_loop<float>);
     ours<double, 2>("dAdd", -1e3, 1e3);
 #ifdef HAVE_SLEEF
-    PEER("dExp/sleef_avx2", -700, 700, BM_avx2_d<Sleef_expd4_u10avx2>);
-    PEER("sExp/sleef_avx2", -80, 80, BM_avx2_s<Sleef_expf8_u10avx2>);
-    PEER("dLn/sleef_avx2", 1e-3, 1e3, BM_avx2_d<Sleef_logd4_u10avx2>);
-    PEER("sLn/sleef_avx2", 1e-3, 1e3, BM_avx2_s<Sleef_logf8_u10avx2>);
-    PEER("dSqrt/sleef_avx2", 1e-3, 1e3, BM_avx2_d<Sleef_sqrtd4_u05avx2>);
+    PEER("dExp/sleef_avx2", -700, 700, BM_peer_avx2_d<Sleef_expd4_u10avx2>);
+    PEER("sExp/sleef_avx2", -80, 80, BM_peer_avx2_s<Sleef_expf8_u10avx2>);
+    PEER("dLn/sleef_avx2", 1e-3, 1e3, BM_peer_avx2_d<Sleef_logd4_u10avx2>);
+    PEER("sLn/sleef_avx2", 1e-3, 1e3, BM_peer_avx2_s<Sleef_logf8_u10avx2>);
+    PEER("dSqrt/sleef_avx2", 1e-3, 1e3, BM_peer_avx2_d<Sleef_sqrtd4_u05avx2>);
     if (avx512) {
-        PEER("dExp/sleef_avx512", -700, 700, BM_avx512_d<Sleef_expd8_u10avx512f>);
-        PEER("sExp/sleef_avx512", -80, 80, BM_avx512_s<Sleef_expf16_u10avx512f>);
-        PEER("dLn/sleef_avx512", 1e-3, 1e3, BM_avx512_d<Sleef_logd8_u10avx512f>);
-        PEER("sLn/sleef_avx512", 1e-3, 1e3, BM_avx512_s<Sleef_logf16_u10avx512f>);
-        PEER("dSqrt/sleef_avx512", 1e-3, 1e3, BM_avx512_d<Sleef_sqrtd8_u05avx512f>);
+        PEER("dExp/sleef_avx512", -700, 700, BM_peer_avx512_d<Sleef_expd8_u10avx512f>);
+        PEER("sExp/sleef_avx512", -80, 80, BM_peer_avx512_s<Sleef_expf16_u10avx512f>);
+        PEER("dLn/sleef_avx512", 1e-3, 1e3, BM_peer_avx512_d<Sleef_logd8_u10avx512f>);
+        PEER("sLn/sleef_avx512", 1e-3, 1e3, BM_peer_avx512_s<Sleef_logf16_u10avx512f>);
+        PEER("dSqrt/sleef_avx512", 1e-3, 1e3, BM_peer_avx512_d<Sleef_sqrtd8_u05avx512f>);
     }
 #endif
 }

@@ -141,6 +141,28 @@ void register_variants(const char* fn, double lo, double hi, double lo2 = 0, dou
 
 using BenchFn = void (*)(benchmark::State&, double, double);
 
+// A peer's vector function of W lanes over the array, compiled for its ISA;
+// the arrays run whole registers past n.
+#define ORV_BENCH_PEER_LOOP(NAME, ISA, T, V, W, LOAD, STORE)                               \
+    template <V (*Fn)(V)>                                                                \
+    __attribute__((target(ISA))) void NAME(benchmark::State& st, double lo, double hi) { \
+        const long n = st.range(0);                                                      \
+        auto a = inputs<T>(n + W, lo, hi);                                               \
+        std::vector<T> r(n + W);                                                         \
+        for (auto _ : st) {                                                              \
+            for (long i = 0; i < n; i += W) STORE(&r[i], Fn(LOAD(&a[i])));               \
+            benchmark::ClobberMemory();                                                  \
+        }                                                                                \
+        st.SetItemsProcessed(st.iterations() * n);                                       \
+    }
+ORV_BENCH_PEER_LOOP(BM_peer_sse2_d, "sse2", double, __m128d, 2, _mm_loadu_pd, _mm_storeu_pd)
+ORV_BENCH_PEER_LOOP(BM_peer_sse2_s, "sse2", float, __m128, 4, _mm_loadu_ps, _mm_storeu_ps)
+ORV_BENCH_PEER_LOOP(BM_peer_avx2_d, "avx2", double, __m256d, 4, _mm256_loadu_pd, _mm256_storeu_pd)
+ORV_BENCH_PEER_LOOP(BM_peer_avx2_s, "avx2", float, __m256, 8, _mm256_loadu_ps, _mm256_storeu_ps)
+ORV_BENCH_PEER_LOOP(BM_peer_avx512_d, "avx512f", double, __m512d, 8, _mm512_loadu_pd, _mm512_storeu_pd)
+ORV_BENCH_PEER_LOOP(BM_peer_avx512_s, "avx512f", float, __m512, 16, _mm512_loadu_ps, _mm512_storeu_ps)
+#undef ORV_BENCH_PEER_LOOP
+
 }  // namespace orv_bench
 
 #define ORV_BENCH_REG(name, lo, hi, ...)                                                        \
