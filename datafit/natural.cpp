@@ -192,6 +192,119 @@ void natural_fused(const DFTask* t, const T* x, int64_t n, T* c) {
     if (i == 0) cubic_cell(c, y[0], c[2], c[0] - c[1] * d2, d2, c[3]);
 }
 
+// The same system for one function in double precision, eliminated from
+// both ends at once ("burn at both ends", a twisted factorisation): lane 0 of
+// each SSE2 register runs the forward pass above down from row 0, lane 1 runs
+// it up from row n-1 on the mirrored problem (x -> -x, so slopes and
+// derivatives change sign and row n-1 reads as a first row), with the same
+// operations a lane as the one-row pass. The lanes meet at rows k and k+1,
+// where d[k] = E[k] - G[k] d[k+1] from above and d[k+1] = -E'[k+1] - G'[k+1] d[k]
+// from below give d[k+1]; the backward pass then runs outwards in both lanes.
+// Lane 0 leaves row i in cell i, lane 1 leaves its row j in cell j-1. Each
+// lane's minors are rescaled on their own. Needs n >= 6.
+template <bool Cols, int BI>
+void natural_two_ended(const DFTask* t, const double* x, int64_t n, double* c) {
+    const auto y = values_of<double, Cols>(t, 0);
+    const double* bc = static_cast<const double*>(t->bc);
+    const __m128d big = _mm_set1_pd(0x1p512), tiny = _mm_set1_pd(0x1p-512);
+    const __m128d one = _mm_set1_pd(1.0), two = _mm_set1_pd(2.0), three = _mm_set1_pd(3.0);
+    const __m128d hisign = _mm_set_pd(-0.0, 0.0);
+    const __m128d absm = _mm_castsi128_pd(_mm_set1_epi64x(0x7fffffffffffffffLL));
+    auto pair = [](double lo, double hi) { return _mm_set_pd(hi, lo); };
+    auto lo = [](__m128d v) { return _mm_cvtsd_f64(v); };
+    auto hi = [](__m128d v) { return _mm_cvtsd_f64(_mm_unpackhi_pd(v, v)); };
+    const int64_t half = n / 2;
+    // Rows 0 and n-1 (mirrored): diagonal b, super-diagonal cc, right-hand side r.
+    __m128d Xp = _mm_xor_pd(pair(x[0], x[n - 1]), hisign), Xc = _mm_xor_pd(pair(x[1], x[n - 2]), hisign);
+    __m128d Yc = pair(y[1], y[n - 2]);
+    __m128d h = _mm_sub_pd(Xc, Xp), rh = _mm_div_pd(one, h);
+    __m128d sl = _mm_mul_pd(_mm_sub_pd(Yc, pair(y[0], y[n - 1])), rh);
+    double b0 = 2.0, c0 = 1.0, r0 = 3.0 * lo(sl), bn = 2.0, an = 1.0, rn = 3.0 * hi(sl);
+    if constexpr (BI == 2 || BI == 3) b0 = 1.0, c0 = 0.0, r0 = bc[0];
+    if constexpr (BI == 4 || BI == 5) r0 = 3.0 * lo(sl) - 0.5 * lo(h) * bc[0];
+    if constexpr (BI == 2 || BI == 4) bn = 1.0, an = 0.0, rn = -bc[1];
+    if constexpr (BI == 3 || BI == 5) rn = 3.0 * hi(sl) - 0.5 * hi(h) * bc[1];
+    __m128d cprev = pair(c0, an), pm = one, pc = pair(b0, bn), q = pair(r0, rn);
+    __m128d inv = _mm_div_pd(one, pc), E = _mm_mul_pd(q, inv), G = _mm_mul_pd(cprev, inv);
+    _mm_storeu_pd(c + 4 * (n - 2), _mm_unpackhi_pd(E, G));
+    _mm_storeu_pd(c + 4 * (n - 2) + 2, _mm_unpackhi_pd(sl, rh));
+    _mm_storeu_pd(c, _mm_unpacklo_pd(E, G));
+    _mm_storeu_pd(c + 2, _mm_unpacklo_pd(sl, rh));
+    __m128d hprev = h, sprev = sl;
+    // Interior rows i (lane 0) and j = n-1-i (lane 1) while i < j.
+    for (int64_t i = 1; i < half; ++i) {
+        const int64_t j = n - 1 - i;
+        const __m128d Xn = _mm_xor_pd(pair(x[i + 1], x[j - 1]), hisign), Yn = pair(y[i + 1], y[j - 1]);
+        h = _mm_sub_pd(Xn, Xc), rh = _mm_div_pd(one, h), sl = _mm_mul_pd(_mm_sub_pd(Yn, Yc), rh);
+        const __m128d b = _mm_mul_pd(two, _mm_sub_pd(Xn, Xp));
+        const __m128d r = _mm_mul_pd(three, _mm_add_pd(_mm_mul_pd(h, sprev), _mm_mul_pd(hprev, sl)));
+        const __m128d pn = _mm_sub_pd(_mm_mul_pd(b, pc), _mm_mul_pd(_mm_mul_pd(h, cprev), pm));
+        q = _mm_sub_pd(_mm_mul_pd(r, pc), _mm_mul_pd(h, q));
+        pm = pc, pc = pn, inv = _mm_div_pd(one, pc);
+        E = _mm_mul_pd(q, inv), G = _mm_mul_pd(_mm_mul_pd(hprev, pm), inv);
+        // Lane 1 first: at the last step its cell is lane 0's next one.
+        _mm_storeu_pd(c + 4 * (j - 1), _mm_unpackhi_pd(E, G));
+        _mm_storeu_pd(c + 4 * (j - 1) + 2, _mm_unpackhi_pd(sl, rh));
+        _mm_storeu_pd(c + 4 * i, _mm_unpacklo_pd(E, G));
+        _mm_storeu_pd(c + 4 * i + 2, _mm_unpacklo_pd(sl, rh));
+        cprev = hprev, hprev = h, sprev = sl, Xp = Xc, Xc = Xn, Yc = Yn;
+        const __m128d m = _mm_and_pd(pc, absm);
+        if (_mm_movemask_pd(_mm_or_pd(_mm_cmpgt_pd(m, big), _mm_cmplt_pd(m, tiny))) != 0) {
+            alignas(16) double P[2], M[2], Q[2];
+            _mm_store_pd(P, pc), _mm_store_pd(M, pm), _mm_store_pd(Q, q);
+            for (int l = 0; l < 2; ++l) {
+                const int e = std::ilogb(P[l]);
+                P[l] = std::ldexp(P[l], -e), M[l] = std::ldexp(M[l], -e), Q[l] = std::ldexp(Q[l], -e);
+            }
+            pc = _mm_load_pd(P), pm = _mm_load_pd(M), q = _mm_load_pd(Q);
+        }
+    }
+    double Ek = lo(E), Gk = lo(G);
+    const double Eb = hi(E), Gb = hi(G);
+    int64_t k = half - 1;
+    if (n & 1) {
+        // The middle row, lane 0 alone.
+        k = half;
+        const double hk = x[k + 1] - x[k], rk = 1.0 / hk, sk = (y[k + 1] - y[k]) * rk;
+        const double bk = 2.0 * (x[k + 1] - x[k - 1]), r = 3.0 * (hk * lo(sprev) + lo(hprev) * sk);
+        const double pn = bk * lo(pc) - (hk * lo(cprev)) * lo(pm), qk = r * lo(pc) - hk * lo(q);
+        const double ik = 1.0 / pn;
+        Ek = qk * ik, Gk = lo(hprev) * lo(pc) * ik;
+        c[4 * k] = Ek, c[4 * k + 1] = Gk, c[4 * k + 2] = sk, c[4 * k + 3] = rk;
+    }
+    const double dk1 = -(Eb + Gb * Ek) / (1.0 - Gb * Gk);  // d[k+1]
+    // Backward: lane 0 d[i] = E[i] - G[i] d[i+1] and cell i, lane 1 the mirrored
+    // d'[j] = E'[j] - G'[j] d'[j-1] and cell j-1 with the signs turned back.
+    __m128d D = pair(dk1, -dk1);
+    const int64_t steps = n - 2 - k;
+    for (int64_t u = 0; u < steps; ++u) {
+        const int64_t i = k - u, jc = k + 1 + u;
+        const __m128d Lt = _mm_loadu_pd(c + 4 * i), Lb = _mm_loadu_pd(c + 4 * jc);
+        const __m128d St = _mm_loadu_pd(c + 4 * i + 2), Sb = _mm_loadu_pd(c + 4 * jc + 2);
+        const __m128d s = _mm_unpacklo_pd(St, Sb), rv = _mm_unpackhi_pd(St, Sb);
+        const __m128d Dn = _mm_sub_pd(_mm_unpacklo_pd(Lt, Lb), _mm_mul_pd(_mm_unpackhi_pd(Lt, Lb), D));
+        // Left and right derivative of each lane's cell.
+        const __m128d da = _mm_move_sd(D, Dn), db = _mm_move_sd(Dn, D);
+        // 3s - 2da - db = u - w and da + db - 2s = w, u = s - da, w = (db - s) - u.
+        const __m128d uu = _mm_sub_pd(s, da), w = _mm_sub_pd(_mm_sub_pd(db, s), uu);
+        const __m128d rs = _mm_xor_pd(rv, hisign);
+        const __m128d k2 = _mm_mul_pd(_mm_sub_pd(uu, w), rs), k3 = _mm_mul_pd(_mm_mul_pd(w, rv), rs);
+        const __m128d c1 = _mm_xor_pd(da, hisign), yv = pair(y[i], y[jc]);
+        _mm_storeu_pd(c + 4 * i, _mm_unpacklo_pd(yv, c1));
+        _mm_storeu_pd(c + 4 * i + 2, _mm_unpacklo_pd(k2, k3));
+        _mm_storeu_pd(c + 4 * jc, _mm_unpackhi_pd(yv, c1));
+        _mm_storeu_pd(c + 4 * jc + 2, _mm_unpackhi_pd(k2, k3));
+        D = Dn;
+    }
+    double d1 = lo(D);
+    for (int64_t i = k - steps; i >= 0; --i) {
+        double* ci = c + 4 * i;
+        const double d0 = ci[0] - ci[1] * d1;
+        cubic_cell(ci, y[i], ci[2], d0, d1, ci[3]);
+        d1 = d0;
+    }
+}
+
 template <typename T, bool Cols, bool Uniform, int BI>
 int natural_worker(const DFTask* t) {
     const Grid<T> g = grid_of<T>(t);
@@ -213,6 +326,11 @@ int natural_worker(const DFTask* t) {
     const bool host = !small && increasing && BI != 0;
     if constexpr (!Uniform && BI >= 1 && BI <= 5) {
         if (host && ny == 1) {
+            if constexpr (std::is_same_v<T, double>)
+                if (n >= 6) {
+                    natural_two_ended<Cols, BI>(t, x, n, coeff_of<T>(t, 0));
+                    return DF_OK;
+                }
             natural_fused<T, Cols, BI>(t, x, n, coeff_of<T>(t, 0));
             return DF_OK;
         }
