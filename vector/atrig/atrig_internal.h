@@ -105,10 +105,14 @@ struct AtanReduced {
 };
 inline AtanReduced atan_reduce(V a0) {
     const V a = ops::min_or_b(a0, splat(0x1p1000));  // keeps -1/a finite for infinity, NaN to row 4
-    const simd::VI64 i = ops::count_masks(simd::le(splat(0.4375), a), simd::le(splat(0.6875), a),
-                                          simd::le(splat(1.1875), a), simd::le(splat(2.4375), a));
+    const V m1 = simd::le(splat(0.4375), a), m2 = simd::le(splat(0.6875), a);
+    const V m3 = simd::le(splat(1.1875), a), m4 = simd::le(splat(2.4375), a);
     V c[6];
-    ops::gather6(kAtanRows, i, c);
+#if ORV_SIMD_BYTES == 16
+    ops::gather6(kAtanRows, ops::count_masks(m1, m2, m3, m4), c);
+#else
+    ops::select6(kAtanRows, m1, m2, m3, m4, c);  // blends beat the gathers of wide registers
+#endif
     return {(a * c[0] + c[1]) / (a * c[2] + c[3]), c[4], c[5]};
 }
 inline DdV atan_core(V a0) {
@@ -246,7 +250,7 @@ inline DdV half_exp(V a) {
     const V n = t - splat(kShiftD);
     const V r = (n * splat(kNegLn2by64Hi) + a) + n * splat(kNegLn2by64Lo);
     V th, tl;
-    orv::vec::gather::pairs(kExp64D, simd::as<simd::VI64>(t), 63, &th, &tl);
+    orv::vec::gather::pairs_of<kExp64D>(simd::as<simd::VI64>(t), 63, &th, &tl);
     const V p = (((r * splat(kE6) + splat(kE5)) * r + splat(kE4)) * r + splat(kE3)) * r * r * r +
                 r * r * splat(0.5) + r;
     V e;

@@ -40,6 +40,18 @@ inline VI64 count_masks(VD m1, VD m2, VD m3, VD m4) {
     return -(simd::as<VI64>(m1) + simd::as<VI64>(m2) + simd::as<VI64>(m3) + simd::as<VI64>(m4));
 }
 
+// The same six columns for a row chosen by nested masks (m4 implies m3
+// implies m2 implies m1; the row is the number of masks set): blends of
+// broadcast constants, no load a lane.
+inline void select6(const double (*t)[8], VD m1, VD m2, VD m3, VD m4, VD* out) {
+    for (int k = 0; k < 6; ++k) {
+        const VD r01 = simd::select(m1, simd::fill<VD>(t[1][k]), simd::fill<VD>(t[0][k]));
+        const VD r012 = simd::select(m2, simd::fill<VD>(t[2][k]), r01);
+        const VD r0123 = simd::select(m3, simd::fill<VD>(t[3][k]), r012);
+        out[k] = simd::select(m4, simd::fill<VD>(t[4][k]), r0123);
+    }
+}
+
 // Six columns of a table with rows of 8 doubles, row i of each lane:
 // out[k] = t[i][k] lane for lane, k < 6.
 inline void gather6(const double (*t)[8], VI64 i, VD* out) {

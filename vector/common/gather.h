@@ -45,10 +45,26 @@ inline void pairs(const double (*table)[2], I t, int32_t mask, simd::VD* hi, sim
     const __m128d r1 = _mm_load_pd(table[j1]);
     *hi = _mm_unpacklo_pd(r0, r1);
     *lo = _mm_unpackhi_pd(r0, r1);
+#elif ORV_SIMD_BYTES == 32
+    // One 16-byte load a row, rows 0 2 and 1 3 paired, then unpacked.
+    alignas(32) int64_t k[4];
+    _mm256_store_si256(reinterpret_cast<__m256i*>(k), (__m256i)(simd::as<simd::VI64>(t) & int64_t(mask)));
+    const __m256d a02 = _mm256_insertf128_pd(_mm256_castpd128_pd256(_mm_load_pd(table[k[0]])), _mm_load_pd(table[k[2]]), 1);
+    const __m256d a13 = _mm256_insertf128_pd(_mm256_castpd128_pd256(_mm_load_pd(table[k[1]])), _mm_load_pd(table[k[3]]), 1);
+    *hi = _mm256_unpacklo_pd(a02, a13);
+    *lo = _mm256_unpackhi_pd(a02, a13);
 #else
-    const simd::VI64 j = simd::as<simd::VI64>(t) & int64_t(mask);
-    *hi = simd::gather<2>(&table[0][0], j);
-    *lo = simd::gather<2>(&table[0][1], j);
+    // One 16-byte load a row, even and odd rows in two registers, then unpacked.
+    alignas(64) int64_t k[8];
+    _mm512_store_si512(k, (__m512i)(simd::as<simd::VI64>(t) & int64_t(mask)));
+    auto four = [&](int l) {  // rows l, l + 2, l + 4, l + 6
+        const __m256d a = _mm256_insertf128_pd(_mm256_castpd128_pd256(_mm_load_pd(table[k[l]])), _mm_load_pd(table[k[l + 2]]), 1);
+        const __m256d b = _mm256_insertf128_pd(_mm256_castpd128_pd256(_mm_load_pd(table[k[l + 4]])), _mm_load_pd(table[k[l + 6]]), 1);
+        return _mm512_insertf64x4(_mm512_castpd256_pd512(a), b, 1);
+    };
+    const __m512d even = four(0), odd = four(1);
+    *hi = _mm512_unpacklo_pd(even, odd);
+    *lo = _mm512_unpackhi_pd(even, odd);
 #endif
 }
 
@@ -78,6 +94,17 @@ inline void rows3(const double (*table)[3], simd::VI64 idx, simd::VD* c0, simd::
     *c0 = _mm512_permutex2var_pd(x03, low, x47);
     *c1 = _mm512_permutex2var_pd(x03, high, x47);
     *c2 = _mm512_permutex2var_pd(y03, low, y47);
+#elif ORV_SIMD_BYTES == 32
+    alignas(32) int64_t k[4];
+    _mm256_store_si256(reinterpret_cast<__m256i*>(k), (__m256i)idx);
+    const __m256i three = _mm256_set_epi64x(0, -1, -1, -1);  // the row's three values, no read past it
+    const __m256d r0 = _mm256_maskload_pd(table[k[0]], three), r1 = _mm256_maskload_pd(table[k[1]], three);
+    const __m256d r2 = _mm256_maskload_pd(table[k[2]], three), r3 = _mm256_maskload_pd(table[k[3]], three);
+    const __m256d t0 = _mm256_unpacklo_pd(r0, r1), t1 = _mm256_unpackhi_pd(r0, r1);
+    const __m256d t2 = _mm256_unpacklo_pd(r2, r3), t3 = _mm256_unpackhi_pd(r2, r3);
+    *c0 = _mm256_permute2f128_pd(t0, t2, 0x20);
+    *c1 = _mm256_permute2f128_pd(t1, t3, 0x20);
+    *c2 = _mm256_permute2f128_pd(t0, t2, 0x31);
 #else
     *c0 = simd::gather<3>(&table[0][0], idx);
     *c1 = simd::gather<3>(&table[0][1], idx);

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 
+#include "vector/common/gather.h"
 #include "vector/simd/vec.h"
 
 namespace orv::vec::power_ops {
@@ -58,9 +59,7 @@ inline VD sar52_to_double(VI64 t) { return simd::small_int_to_double(t >> 52); }
 inline VD hi_words_to_double(VI64 t) { return simd::small_int_to_double(t >> 32); }
 // Rows of three doubles by each lane of idx: {c0, c1, c2} = table[idx].
 inline void gather3(const double (*table)[3], VI64 idx, VD* c0, VD* c1, VD* c2) {
-    *c0 = simd::gather<3>(&table[0][0], idx);
-    *c1 = simd::gather<3>(&table[0][1], idx);
-    *c2 = simd::gather<3>(&table[0][2], idx);
+    orv::vec::gather::rows3(table, idx, c0, c1, c2);
 }
 // Dekker's exact product: a b = hi + *lo (no overflow or underflow), on a
 // double or on each lane of a register.

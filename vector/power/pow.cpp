@@ -233,7 +233,7 @@ inline V2 pow_pos_v(V2 x, V2 y) {
     const V2 r = ((k * splat(kNegLn2by64Hi) + h) + k * splat(kNegLn2by64Lo)) + e;
     const po::VI64 ti = po::ibits(t);
     V2 thi, tlo;
-    orv::vec::gather::pairs(kExp64D, ti, 63, &thi, &tlo);
+    orv::vec::gather::pairs_of<kExp64D>(ti, 63, &thi, &tlo);
     const V2 c = kDeg5 ? (r * splat(kE6) + splat(kE5)) : splat(kE5);
     const V2 q = (((c * r + splat(kE4)) * r + splat(kE3)) * r + splat(0.5)) * r * r + r;
     return po::scale_by_t(thi + (q * thi + tlo), ti);
