@@ -11,6 +11,7 @@
 
 #include <immintrin.h>
 
+#include <bit>
 #include <cstdint>
 
 #include "vector/simd/vec.h"
@@ -79,6 +80,66 @@ inline void rows_of(const double* base, simd::VI64 idx, simd::VD (&out)[4 * K]) 
         out[i] = _mm_unpacklo_pd(a, b);
         out[i + 1] = _mm_unpackhi_pd(a, b);
     }
+#endif
+}
+
+
+// Lane sorting (the inverses run each path on registers of its own lanes).
+//
+// compress_store: scalar meaning: the lanes l of v with bit l of m set, in
+// lane order, go to dst[0], dst[1], ...; dst must have room for a whole
+// register (the lanes past the count are written with unspecified values).
+// expand_load: scalar meaning: r[l] = src[k++] for the lanes l with bit l
+// of m set (k from 0, in lane order), r[l] = other[l] for the rest; a
+// whole register may be read from src.
+#if ORV_SIMD_BYTES == 32
+// Per 4-bit mask: the 32-bit lane pairs that pick the set lanes in order
+// (compress), and that give lane l the element of its rank (expand).
+struct SortTables {
+    alignas(32) int32_t compress[16][8];
+    alignas(32) int32_t expand[16][8];
+};
+inline constexpr SortTables kSortTables = [] {
+    SortTables t{};
+    for (int m = 0; m < 16; ++m) {
+        int k = 0;
+        for (int l = 0; l < 4; ++l) {
+            t.expand[m][2 * l] = 2 * k, t.expand[m][2 * l + 1] = 2 * k + 1;
+            if (m >> l & 1) t.compress[m][2 * k] = 2 * l, t.compress[m][2 * k + 1] = 2 * l + 1, ++k;
+        }
+        for (; k < 4; ++k) t.compress[m][2 * k] = 0, t.compress[m][2 * k + 1] = 1;
+    }
+    return t;
+}();
+#endif
+
+inline void compress_store(double* dst, simd::VD v, uint32_t m) {
+#if ORV_SIMD_BYTES == 64
+    _mm512_storeu_pd(dst, _mm512_maskz_compress_pd(__mmask8(m), (__m512d)v));
+#elif ORV_SIMD_BYTES == 32
+    const __m256i ix = _mm256_load_si256((const __m256i*)kSortTables.compress[m]);
+    _mm256_storeu_pd(dst, _mm256_castps_pd(_mm256_permutevar8x32_ps(_mm256_castpd_ps((__m256d)v), ix)));
+#else
+    int k = 0;
+    for (int l = 0; l < 2; ++l)
+        if (m >> l & 1) dst[k++] = v[l];
+#endif
+}
+
+inline simd::VD expand_load(const double* src, uint32_t m, simd::VD other) {
+#if ORV_SIMD_BYTES == 64
+    return (simd::VD)_mm512_mask_expandloadu_pd((__m512d)other, __mmask8(m), src);
+#elif ORV_SIMD_BYTES == 32
+    const __m256i ix = _mm256_load_si256((const __m256i*)kSortTables.expand[m]);
+    const __m256d e = _mm256_castps_pd(_mm256_permutevar8x32_ps(_mm256_loadu_ps((const float*)src), ix));
+    const __m256i sel = _mm256_slli_epi64(_mm256_srlv_epi64(_mm256_set1_epi64x(m), _mm256_setr_epi64x(0, 1, 2, 3)), 63);
+    return (simd::VD)_mm256_blendv_pd((__m256d)other, e, _mm256_castsi256_pd(sel));
+#else
+    simd::VD r = other;
+    int k = 0;
+    for (int l = 0; l < 2; ++l)
+        if (m >> l & 1) r[l] = src[k++];
+    return r;
 #endif
 }
 

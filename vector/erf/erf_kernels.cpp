@@ -211,8 +211,11 @@ struct CdfNormInvS : Blocked<float, cdfnorminv_c<float, false>, false> {
     static V fastv(V x) { return v::on_halves<v::cdfnorminv_d<0, false>>(x); }
     static int special_lanes(V x) { return v::not_in(x, 0x00800000, 0x3F800000); }
 };
+// Double CdfNormInv sorts a block's lanes into central and tail registers
+// (half of them central on uniform input), so that few registers run both.
 struct CdfNormInvD : Blocked<double, cdfnorminv_c<double, true>> {
     static V fastv(V x) { return v::cdfnorminv_d<0, true>(x); }
+    static void fast_block(const T* x, T* z, int n) { v::cdfnorminv_block<0, true>(x, z, n); }
     static int special_lanes(V x) { return v::not_in(x, 0x33700000, 0x3FF00000); }
 };
 

@@ -5,9 +5,10 @@
 // twelve coefficients loaded with the row (erf_ops.h); erf about zero is
 // z + z P(z^2). The single kernels run these on the two double halves of a
 // float register. Double CdfNormInv's refinement differs from the scalar
-// routine's in rounding only (one step shared by all lanes).
+// routine's in rounding only.
 #pragma once
 
+#include <bit>
 #include <cstring>
 
 #include "vector/common/bits.h"
@@ -387,71 +388,134 @@ inline VD erfcinv_d(VD y) {
 // Phi^-1(p) for 2^-200 <= p < 1. The guess is erf_core.h's: sqrt 2 y P(y^2)
 // with y = 2d, d = p - 1/2, about the centre (|d| < 1/4), and -sqrt 2
 // erfc^-1(2 pl) with pl = min(p, 1 - p) in the tails (negated for the upper
-// one at the end). Refine: one Halley step on Phi (f'' = -x f') shared by
-// all lanes, so that a register holding both kinds of lane pays for one
-// exponential and one step: z = -x/sqrt 2 as hi + lo, exp(-z^2) as
-// (hi + lo) 2^n, and the residual 2 (Phi(x) - target) 2^-n from the lane's
-// form: about the centre -erf(z) - 2d with erf(z) = z + z P(z^2) (2d is
-// exact), in the tails erfc(z) - 2 pl with erfc(z) = 1 - z - z P(z^2) below
-// z = 1/2 and exp(-z^2) erfcx(z) from the rows above. The step's
-// u/(1 + x u/2) is u - (x u/2) u: x u/2 is below 2^-25 after the full
-// guess, so the dropped terms are far below an ulp of the result.
+// one at the end). Refine: one Halley step on Phi (f'' = -x f'): z = -x/sqrt 2
+// as hi + lo, exp(-z^2) as (hi + lo) 2^n, and the residual
+// 2 (Phi(x) - target) 2^-n from the lane's form: about the centre
+// -erf(z) - 2d with erf(z) = z + z P(z^2) (2d is exact), in the tails
+// erfc(z) - 2 pl with erfc(z) = 1 - z - z P(z^2) below z = 1/2 and
+// exp(-z^2) erfcx(z) from the rows above. The step's u/(1 + x u/2) is
+// u - (x u/2) u: x u/2 is below 2^-25 after the full guess, so the dropped
+// terms are far below an ulp of the result. The central and tail forms
+// are separate so that a block can run each on registers of its own lanes
+// (cdfnorminv_block); a register of both kinds runs both.
+
+// z = -x/sqrt 2 as hi + lo and exp(-z^2) as (hi + lo) 2^n.
+inline ScaledV cdfnorminv_exp(VD x, VD* zh, VD* zl) {
+    VD ql;
+    const VD qp = dd::two_prod(x, splat(kInvSqrt2Hi), &ql);
+    *zh = dd::fast_two_sum(-qp, -(ql + x * splat(kInvSqrt2Lo)), zl);
+    VD sl;
+    const VD sq = dd::two_prod(*zh, *zh, &sl);
+    return exp_dd(-sq, -(sl + splat(2.0) * *zh * *zl));
+}
+
+// The step from x with the scaled residual f.
+inline VD cdfnorminv_step(VD x, VD f, const ScaledV& ex) {
+    const VD u = splat(0.5) * f / (splat(kInvSqrt2Pi) * ex.hi);
+    return x - (u - (splat(0.5) * x * u) * u);
+}
+
+// The central form, for 1/4 < p < 3/4.
 template <int Kind, bool Refine>
-[[gnu::flatten]] inline VD cdfnorminv_d(VD p) {
+[[gnu::flatten]] inline VD cdfnorminv_central(VD p) {
     const VD d = p - splat(0.5);
-    const VD central = simd::lt(abs_of(d), splat(0.25));
-    const uint32_t cm = simd::lanes(central);
-    const VD upper = simd::lt(splat(0.0), d);
+    const VD y = splat(2.0) * d;
+    const VD x = splat(kSqrt2) * (y * guess_central<Kind>(y * y));
+    if constexpr (!Refine) return x;
+    VD zh, zl;
+    const ScaledV ex = cdfnorminv_exp(x, &zh, &zl);
+    const VD zs = clamp(zh, -0.5, 0.5);
+    VD el;
+    const VD eh = dd::fast_two_sum(zs, zl + erf_small_tail(zs), &el);
+    const VD f = ((-eh - splat(2.0) * d) - el) * pow2v(-ex.n);
+    return cdfnorminv_step(x, f, ex);
+}
+
+// The tail form, for p <= 1/4 or p >= 3/4.
+template <int Kind, bool Refine>
+[[gnu::flatten]] inline VD cdfnorminv_tail(VD p) {
+    const VD upper = simd::lt(splat(0.0), p - splat(0.5));
     const VD pl = clamp(simd::select(upper, splat(1.0) - p, p), 0x1p-200, 0.25);
-    VD x = splat(0.0);
-    if (cm) {
-        const VD y = splat(2.0) * d;
-        x = splat(kSqrt2) * (y * guess_central<Kind>(y * y));
-    }
-    if (cm != all_lanes())
-        x = simd::select(central, x, splat(-kSqrt2) * guess_tail<Kind>(splat(2.0) * pl));
+    VD x = splat(-kSqrt2) * guess_tail<Kind>(splat(2.0) * pl);
     if constexpr (Refine) {
-        VD ql;
-        const VD qp = dd::two_prod(x, splat(kInvSqrt2Hi), &ql);
-        VD zl;
-        const VD zh = dd::fast_two_sum(-qp, -(ql + x * splat(kInvSqrt2Lo)), &zl);
-        VD sl;
-        const VD sq = dd::two_prod(zh, zh, &sl);
-        const ScaledV ex = exp_dd(-sq, -(sl + splat(2.0) * zh * zl));
-        const VD near = simd::bandnot(central, simd::lt(zh, splat(0.5)));  // tail lanes, z < 1/2
+        VD zh, zl;
+        const ScaledV ex = cdfnorminv_exp(x, &zh, &zl);
+        const VD near = simd::lt(zh, splat(0.5));
         const uint32_t nm = simd::lanes(near);
         VD f = splat(0.0);
-        if (cm | nm) {
+        if (nm) {
             const VD zs = clamp(zh, -0.5, 0.5);
-            const VD tail = erf_small_tail(zs);
-            if (cm) {
-                VD el;
-                const VD eh = dd::fast_two_sum(zs, zl + tail, &el);
-                f = (-eh - splat(2.0) * d) - el;
-            }
-            if (nm) {
-                VD ce;
-                const VD ch = dd::two_sum(splat(1.0), -zs, &ce);
-                VD cl;
-                const VD cs = dd::fast_two_sum(ch, (ce - zl) - tail, &cl);
-                f = simd::select(near, (cs - splat(2.0) * pl) + cl, f);
-            }
+            VD ce;
+            const VD ch = dd::two_sum(splat(1.0), -zs, &ce);
+            VD cl;
+            const VD cs = dd::fast_two_sum(ch, (ce - zl) - erf_small_tail(zs), &cl);
+            f = simd::select(near, (cs - splat(2.0) * pl) + cl, f);
         }
         f = f * pow2v(-ex.n);
-        const VD rows = simd::bandnot(central, simd::not_lt(zh, splat(0.5)));
-        if (simd::lanes(rows)) {
+        if (nm != all_lanes()) {
             VD fh, fl;
             erfcx_rows(clamp(zh, 0.5, kRowsEnd), zl, &fh, &fl);
             VD ml;
             const VD mq = dd::two_prod(ex.hi, fh, &ml);
             VD lo;
             const VD hi = dd::fast_two_sum(mq, ml + (ex.hi * fl + ex.lo * fh), &lo);
-            f = simd::select(rows, (hi - pl * pow2v(1 - ex.n)) + lo, f);
+            f = simd::select(near, f, (hi - pl * pow2v(1 - ex.n)) + lo);
         }
-        const VD u = splat(0.5) * f / (splat(kInvSqrt2Pi) * ex.hi);
-        x = x - (u - (splat(0.5) * x * u) * u);
+        x = cdfnorminv_step(x, f, ex);
     }
-    return simd::select(central, x, simd::bxor(x, simd::band(upper, splat(-0.0))));
+    return simd::bxor(x, simd::band(upper, splat(-0.0)));
+}
+
+// Whether p takes the central form.
+inline VD cdfnorminv_is_central(VD p) { return simd::lt(abs_of(p - splat(0.5)), splat(0.25)); }
+
+// Phi^-1 on one register, each form computed only when a lane needs it.
+template <int Kind, bool Refine>
+inline VD cdfnorminv_d(VD p) {
+    const VD central = cdfnorminv_is_central(p);
+    const uint32_t cm = simd::lanes(central);
+    if (cm == all_lanes()) return cdfnorminv_central<Kind, Refine>(p);
+    const VD t = cdfnorminv_tail<Kind, Refine>(simd::select(central, splat(0.125), p));
+    if (!cm) return t;
+    return simd::select(central, cdfnorminv_central<Kind, Refine>(simd::select(central, p, splat(0.5))), t);
+}
+
+// Phi^-1 on n elements (n a multiple of the register width, at most
+// vec::kBlockSpan;
+// out may be in): the lanes are sorted by form (compressed into two runs),
+// each form runs on full registers of its own lanes (the last one padded),
+// and the results are expanded back to their lanes. Each lane's operations
+// are those of cdfnorminv_d.
+template <int Kind, bool Refine>
+inline void cdfnorminv_block(const double* in, double* out, int n) {
+    namespace eo = orv::vec::erfops;
+    using R = simd::Reg<double>;
+    constexpr int kW = R::kWidth;
+    constexpr int kMax = orv::vec::kBlockSpan;
+    alignas(64) double pc[kMax + kW], pt[kMax + kW];
+    uint32_t mask[kMax / kW];
+    int nc = 0, nt = 0;
+    for (int j = 0; j * kW < n; ++j) {
+        const VD p = R::load(in + j * kW);
+        const uint32_t m = simd::lanes(cdfnorminv_is_central(p));
+        mask[j] = m;
+        eo::compress_store(pc + nc, p, m);
+        eo::compress_store(pt + nt, p, m ^ all_lanes());
+        nc += std::popcount(m);
+        nt += kW - std::popcount(m);
+    }
+    R::store(pc + nc, splat(0.5));
+    R::store(pt + nt, splat(0.125));
+    for (int l = 0; l < nc; l += kW) R::store(pc + l, cdfnorminv_central<Kind, Refine>(R::load(pc + l)));
+    for (int l = 0; l < nt; l += kW) R::store(pt + l, cdfnorminv_tail<Kind, Refine>(R::load(pt + l)));
+    int oc = 0, ot = 0;
+    for (int j = 0; j * kW < n; ++j) {
+        const uint32_t m = mask[j];
+        const VD t = eo::expand_load(pt + ot, m ^ all_lanes(), splat(0.0));
+        R::store(out + j * kW, eo::expand_load(pc + oc, m, t));
+        oc += std::popcount(m);
+        ot += kW - std::popcount(m);
+    }
 }
 
 // One bit a lane: the high word of x (signed) at or above b, of |x| at or
