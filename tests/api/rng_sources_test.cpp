@@ -102,6 +102,8 @@ INSTANTIATE_TEST_SUITE_P(
                     Refusal{"Niederr mode 4, long", false, 1, 4, std::vector<uint32_t>(33, 1), kBad}),
     [](const testing::TestParamInfo<Refusal>& i) { return "case" + std::to_string(i.index); });
 
+// The abstract calls pass their arguments to the kernel entries, which check
+// them: every refusal is reached here through the public names.
 TEST(RngSources, NullOutAndAbstractRefusals) {
     const uint32_t polys[1] = {3};
     EXPECT_EQ(vstNewSobolStream(nullptr, 1, 0, 0, nullptr), ORV_RNG_ERROR_NULL_PTR);
@@ -113,10 +115,16 @@ TEST(RngSources, NullOutAndAbstractRefusals) {
     auto ir = [](void*, int32_t, uint32_t*) -> int32_t { return 0; };
     auto dr = [](void*, int32_t, double*) -> int32_t { return 0; };
     auto sr = [](void*, int32_t, float*) -> int32_t { return 0; };
-    EXPECT_EQ(vstiNewAbstractStream(&s, 0, ib, ir), ORV_RNG_ERROR_BAD_ARGUMENT);
+    EXPECT_EQ(vstiNewAbstractStream(nullptr, 1, ib, ir), ORV_RNG_ERROR_NULL_PTR);
     EXPECT_EQ(vstiNewAbstractStream(&s, 1, nullptr, ir), ORV_RNG_ERROR_NULL_PTR);
+    EXPECT_EQ(vstiNewAbstractStream(&s, 1, ib, nullptr), ORV_RNG_ERROR_NULL_PTR);
+    EXPECT_EQ(vstiNewAbstractStream(&s, 0, ib, ir), ORV_RNG_ERROR_BAD_ARGUMENT);
     EXPECT_EQ(vstdNewAbstractStream(&s, 1, db, 1.0, 0.0, dr), ORV_RNG_ERROR_BAD_ARGUMENT);
+    EXPECT_EQ(vstdNewAbstractStream(&s, 1, db, 1.0, 1.0, dr), ORV_RNG_ERROR_BAD_ARGUMENT);
+    EXPECT_EQ(vstdNewAbstractStream(&s, 1, db, 0.0, 0.0 / 0.0, dr), ORV_RNG_ERROR_BAD_ARGUMENT);
+    EXPECT_EQ(vstdNewAbstractStream(&s, 1, db, -1e308, 1e308, dr), ORV_RNG_ERROR_BAD_ARGUMENT);
     EXPECT_EQ(vstdNewAbstractStream(&s, 1, db, 0.0, 1.0, nullptr), ORV_RNG_ERROR_NULL_PTR);
+    EXPECT_EQ(vstsNewAbstractStream(&s, -1, sb, 0.0f, 1.0f, sr), ORV_RNG_ERROR_BAD_ARGUMENT);
     EXPECT_EQ(vstsNewAbstractStream(&s, 1, sb, 0.0f, 1.0f / 0.0f, sr), ORV_RNG_ERROR_BAD_ARGUMENT);
     EXPECT_EQ(s, kUntouched);
     ASSERT_EQ(vstsNewAbstractStream(&s, 1, sb, 0.0f, 1.0f, sr), 0);
