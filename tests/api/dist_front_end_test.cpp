@@ -10,13 +10,11 @@
 
 #include <orv/orv.h>
 
+#include "../rng/stream_util.h"
+
 namespace {
 
-std::vector<char> image(OrvStreamPtr s) {
-    std::vector<char> m(static_cast<size_t>(vstGetStreamSize(s)));
-    vstSaveStreamM(s, m.data());
-    return m;
-}
+using rngtest::image;
 
 TEST(DistFrontEnd, RefusalsWriteNothingAndDrawNothing) {
     const double nan = std::nan("");

@@ -8,23 +8,12 @@
 
 #include <orv/orv.h>
 
+#include "../rng/stream_util.h"
+
 namespace {
 
-// The next n words of a stream, read through its row.
-std::vector<uint32_t> words(OrvStreamPtr s, int n) {
-    BrngRow row{};
-    EXPECT_EQ(vstGetBrngProperties(vstGetStreamStateBrng(s), &row), 0);
-    std::vector<uint32_t> w(static_cast<size_t>(n) * (row.wordBytes / 4));
-    row.wordFill(s, n, w.data());
-    return w;
-}
-
-struct Owned {
-    OrvStreamPtr s = nullptr;
-    ~Owned() {
-        if (s != nullptr) vstDeleteStream(&s);
-    }
-};
+using Owned = rngtest::Stream;
+using rngtest::words;
 
 TEST(RngFrontEnd, CreationRefusalsLeaveTheOutputUntouched) {
     void* const sentinel = reinterpret_cast<void*>(0x1234);

@@ -9,17 +9,13 @@
 
 #include <orv/orv_rng_sources.h>
 
+#include "../rng/stream_util.h"
+
 namespace {
 
 void* const kUntouched = reinterpret_cast<void*>(0x1);
 
-std::vector<uint32_t> first_words(void* s, int n) {
-    BrngRow row;
-    __vstGetBrngProperties(static_cast<int32_t>(__vstGetStreamStateBrng(s)), &row);
-    std::vector<uint32_t> w(static_cast<size_t>(n));
-    row.wordFill(s, n, w.data());
-    return w;
-}
+using rngtest::words;
 
 // Mode 2 data of the published initial numbers, rows of 8.
 std::vector<uint32_t> published_rows(uint32_t dim) {
@@ -45,13 +41,13 @@ TEST(RngSources, GoodDataMakesTheKernelsStream) {
     ASSERT_EQ(vstNewSobolStream(&s, 40, 2, static_cast<int32_t>(rows.size()), rows.data()), 0);
     void* k = nullptr;
     ASSERT_EQ(__vstNewStreamEx(&k, ORV_BRNG_SOBOL, 1, std::vector<uint32_t>{40}.data()), 0);
-    EXPECT_EQ(first_words(s, 4000), first_words(k, 4000));
+    EXPECT_EQ(words(s, 4000), words(k, 4000));
     __vstDeleteStream(&s);
     __vstDeleteStream(&k);
     const uint32_t polys[3] = {2, 3, 7};
     ASSERT_EQ(vstNewNiederrStream(&s, 3, 1, 3, polys), 0);
     ASSERT_EQ(__vstNewStreamEx(&k, ORV_BRNG_NIEDERR, 1, std::vector<uint32_t>{3}.data()), 0);
-    EXPECT_EQ(first_words(s, 300), first_words(k, 300));
+    EXPECT_EQ(words(s, 300), words(k, 300));
     __vstDeleteStream(&s);
     __vstDeleteStream(&k);
     ASSERT_EQ(vstNewSobolStream(&s, 40, 0, 0, nullptr), 0);
@@ -102,6 +98,8 @@ INSTANTIATE_TEST_SUITE_P(
                     Refusal{"Niederr mode 4, long", false, 1, 4, std::vector<uint32_t>(33, 1), kBad}),
     [](const testing::TestParamInfo<Refusal>& i) { return "case" + std::to_string(i.index); });
 
+// The abstract calls pass their arguments to the kernel entries, which check
+// them: every refusal is reached here through the public names.
 TEST(RngSources, NullOutAndAbstractRefusals) {
     const uint32_t polys[1] = {3};
     EXPECT_EQ(vstNewSobolStream(nullptr, 1, 0, 0, nullptr), ORV_RNG_ERROR_NULL_PTR);
@@ -113,10 +111,16 @@ TEST(RngSources, NullOutAndAbstractRefusals) {
     auto ir = [](void*, int32_t, uint32_t*) -> int32_t { return 0; };
     auto dr = [](void*, int32_t, double*) -> int32_t { return 0; };
     auto sr = [](void*, int32_t, float*) -> int32_t { return 0; };
-    EXPECT_EQ(vstiNewAbstractStream(&s, 0, ib, ir), ORV_RNG_ERROR_BAD_ARGUMENT);
+    EXPECT_EQ(vstiNewAbstractStream(nullptr, 1, ib, ir), ORV_RNG_ERROR_NULL_PTR);
     EXPECT_EQ(vstiNewAbstractStream(&s, 1, nullptr, ir), ORV_RNG_ERROR_NULL_PTR);
+    EXPECT_EQ(vstiNewAbstractStream(&s, 1, ib, nullptr), ORV_RNG_ERROR_NULL_PTR);
+    EXPECT_EQ(vstiNewAbstractStream(&s, 0, ib, ir), ORV_RNG_ERROR_BAD_ARGUMENT);
     EXPECT_EQ(vstdNewAbstractStream(&s, 1, db, 1.0, 0.0, dr), ORV_RNG_ERROR_BAD_ARGUMENT);
+    EXPECT_EQ(vstdNewAbstractStream(&s, 1, db, 1.0, 1.0, dr), ORV_RNG_ERROR_BAD_ARGUMENT);
+    EXPECT_EQ(vstdNewAbstractStream(&s, 1, db, 0.0, 0.0 / 0.0, dr), ORV_RNG_ERROR_BAD_ARGUMENT);
+    EXPECT_EQ(vstdNewAbstractStream(&s, 1, db, -1e308, 1e308, dr), ORV_RNG_ERROR_BAD_ARGUMENT);
     EXPECT_EQ(vstdNewAbstractStream(&s, 1, db, 0.0, 1.0, nullptr), ORV_RNG_ERROR_NULL_PTR);
+    EXPECT_EQ(vstsNewAbstractStream(&s, -1, sb, 0.0f, 1.0f, sr), ORV_RNG_ERROR_BAD_ARGUMENT);
     EXPECT_EQ(vstsNewAbstractStream(&s, 1, sb, 0.0f, 1.0f / 0.0f, sr), ORV_RNG_ERROR_BAD_ARGUMENT);
     EXPECT_EQ(s, kUntouched);
     ASSERT_EQ(vstsNewAbstractStream(&s, 1, sb, 0.0f, 1.0f, sr), 0);

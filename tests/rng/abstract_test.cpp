@@ -1,7 +1,7 @@
 // Abstract streams: values come from the caller's buffer in order across
 // refills, the interval kinds map [c, d) onto the fill's interval, the
-// missing forms and the jumps give their statuses, and bad arguments and
-// images from another process are refused.
+// missing forms and the jumps give their statuses, and images from another
+// process are refused (bad arguments: tests/api/rng_sources_test.cpp).
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -102,24 +102,6 @@ TEST(Abstract, IntervalKindsMapTheirNumbers) {
     __vstDeleteStream(&wide);
     __vstDeleteStream(&ds);
     __vstDeleteStream(&ss);
-}
-
-TEST(Abstract, BadArgumentsAreRefusedAndNothingIsMade) {
-    void* const untouched = reinterpret_cast<void*>(0x1);
-    uint32_t ib[2];
-    double db[2];
-    float sb[2];
-    void* s = untouched;
-    EXPECT_EQ(__vstiNewAbstractStream(nullptr, 2, ib, &count_on<uint32_t>), ORV_RNG_ERROR_NULL_PTR);
-    EXPECT_EQ(__vstiNewAbstractStream(&s, 2, nullptr, &count_on<uint32_t>), ORV_RNG_ERROR_NULL_PTR);
-    EXPECT_EQ(__vstiNewAbstractStream(&s, 2, ib, nullptr), ORV_RNG_ERROR_NULL_PTR);
-    EXPECT_EQ(__vstiNewAbstractStream(&s, 0, ib, &count_on<uint32_t>), ORV_RNG_ERROR_BAD_ARGUMENT);
-    EXPECT_EQ(__vstdNewAbstractStream(&s, 2, db, 1.0, 1.0, &unit_steps<double>), ORV_RNG_ERROR_BAD_ARGUMENT);
-    EXPECT_EQ(__vstdNewAbstractStream(&s, 2, db, 0.0, 0.0 / 0.0, &unit_steps<double>), ORV_RNG_ERROR_BAD_ARGUMENT);
-    EXPECT_EQ(__vstdNewAbstractStream(&s, 2, db, -1e308, 1e308, &unit_steps<double>), ORV_RNG_ERROR_BAD_ARGUMENT);
-    EXPECT_EQ(__vstsNewAbstractStream(&s, -1, sb, 0.0f, 1.0f, &unit_steps<float>), ORV_RNG_ERROR_BAD_ARGUMENT);
-    EXPECT_EQ(__vstsNewAbstractStream(&s, 2, sb, 2.0f, 1.0f, &unit_steps<float>), ORV_RNG_ERROR_BAD_ARGUMENT);
-    EXPECT_EQ(s, untouched);
 }
 
 // An image loaded in this process works; one whose pointers do not belong to

@@ -25,6 +25,7 @@ namespace {
 const uint32_t kSeed[6] = {11, 22, 33, 44, 55, 66};
 
 using Owned = rngtest::Stream;
+using rngtest::image;
 using rngtest::words;
 
 void* block(const char* text) {
@@ -44,13 +45,6 @@ std::vector<std::string> chunk_texts(const void* s) {
     for (const Node* n = *reinterpret_cast<Node* const*>(static_cast<const char*>(s) + 8); n; n = n->next)
         out.emplace_back(static_cast<const char*>(n->data));
     return out;
-}
-
-// The memory image of a stream.
-std::vector<char> image(void* s) {
-    std::vector<char> img(__vstGetStreamSize(s));
-    EXPECT_EQ(__vstSaveStreamM(s, img.data()), 0);
-    return img;
 }
 
 std::string temp_path(const char* tag) {

@@ -50,4 +50,11 @@ inline std::vector<uint32_t> words(void* s, int n) {
 }
 inline std::vector<uint32_t> Stream::words(int n) { return rngtest::words(s, n); }
 
+// The memory image of a stream.
+inline std::vector<char> image(void* s) {
+    std::vector<char> img(__vstGetStreamSize(s));
+    EXPECT_EQ(__vstSaveStreamM(s, img.data()), 0);
+    return img;
+}
+
 }  // namespace rngtest
