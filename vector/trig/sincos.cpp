@@ -9,17 +9,61 @@ namespace {
 
 namespace bits = orv::vec::bitops;
 
-// Both results from one reduction (double) or from the single path.
 namespace simd = orv::vec::simd;
 
-inline void sincos_reg(simd::VD x, simd::VD* s, simd::VD* c) {
-    const auto red = reduce(ops::abs(x));
-    simd::VD h, l;
-    sin_parts(red, red.j, &h, &l);
-    *s = ops::xor_sign(h + l, x);
-    sin_parts(red, add_rows<simd::VD>(red.j, 128), &h, &l);
-    *c = h + l;
+// Row j + 128 of kSinCosD, a quarter turn on, holds (C, c, -S, -s) of row
+// j = (S, s, C, c). Checked here over all 512 rows by value: the entries
+// that are zero may differ in sign, and each of them only meets terms of
+// which one is non-zero, so the sums come out the same bits.
+constexpr bool rows_a_quarter_turn_apart() {
+    for (int j = 0; j < 512; ++j) {
+        const double* a = kSinCosD[j];
+        const double* b = kSinCosD[(j + 128) & 511];
+        if (b[0] != a[2] || b[1] != a[3] || b[2] != -a[0] || b[3] != -a[1]) return false;
+    }
+    return true;
 }
+static_assert(rows_a_quarter_turn_apart());
+
+// sin and cos of j pi/256 + r as hi + lo pairs from row j alone: sin_parts'
+// arithmetic on row j, and on (C, c, -S, -s) for the cosine, sharing the
+// powers of r, the two series and the split of r (the same expressions, so
+// the same bits as two calls of sin_parts on rows j and j + 128).
+template <typename V>
+inline void sincos_parts(const Reduced<V>& red, V* s_hi, V* s_lo, V* c_hi, V* c_lo) {
+    V sh, sl, ch, cl;
+    row<V>(red.j, &sh, &sl, &ch, &cl);
+    const V rh = red.rh;
+    const V s = rh * rh;
+    const V cm1 = s * (k<V>(-0.5) + s * (k<V>(1.0 / 24) + s * (k<V>(-1.0 / 720) + s * k<V>(1.0 / 40320))));
+    const V sm = rh * s * (k<V>(-1.0 / 6) + s * (k<V>(1.0 / 120) + s * k<V>(-1.0 / 5040)));
+    const V rhh = split_hi(rh), rhl = rh - rhh;
+    // a + r b, with (a, al, b, bl) = (S, s, C, c) for the sine and (C, c, -S, -s) for the cosine.
+    const auto parts = [&](V a, V al, V b, V bl, V* hi, V* lo) {
+        const V p = rh * b;  // exactly p + pe (Dekker)
+        const V bh = split_hi(b), blo = b - bh;
+        const V pe = ((rhh * bh - p) + rhh * blo + rhl * bh) + rhl * blo;
+        const V h = a + p;  // exactly h + e (Knuth)
+        const V bb = h - a;
+        const V e = (a - (h - bb)) + (p - bb);
+        *hi = h;
+        *lo = e + pe + (al + rh * bl + red.rl * b + a * cm1 + b * sm);
+    };
+    parts(sh, sl, ch, cl, s_hi, s_lo);
+    const V minus = k<V>(-1.0);
+    parts(ch, cl, ops::xor_sign(sh, minus), ops::xor_sign(sl, minus), c_hi, c_lo);
+}
+
+template <typename V>
+inline void sincos_d(V x, V* s, V* c) {
+    const auto red = reduce(ops::abs(x));
+    V sh, sl, ch, cl;
+    sincos_parts(red, &sh, &sl, &ch, &cl);
+    *s = ops::xor_sign(sh + sl, x);
+    *c = ch + cl;
+}
+
+inline void sincos_reg(simd::VD x, simd::VD* s, simd::VD* c) { sincos_d(x, s, c); }
 inline void sincos_reg(simd::VF x, simd::VF* s, simd::VF* c) {
     const simd::VD lo = simd::widen_lo(x), hi = simd::widen_hi(x);
     *s = simd::narrow(single_path<Fn::Sin>(lo), single_path<Fn::Sin>(hi));
