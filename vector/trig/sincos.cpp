@@ -12,9 +12,9 @@ namespace bits = orv::vec::bitops;
 namespace simd = orv::vec::simd;
 
 // Row j + 128 of kSinCosD, a quarter turn on, holds (C, c, -S, -s) of row
-// j = (S, s, C, c). Checked here over all 512 rows by value: the entries
-// that are zero may differ in sign, and each of them only meets terms of
-// which one is non-zero, so the sums come out the same bits.
+// j = (S, s, C, c). Checked here over all 512 rows, by value: an entry that
+// is zero may carry the other sign, and such a zero only ever enters a sum
+// that has a non-zero term, so the results keep their bits.
 constexpr bool rows_a_quarter_turn_apart() {
     for (int j = 0; j < 512; ++j) {
         const double* a = kSinCosD[j];
