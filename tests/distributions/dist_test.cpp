@@ -354,6 +354,23 @@ TEST(Gaussian, KeptHalfPairTravelsWithTheStream) {
     EXPECT_EQ(uniforms_after(s.get()), uniforms_after(c.get()));
 }
 
+// A call large enough to write past the caches gives, bit for bit, the same
+// draws cut into small calls (which keep half pairs between them).
+template <typename T>
+void large_call_as_cut(int32_t (*gauss)(int32_t, void*, int32_t, T*, T, T)) {
+    const int32_t n = (int32_t(4) << 20) / int32_t(sizeof(T)) + 1001;
+    Stream s = make(ORV_BRNG_SFMT19937, 5), c = copy(s);
+    std::vector<T> whole(n), cut(n);
+    ASSERT_EQ(gauss(1, s.get(), n, whole.data(), T(1), T(2)), 0);
+    for (int32_t done = 0, k = 1; done < n; done += k, k = k * 7 + 3)
+        ASSERT_EQ(gauss(1, c.get(), std::min(k, n - done), cut.data() + done, T(1), T(2)), 0);
+    EXPECT_EQ(std::memcmp(whole.data(), cut.data(), n * sizeof(T)), 0);
+}
+TEST(Gaussian, LargeCallIsTheSameDrawsCut) {
+    large_call_as_cut<double>(_vstdRngGaussian);
+    large_call_as_cut<float>(_vstsRngGaussian);
+}
+
 // A uniform of exactly 0 (or -1 for inversion) gives a large finite value;
 // a zero deviation gives the mean for every method.
 TEST(Gaussian, EndsOfTheUniformsAndZeroDeviation) {
