@@ -25,43 +25,6 @@ constexpr bool rows_a_quarter_turn_apart() {
 }
 static_assert(rows_a_quarter_turn_apart());
 
-// The four columns of row j (low 9 bits) of kSinCosD in each lane, as
-// rows4 gathers them, from whole-row loads and a transpose.
-inline void columns(simd::VI64 j, simd::VD* c0, simd::VD* c1, simd::VD* c2, simd::VD* c3) {
-    const auto at = [&](int l) { return kSinCosD[j[l] & 511]; };
-#if ORV_SIMD_BYTES == 64
-    __m512d q[4];
-    for (int l = 0; l < 4; ++l)
-        q[l] = _mm512_insertf64x4(_mm512_castpd256_pd512(_mm256_loadu_pd(at(l))), _mm256_loadu_pd(at(l + 4)), 1);
-    // t0 = (S0 S1 C0 C1 S4 S5 C4 C5), t1 the same of s and c; t2, t3 of rows 2, 3, 6, 7.
-    const __m512d t0 = _mm512_unpacklo_pd(q[0], q[1]), t1 = _mm512_unpackhi_pd(q[0], q[1]);
-    const __m512d t2 = _mm512_unpacklo_pd(q[2], q[3]), t3 = _mm512_unpackhi_pd(q[2], q[3]);
-    const __m512i first = _mm512_setr_epi64(0, 1, 8, 9, 4, 5, 12, 13);
-    const __m512i second = _mm512_setr_epi64(2, 3, 10, 11, 6, 7, 14, 15);
-    *c0 = _mm512_permutex2var_pd(t0, first, t2);
-    *c1 = _mm512_permutex2var_pd(t1, first, t3);
-    *c2 = _mm512_permutex2var_pd(t0, second, t2);
-    *c3 = _mm512_permutex2var_pd(t1, second, t3);
-#elif ORV_SIMD_BYTES == 32
-    const __m256d r0 = _mm256_loadu_pd(at(0)), r1 = _mm256_loadu_pd(at(1));
-    const __m256d r2 = _mm256_loadu_pd(at(2)), r3 = _mm256_loadu_pd(at(3));
-    const __m256d t0 = _mm256_unpacklo_pd(r0, r1), t1 = _mm256_unpackhi_pd(r0, r1);
-    const __m256d t2 = _mm256_unpacklo_pd(r2, r3), t3 = _mm256_unpackhi_pd(r2, r3);
-    *c0 = _mm256_permute2f128_pd(t0, t2, 0x20);
-    *c1 = _mm256_permute2f128_pd(t1, t3, 0x20);
-    *c2 = _mm256_permute2f128_pd(t0, t2, 0x31);
-    *c3 = _mm256_permute2f128_pd(t1, t3, 0x31);
-#else
-    const double *a = at(0), *b = at(1);
-    const __m128d a01 = _mm_load_pd(a), a23 = _mm_load_pd(a + 2);
-    const __m128d b01 = _mm_load_pd(b), b23 = _mm_load_pd(b + 2);
-    *c0 = _mm_unpacklo_pd(a01, b01);
-    *c1 = _mm_unpackhi_pd(a01, b01);
-    *c2 = _mm_unpacklo_pd(a23, b23);
-    *c3 = _mm_unpackhi_pd(a23, b23);
-#endif
-}
-inline void columns(int64_t j, double* c0, double* c1, double* c2, double* c3) { row<double>(j, c0, c1, c2, c3); }
 
 // sin and cos of j pi/256 + r as hi + lo pairs from row j alone: sin_parts'
 // arithmetic on row j, and on (C, c, -S, -s) for the cosine, sharing the
@@ -70,7 +33,7 @@ inline void columns(int64_t j, double* c0, double* c1, double* c2, double* c3) {
 template <typename V>
 inline void sincos_parts(const Reduced<V>& red, V* s_hi, V* s_lo, V* c_hi, V* c_lo) {
     V sh, sl, ch, cl;
-    columns(red.j, &sh, &sl, &ch, &cl);
+    row<V>(red.j, &sh, &sl, &ch, &cl);
     const V rh = red.rh;
     const V s = rh * rh;
     const V cm1 = s * (k<V>(-0.5) + s * (k<V>(1.0 / 24) + s * (k<V>(-1.0 / 720) + s * k<V>(1.0 / 40320))));
