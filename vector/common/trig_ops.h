@@ -25,9 +25,9 @@ inline VI64 ibits(VD t) { return simd::as<VI64>(t); }
 
 // Rows of four doubles, row j = low bits of each lane under mask:
 // {c0, c1, c2, c3} = table[j] lane for lane.
-// Each row is one 32-byte load (two 16-byte halves in SSE2) and the rows are
+// In the wide builds each row is one 32-byte load and the rows are
 // transposed by unpacks and permutes, which is faster than four gather
-// instructions (or their lane-by-lane SSE2 form); the values are the same.
+// instructions; the values are the same. (In SSE2 row loads made Tan slower.)
 inline void rows4(const double (*table)[4], VI64 t, int mask, VD* c0, VD* c1, VD* c2, VD* c3) {
     const VI64 j = t & int64_t(mask);
 #if ORV_SIMD_BYTES == 64
@@ -59,15 +59,10 @@ inline void rows4(const double (*table)[4], VI64 t, int mask, VD* c0, VD* c1, VD
     *c2 = _mm256_permute2f128_pd(t0, t2, 0x31);
     *c3 = _mm256_permute2f128_pd(t1, t3, 0x31);
 #else
-    const __m128i ji = (__m128i)j;
-    const double* a = table[_mm_cvtsi128_si64(ji)];
-    const double* b = table[_mm_cvtsi128_si64(_mm_unpackhi_epi64(ji, ji))];
-    const __m128d a01 = _mm_loadu_pd(a), a23 = _mm_loadu_pd(a + 2);
-    const __m128d b01 = _mm_loadu_pd(b), b23 = _mm_loadu_pd(b + 2);
-    *c0 = _mm_unpacklo_pd(a01, b01);
-    *c1 = _mm_unpackhi_pd(a01, b01);
-    *c2 = _mm_unpacklo_pd(a23, b23);
-    *c3 = _mm_unpackhi_pd(a23, b23);
+    *c0 = simd::gather<4>(&table[0][0], j);
+    *c1 = simd::gather<4>(&table[0][1], j);
+    *c2 = simd::gather<4>(&table[0][2], j);
+    *c3 = simd::gather<4>(&table[0][3], j);
 #endif
 }
 
