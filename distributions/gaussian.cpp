@@ -5,6 +5,8 @@
 #include <emmintrin.h>
 
 #include <cstdint>
+#include <cstring>
+#include <type_traits>
 #include <limits>
 
 #include <orv/orv_core.h>
@@ -83,45 +85,41 @@ struct Finish {
     T operator()(T v) const { return scaled ? v * sigma + a : v; }
 };
 
-// out[2j] = f(rad[j] sn[j]) and out[2j + 1] = f(rad[j] cs[j]) for j < h, two
-// (double) or four (float) pairs a step, the products interleaved by
-// unpacking; with streaming stores (past the caches, out 16-byte aligned)
-// when nt. The same roundings as one element at a time.
-inline void interleave(int32_t h, const double* rad, const double* sn, const double* cs, double* out,
-                       Finish<double> f, bool nt) {
-    const __m128d sigma = _mm_set1_pd(f.sigma), a = _mm_set1_pd(f.a);
+// out[2j] = f(rad[j] sn[j]) and out[2j + 1] = f(rad[j] cs[j]) for j < h, one
+// 16-byte register of pairs a step (two double, four float), the products
+// interleaved by a shuffle; with streaming stores (past the caches, out
+// 16-byte aligned) when nt. The same roundings as one element at a time.
+typedef double Pd __attribute__((vector_size(16)));
+typedef float Ps __attribute__((vector_size(16)));
+typedef int64_t Mq __attribute__((vector_size(16)));
+typedef int32_t Md __attribute__((vector_size(16)));
+template <typename T>
+inline void interleave(int32_t h, const T* rad, const T* sn, const T* cs, T* out, Finish<T> f, bool nt) {
+    constexpr bool kD = sizeof(T) == 8;
+    using V = std::conditional_t<kD, Pd, Ps>;
+    using M = std::conditional_t<kD, Mq, Md>;
+    constexpr int W = 16 / sizeof(T);
+    // Lanes of p and q alternately: the first half (kLo) and the second (kHi).
+    M kLo, kHi;
+    if constexpr (kD)
+        kLo = Mq{0, 2}, kHi = Mq{1, 3};
+    else
+        kLo = Md{0, 4, 1, 5}, kHi = Md{2, 6, 3, 7};
+    const auto load = [](const T* x) { V v; std::memcpy(&v, x, sizeof v); return v; };
+    const auto store = [nt](T* x, V v) {
+        if (nt)
+            _mm_stream_si128(reinterpret_cast<__m128i*>(x), (__m128i)v);
+        else
+            std::memcpy(x, &v, sizeof v);
+    };
+    const V sigma = V{} + f.sigma, a = V{} + f.a;
     int32_t j = 0;
-    for (; j + 2 <= h; j += 2) {
-        const __m128d r = _mm_loadu_pd(rad + j);
-        __m128d p = _mm_mul_pd(r, _mm_loadu_pd(sn + j)), q = _mm_mul_pd(r, _mm_loadu_pd(cs + j));
-        if (f.scaled) p = _mm_add_pd(_mm_mul_pd(p, sigma), a), q = _mm_add_pd(_mm_mul_pd(q, sigma), a);
-        const __m128d lo = _mm_unpacklo_pd(p, q), hi = _mm_unpackhi_pd(p, q);
-        if (nt) {
-            _mm_stream_pd(out + 2 * j, lo);
-            _mm_stream_pd(out + 2 * j + 2, hi);
-        } else {
-            _mm_storeu_pd(out + 2 * j, lo);
-            _mm_storeu_pd(out + 2 * j + 2, hi);
-        }
-    }
-    for (; j < h; ++j) out[2 * j] = f(rad[j] * sn[j]), out[2 * j + 1] = f(rad[j] * cs[j]);
-}
-inline void interleave(int32_t h, const float* rad, const float* sn, const float* cs, float* out,
-                       Finish<float> f, bool nt) {
-    const __m128 sigma = _mm_set1_ps(f.sigma), a = _mm_set1_ps(f.a);
-    int32_t j = 0;
-    for (; j + 4 <= h; j += 4) {
-        const __m128 r = _mm_loadu_ps(rad + j);
-        __m128 p = _mm_mul_ps(r, _mm_loadu_ps(sn + j)), q = _mm_mul_ps(r, _mm_loadu_ps(cs + j));
-        if (f.scaled) p = _mm_add_ps(_mm_mul_ps(p, sigma), a), q = _mm_add_ps(_mm_mul_ps(q, sigma), a);
-        const __m128 lo = _mm_unpacklo_ps(p, q), hi = _mm_unpackhi_ps(p, q);
-        if (nt) {
-            _mm_stream_ps(out + 2 * j, lo);
-            _mm_stream_ps(out + 2 * j + 4, hi);
-        } else {
-            _mm_storeu_ps(out + 2 * j, lo);
-            _mm_storeu_ps(out + 2 * j + 4, hi);
-        }
+    for (; j + W <= h; j += W) {
+        const V r = load(rad + j);
+        V p = r * load(sn + j), q = r * load(cs + j);
+        if (f.scaled) p = p * sigma + a, q = q * sigma + a;
+        store(out + 2 * j, __builtin_shuffle(p, q, kLo));
+        store(out + 2 * j + W, __builtin_shuffle(p, q, kHi));
     }
     for (; j < h; ++j) out[2 * j] = f(rad[j] * sn[j]), out[2 * j + 1] = f(rad[j] * cs[j]);
 }
