@@ -31,6 +31,17 @@ void factor(int n, T* dl, T* d, const T* du, int* info) {
     const T big2 = std::ldexp(T(1), kExp / 2), small2 = std::ldexp(T(1), -kExp / 2);  // two-row steps
     T pm = T(1), pc = d[0], rm = T(1);
     if (pc == T(0)) { *info = 1; return; }
+    // The pair (and the reciprocal of the older one) by a power of two once
+    // pc leaves [lo, hi]; exact, and the pivots are ratios, so unchanged.
+    const auto rescale = [&](T hi, T lo) {
+        const T a = std::fabs(pc);
+        if ((a > hi || a < lo) && std::isfinite(pc)) {
+            const int e = std::ilogb(pc);
+            pc = std::ldexp(pc, -e);
+            pm = std::ldexp(pm, -e);
+            rm = std::ldexp(rm, e);
+        }
+    };
     int i = 0;
     for (; i + 2 < n; i += 2) {
         const T e1 = dl[i] * du[i], e2 = dl[i + 1] * du[i + 1];
@@ -56,13 +67,7 @@ void factor(int n, T* dl, T* d, const T* du, int* info) {
         pm = p1;
         pc = p2;
         rm = r1;
-        const T a = std::fabs(pc);
-        if ((a > big2 || a < small2) && std::isfinite(pc)) {
-            const int e = std::ilogb(pc);
-            pc = std::ldexp(pc, -e);
-            pm = std::ldexp(pm, -e);
-            rm = std::ldexp(rm, e);
-        }
+        rescale(big2, small2);
     }
     for (; i < n - 1; ++i) {
         const T pn = d[i + 1] * pc - (dl[i] * du[i]) * pm;
@@ -77,13 +82,7 @@ void factor(int n, T* dl, T* d, const T* du, int* info) {
         pm = pc;
         pc = pn;
         rm = rc;
-        const T a = std::fabs(pc);
-        if ((a > big || a < small) && std::isfinite(pc)) {
-            const int e = std::ilogb(pc);
-            pc = std::ldexp(pc, -e);
-            pm = std::ldexp(pm, -e);
-            rm = std::ldexp(rm, e);
-        }
+        rescale(big, small);
     }
     d[n - 1] = pc * rm;
 }

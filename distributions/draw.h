@@ -117,32 +117,28 @@ const void* loaded_table(const void* base, const char* name);
             loaded_table(orv_vtm_kernel_##Name##_ttab, "orv_vtm_kernel_" #Name "_ttab"));                     \
         return t;                                                                                            \
     }
+// The same list for both element types; P is the kernels' type letter.
+#define ORV_DIST_KERNELS(P, T)                              \
+    ORV_DIST_TABLE(ln, KernelTable<T>, P##Ln)               \
+    ORV_DIST_TABLE(sqrt, KernelTable<T>, P##Sqrt)           \
+    ORV_DIST_TABLE(exp, KernelTable<T>, P##Exp)             \
+    ORV_DIST_TABLE(sin, KernelTable<T>, P##Sin)             \
+    ORV_DIST_TABLE(cos, KernelTable<T>, P##Cos)             \
+    ORV_DIST_TABLE(tan, KernelTable<T>, P##Tan)             \
+    ORV_DIST_TABLE(erfinv, KernelTable<T>, P##ErfInv)       \
+    ORV_DIST_TABLE(sincos, TwoResultTable<T>, P##SinCos)    \
+    ORV_DIST_TABLE(powx, PowxTable<T>, P##Powx)
 template <typename T>
 struct Kernels;
 template <>
 struct Kernels<double> {
-    ORV_DIST_TABLE(ln, KernelTable<double>, dLn)
-    ORV_DIST_TABLE(sqrt, KernelTable<double>, dSqrt)
-    ORV_DIST_TABLE(exp, KernelTable<double>, dExp)
-    ORV_DIST_TABLE(sin, KernelTable<double>, dSin)
-    ORV_DIST_TABLE(cos, KernelTable<double>, dCos)
-    ORV_DIST_TABLE(tan, KernelTable<double>, dTan)
-    ORV_DIST_TABLE(erfinv, KernelTable<double>, dErfInv)
-    ORV_DIST_TABLE(sincos, TwoResultTable<double>, dSinCos)
-    ORV_DIST_TABLE(powx, PowxTable<double>, dPowx)
+    ORV_DIST_KERNELS(d, double)
 };
 template <>
 struct Kernels<float> {
-    ORV_DIST_TABLE(ln, KernelTable<float>, sLn)
-    ORV_DIST_TABLE(sqrt, KernelTable<float>, sSqrt)
-    ORV_DIST_TABLE(exp, KernelTable<float>, sExp)
-    ORV_DIST_TABLE(sin, KernelTable<float>, sSin)
-    ORV_DIST_TABLE(cos, KernelTable<float>, sCos)
-    ORV_DIST_TABLE(tan, KernelTable<float>, sTan)
-    ORV_DIST_TABLE(erfinv, KernelTable<float>, sErfInv)
-    ORV_DIST_TABLE(sincos, TwoResultTable<float>, sSinCos)
-    ORV_DIST_TABLE(powx, PowxTable<float>, sPowx)
+    ORV_DIST_KERNELS(s, float)
 };
+#undef ORV_DIST_KERNELS
 #undef ORV_DIST_TABLE
 
 // Whether a draw from the stream can fail: the fills of the abstract

@@ -5,7 +5,6 @@
 
 #include <cstdint>
 
-#include "vector/common/gather.h"
 #include "vector/simd/vec.h"
 
 namespace orv::vec::power_ops {
@@ -57,10 +56,6 @@ inline VI64 srl64(VI64 a) { return simd::as<VI64>(simd::as<VU64>(a) >> S); }
 inline VD sar52_to_double(VI64 t) { return simd::small_int_to_double(t >> 52); }
 // double(int32_t(t >> 32)) for each 64-bit lane: the high words (exact).
 inline VD hi_words_to_double(VI64 t) { return simd::small_int_to_double(t >> 32); }
-// Rows of three doubles by each lane of idx: {c0, c1, c2} = table[idx].
-inline void gather3(const double (*table)[3], VI64 idx, VD* c0, VD* c1, VD* c2) {
-    orv::vec::gather::rows3(table, idx, c0, c1, c2);
-}
 // Dekker's exact product: a b = hi + *lo (no overflow or underflow), on a
 // double or on each lane of a register.
 template <typename V>

@@ -196,7 +196,7 @@ inline V2 ln_acc_v(V2 x, V2* lo) {
     const V2 dk = po::sar52_to_double(tmp);
     const V2 z = po::dbits(po::sub64(ix, po::and64(tmp, 0xFFF0000000000000ull)));
     V2 rc, l1, l2;
-    po::gather3(kLogD, idx, &rc, &l1, &l2);
+    orv::vec::gather::rows3(kLogD, idx, &rc, &l1, &l2);
     const V2 zh = po::dbits(po::and64(po::ibits(z), ~0x1FFFFFull));
     V2 rl;
     const V2 r = dd::two_sum(zh * rc - splat(1.0), (z - zh) * rc, &rl);
