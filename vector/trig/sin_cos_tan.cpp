@@ -48,11 +48,19 @@ struct SingleK : TrigBase<float> {
     using V = orv::vec::simd::VF;
     static V fastv(V x) {
         namespace simd = orv::vec::simd;
-        return simd::narrow(single_path<F>(simd::widen_lo(x)), single_path<F>(simd::widen_hi(x)));
+        if constexpr (F == Fn::Tan)
+            return simd::narrow(single_path<F>(simd::widen_lo(x)), single_path<F>(simd::widen_hi(x)));
+        else
+            return single_sin_cos<F>(x);
     }
     static int special_lanes(V x) { return bits::above(x, 0x7F7FFFFF); }
     static int32_t callout(float x, float* r) {
-        return trig::callout(x, r, [](float v) { return float(single_path<F>(double(v))); });
+        return trig::callout(x, r, [](float v) {
+            if constexpr (F == Fn::Tan)
+                return float(single_path<F>(double(v)));
+            else
+                return single_sin_cos<F>(v);
+        });
     }
 };
 
