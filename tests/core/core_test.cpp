@@ -114,17 +114,11 @@ TEST(Blas, GemmAndSyrkAgreeWithHandWork) {
     const int n = 2;
     const double one = 1, zero = 0;
     orv_blas_dgemm("N", "N", &n, &n, &n, &one, a, &n, b, &n, &zero, c, &n);
-    EXPECT_EQ(c[0], 19);
-    EXPECT_EQ(c[1], 43);
-    EXPECT_EQ(c[2], 22);
-    EXPECT_EQ(c[3], 50);
-    // A*A^T upper triangle: [5 11; . 25].
+    EXPECT_EQ(std::vector<double>(c, c + 4), (std::vector<double>{19, 43, 22, 50}));
+    // A*A^T upper triangle: [5 11; . 25], the lower one (-1) untouched.
     double s[4] = {0, -1, 0, 0};
     orv_blas_dsyrk("U", "N", &n, &n, &one, a, &n, &zero, s, &n);
-    EXPECT_EQ(s[0], 5);
-    EXPECT_EQ(s[2], 11);
-    EXPECT_EQ(s[3], 25);
-    EXPECT_EQ(s[1], -1);  // lower triangle untouched
+    EXPECT_EQ(std::vector<double>(s, s + 4), (std::vector<double>{5, -1, 11, 25}));
     const int inc = 1;
     const double x[2] = {1, 2};
     orv_blas_dsyr("U", &n, &one, x, &inc, s, &n);
