@@ -56,10 +56,7 @@ void check(bool by_obs, bool masked) {
 
 TEST_P(Minmax, MatchesADirectScanOverBlocks) {
     const auto [dbl, by_obs, masked] = GetParam();
-    if (dbl)
-        check<double>(by_obs, masked);
-    else
-        check<float>(by_obs, masked);
+    (dbl ? check<double> : check<float>)(by_obs, masked);
 }
 
 INSTANTIATE_TEST_SUITE_P(All, Minmax,
