@@ -79,9 +79,7 @@ void build(Spline& s, KindCase c, int64_t nx, int64_t ny) {
     const int64_t ic_type = s.ic.empty() ? 0 : s.knot_quad ? 8 : 1;
     ASSERT_EQ(orv_df_kernel_dEditPPSpline1D(s.t, s.order, c.stype, bc_type, s.bc.data(), ic_type,
                                             s.ic.empty() ? nullptr : s.ic.data(), s.coeff.data(), 0x10), 0);
-    if (s.knot_quad && s.ic.empty()) {
-        ASSERT_EQ(orv_df_kernel_iEditVal(s.t, DF_ID_IC_TYPE, 8), 0);  // midpoints
-    }
+    if (s.knot_quad && s.ic.empty()) { ASSERT_EQ(orv_df_kernel_iEditVal(s.t, DF_ID_IC_TYPE, 8), 0); }  // midpoints
     ASSERT_EQ(dftest::ctor<double>(c.kind)(s.t, 0, 0, nullptr), 0);
 }
 
@@ -189,9 +187,7 @@ TEST_P(Evaluate, IntegralsWithExtrapolationSignsAndTeams) {
                     const LD want = oracle_integral(s, f, a[i], b[i]);
                     ASSERT_TRUE(close(r[k], want, 10 * (std::fabs(double(b[i] - a[i])) + 1))) << a[i] << " " << b[i];
                     ASSERT_EQ(r[k], -rs[k]);
-                    if (i == 0) {
-                        ASSERT_EQ(r[k], 0.0);
-                    }
+                    if (i == 0) { ASSERT_EQ(r[k], 0.0); }
                 }
         }
     // Limits given by their ends.

@@ -125,9 +125,7 @@ TEST_P(SearchKernel, MatchesSearchsortedInEveryForm) {
                 if (k == User && d.site[i] == lo && nx > 1) want = 0;  // walk from hint 0
                 ASSERT_EQ(cells[i], want) << "nx " << nx << " site " << d.site[i] << " form " << int(f);
             }
-            if (k == Sorted) {
-                EXPECT_EQ(hint, nx);  // the last sites are past the end
-            }
+            if (k == Sorted) { EXPECT_EQ(hint, nx); }  // the last sites are past the end
         }
     }
 }
@@ -212,9 +210,7 @@ TEST(Search1D, KindSelectionStatusesAndTeams) {
         ASSERT_EQ(orv_df_kernel_dDFSearch1D(t, 0, n, d.site.data(), 0, bad, c.data(), zero_hints,
                                             nullptr, &dftest::kThree), 0);
         for (int64_t i = 0; i < n; ++i)
-            if (d.site[i] != d.x[0] || xhint == 4) {
-                ASSERT_EQ(c[i], ref_cell(d.x, d.site[i]));
-            }
+            if (d.site[i] != d.x[0] || xhint == 4) { ASSERT_EQ(c[i], ref_cell(d.x, d.site[i])); }
         orv_df_kernel_DeleteTask(&t);
     }
     EXPECT_EQ(orv_df_kernel_dDFSearch1D(nullptr, 0, 1, nullptr, 0, nullptr, nullptr, nullptr,

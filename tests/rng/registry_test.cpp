@@ -45,9 +45,7 @@ TEST_P(Properties, ValidNumbersGiveTheirRowOthersMinus1000) {
     uint32_t r = 0, s = 0;
     const BrngRow* t = __vstGetBrngBaseOffset(static_cast<uint32_t>(v.id), &r, &s);
     EXPECT_EQ(__vstIsBrngValid(t, static_cast<int32_t>(r), static_cast<int32_t>(s)), v.status);
-    if (v.status == 0) {
-        EXPECT_EQ(0, std::memcmp(&row, &t[r], sizeof row));
-    }
+    if (v.status == 0) { EXPECT_EQ(0, std::memcmp(&row, &t[r], sizeof row)); }
 }
 
 INSTANTIATE_TEST_SUITE_P(

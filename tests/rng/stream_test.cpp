@@ -145,9 +145,7 @@ TEST(OldVersions, BothLayoutsLoadAndChunksNeedTheVersionFirst) {
                 __vstCopyStream(&ref.s, src.s);
                 EXPECT_EQ(words(m.s, 20), words(ref.s, 20));
                 EXPECT_EQ(__vstGetNumChunks(m.s), chunk ? 1 : 0);
-                if (chunk) {
-                    EXPECT_STREQ(static_cast<char*>(__vstSearchChunk(m.s, 5)), "abc");
-                }
+                if (chunk) { EXPECT_STREQ(static_cast<char*>(__vstSearchChunk(m.s, 5)), "abc"); }
             }
         }
     }

@@ -121,9 +121,7 @@ TEST_P(NullEdits, NullGivesTheFieldStatusAndKeepsTheField) {
     const NullEdit c = GetParam();
     double cell = 0;
     auto ed = c.real ? __vstdSSEditTask : __vstiSSEditTask;
-    if (c.want != SS_ERR_BAD_PARAMETER_NUMBER) {
-        ASSERT_EQ(ed(task, c.no, &cell), SS_OK);
-    }
+    if (c.want != SS_ERR_BAD_PARAMETER_NUMBER) { ASSERT_EQ(ed(task, c.no, &cell), SS_OK); }
     std::vector<unsigned char> before(sizeof(SsTask));
     std::memcpy(before.data(), task, sizeof(SsTask));
     EXPECT_EQ(ed(task, c.no, nullptr), c.want);

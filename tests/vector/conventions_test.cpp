@@ -204,9 +204,7 @@ void check_strided(const Kernels& k, const Stride& s, int n) {
         written[size_t(&r[long(i) * s.incr] - rbuf.data())] = true;
     }
     for (size_t j = 0; j < rbuf.size(); ++j)
-        if (!written[j]) {
-            ASSERT_EQ(rbuf[j], T(-5)) << "touched a gap";
-        }
+        if (!written[j]) { ASSERT_EQ(rbuf[j], T(-5)) << "touched a gap"; }
     ASSERT_EQ(cap.errors().size(), want.size()) << k.name << " n=" << n;
     for (size_t e = 0; e < want.size(); ++e) {
         const SeenError& got = cap.errors()[e];

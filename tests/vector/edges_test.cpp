@@ -76,9 +76,7 @@ void check(const Edge& e) {
             EXPECT_EQ(r.index, at);
             EXPECT_EQ(r.name, name);
             EXPECT_TRUE(same_value(r.arg1, double(T(e.x)))) << where;
-            if (two) {
-                EXPECT_TRUE(same_value(r.arg2, double(T(e.y)))) << where;
-            }
+            if (two) { EXPECT_TRUE(same_value(r.arg2, double(T(e.y)))) << where; }
             EXPECT_TRUE(same_value(r.res1, double(got))) << where;
         }
 }

@@ -73,9 +73,7 @@ TYPED_TEST(Pack, ByIncrementBothWaysAtBothWidths) {
                     hit[size_t(&zb[i * inc] - z.data())] = true;
                 }
                 for (size_t j = 0; j < span; ++j)
-                    if (!hit[j]) {
-                        ASSERT_TRUE(same(z[j], make<T>(77)));
-                    }
+                    if (!hit[j]) { ASSERT_TRUE(same(z[j], make<T>(77))); }
             }
         }
     }
