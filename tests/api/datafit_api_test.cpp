@@ -55,9 +55,7 @@ TEST(DataFittingFrontEnd, RefusalsWriteNothing) {
     EXPECT_EQ(orv_df_dintegrate(f.t, 2, s, 0, s, 0, nullptr, 0), ORV_DF_NULL_RESULT);
     EXPECT_EQ(orv_df_dintegrate(f.t, INT64_MAX, s, 0, s, 0, r, 0), ORV_DF_TOO_LARGE);
     EXPECT_EQ(orv_df_dintegrate(f.t, 2, s, 0, s, 0, r, 0x100), DF_BAD_INTEGRATION_RHINT);
-    for (double v : r) EXPECT_EQ(v, 7);
-    EXPECT_EQ(cell[0], 7);
-    EXPECT_EQ(cell[1], 7);
+    EXPECT_EQ((std::vector<double>{r[0], r[1], r[2], r[3], double(cell[0]), double(cell[1])}), std::vector<double>(6, 7));
     const float fs[1] = {0.5f};
     float fr[1] = {7};
     EXPECT_EQ(orv_df_sinterpolate(ft, 1, fs, 0, 0, nullptr, fr, 0, nullptr), DF_BAD_STYPE);  // no spline yet
@@ -81,7 +79,7 @@ TEST(DataFittingFrontEnd, CellsAreWideAndResultsMatchTheKernels) {
     ASSERT_EQ(orv_df_kernel_dDFInterpolate1D(f.t, 0, 0, 4, s, 0, 3, ord, nullptr, k, 0, nullptr, nullptr,
                                              nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
                                              nullptr), 0);
-    for (int i = 0; i < 8; ++i) EXPECT_EQ(r[i], k[i]);
+    EXPECT_EQ(std::vector<double>(r, r + 8), std::vector<double>(k, k + 8));
     EXPECT_EQ(r[1 * 2 + 0], 3.0);  // value at a breakpoint
     double q = 0;
     ASSERT_EQ(orv_df_dintegrate(f.t, 1, s + 1, 0, s + 1, 0, &q, 0), 0);

@@ -89,9 +89,7 @@ TEST(StatsCompute, SinglePrecisionTakesTheSingleEntries) {
     vstsSSEditTask(t, SS_ED_minimum, &lo);
     vstsSSEditTask(t, SS_ED_maximum, &hi);
     EXPECT_EQ(vstsSSCompute(t, SS_EST_MEAN | SS_EST_MIN | SS_EST_MAX, 0), 0);
-    EXPECT_EQ(m, 3.0f);
-    EXPECT_EQ(lo, -1.0f);
-    EXPECT_EQ(hi, 8.0f);
+    EXPECT_EQ((std::vector<float>{m, lo, hi}), (std::vector<float>{3, -1, 8}));
     vstSSDeleteTask(&t);
 }
 

@@ -161,9 +161,7 @@ Built<T> build(const Case& c, const Problem& p) {
     }
     EXPECT_EQ(st, DF_OK);
     // Secondary knots without an array: the midpoints.
-    if (knots && ic.empty()) {
-        EXPECT_EQ(orv_df_kernel_iEditVal(t, DF_ID_IC_TYPE, 8), DF_OK);
-    }
+    if (knots && ic.empty()) { EXPECT_EQ(orv_df_kernel_iEditVal(t, DF_ID_IC_TYPE, 8), DF_OK); }
     const DFThreadOps* ops = c.threads ? orv_df_thread_ops_openmp() : orv_df_thread_ops_serial();
     out.status = dftest::ctor<T>(c.kind)(t, 0, 0, ops);
     for (int64_t k = 0; k < ny; ++k) {

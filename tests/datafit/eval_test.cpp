@@ -22,7 +22,6 @@ namespace {
 using dftest::Kind;
 using LD = long double;
 
-
 // The evaluation calls without call-backs, trailing arguments defaulted.
 int interp(DFTask* t, int64_t n, const double* site, int64_t shint, int64_t nord, const void* ord, double* r,
            int64_t rhint, int64_t type = 0, void* cells = nullptr, const double* dh = nullptr,
@@ -80,21 +79,15 @@ void build(Spline& s, KindCase c, int64_t nx, int64_t ny) {
     const int64_t ic_type = s.ic.empty() ? 0 : s.knot_quad ? 8 : 1;
     ASSERT_EQ(orv_df_kernel_dEditPPSpline1D(s.t, s.order, c.stype, bc_type, s.bc.data(), ic_type,
                                             s.ic.empty() ? nullptr : s.ic.data(), s.coeff.data(), 0x10), 0);
-    if (s.knot_quad && s.ic.empty()) {
-        ASSERT_EQ(orv_df_kernel_iEditVal(s.t, DF_ID_IC_TYPE, 8), 0);  // midpoints
-    }
+    if (s.knot_quad && s.ic.empty()) { ASSERT_EQ(orv_df_kernel_iEditVal(s.t, DF_ID_IC_TYPE, 8), 0); }  // midpoints
     ASSERT_EQ(dftest::ctor<double>(c.kind)(s.t, 0, 0, nullptr), 0);
 }
 
 // Polynomial of a site: the cell's left breakpoint (searchsorted right,
 // clamped to the outermost cells), or the knot interval on secondary knots.
 int64_t piece_of(const Spline& s, double x) {
-    if (s.knot_quad) {
-        const int64_t k = std::upper_bound(s.knots.begin() + 1, s.knots.end() - 1, x) - (s.knots.begin() + 1);
-        return k;
-    }
-    const int64_t c = std::upper_bound(s.xs.begin() + 1, s.xs.end() - 1, x) - (s.xs.begin() + 1);
-    return c;
+    const std::vector<double>& b = s.knot_quad ? s.knots : s.xs;
+    return std::upper_bound(b.begin() + 1, b.end() - 1, x) - (b.begin() + 1);
 }
 
 LD oracle(const Spline& s, int64_t f, double x, int der) {
@@ -194,9 +187,7 @@ TEST_P(Evaluate, IntegralsWithExtrapolationSignsAndTeams) {
                     const LD want = oracle_integral(s, f, a[i], b[i]);
                     ASSERT_TRUE(close(r[k], want, 10 * (std::fabs(double(b[i] - a[i])) + 1))) << a[i] << " " << b[i];
                     ASSERT_EQ(r[k], -rs[k]);
-                    if (i == 0) {
-                        ASSERT_EQ(r[k], 0.0);
-                    }
+                    if (i == 0) { ASSERT_EQ(r[k], 0.0); }
                 }
         }
     // Limits given by their ends.
@@ -285,9 +276,7 @@ TEST(Interpolate, StepFunctionsAndLookUp) {
     ASSERT_EQ(orv_df_kernel_dEditPPSpline1D(t, 0, 6, 0, nullptr, 0, nullptr, nullptr, 0), 0);
     const double near[3] = {1 + 1e-13, 2 - 1e-13, 3}, far = 1 + 1e-9;
     ASSERT_EQ(call(near, 3, 0, nullptr), 0);
-    EXPECT_EQ(r[0], 20);
-    EXPECT_EQ(r[1], 30);
-    EXPECT_EQ(r[2], 40);
+    EXPECT_EQ(std::vector<double>(r, r + 3), (std::vector<double>{20, 30, 40}));
     EXPECT_EQ(call(&far, 1, 0, nullptr), DF_NOT_A_BREAKPOINT);
     orv_df_kernel_DeleteTask(&t);
 }
@@ -428,8 +417,7 @@ TEST(SinglePrecision, InterpolateAndIntegrate) {
     ASSERT_EQ(orv_df_kernel_sDFInterpolate1D(t, 0, 0, 4, s, 0, 0, nullptr, nullptr, r, 0, nullptr, nullptr,
                                              nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
                                              nullptr), 0);
-    const int p[4] = {0, 1, 2, 3};
-    for (int i = 0; i < 4; ++i) EXPECT_NEAR(r[i], dftest::poly(c.data() + 4 * p[i], 4, s[i] - x[p[i]], 0), 2e-6);
+    for (int i = 0; i < 4; ++i) EXPECT_NEAR(r[i], dftest::poly(c.data() + 4 * i, 4, s[i] - x[i], 0), 2e-6);  // site i in cell i
     ASSERT_EQ(orv_df_kernel_sDFIntegrate1D(t, 0, 1, x, 0, x + 4, 0, nullptr, nullptr, &q, 0, nullptr,
                                            nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
                                            nullptr), 0);

@@ -24,6 +24,8 @@ int64_t ref_cell(const std::vector<double>& x, double s) {
     return std::upper_bound(x.begin(), x.end(), s) - x.begin();
 }
 
+bool nan_last(double a, double b) { return std::isnan(b) ? !std::isnan(a) : a < b; }  // as numpy sorts
+
 enum class Part { Arbitrary, Sorted, Uniform, Quasi };
 
 struct Data {
@@ -51,10 +53,7 @@ Data make(Part p, int64_t nx, uint32_t seed) {
     d.site.insert(d.site.end(), {lo, hi, std::nextafter(hi, 1e300), std::nextafter(lo, -1e300),
                                  1e300, -1e300, NAN, NAN, lo, hi});
     std::shuffle(d.site.begin(), d.site.end(), g);
-    if (p == Part::Sorted)
-        std::sort(d.site.begin(), d.site.end(), [](double a, double b) {
-            return std::isnan(b) ? !std::isnan(a) : a < b;  // NaN last, as numpy sorts
-        });
+    if (p == Part::Sorted) std::sort(d.site.begin(), d.site.end(), nan_last);
     return d;
 }
 
@@ -126,9 +125,7 @@ TEST_P(SearchKernel, MatchesSearchsortedInEveryForm) {
                 if (k == User && d.site[i] == lo && nx > 1) want = 0;  // walk from hint 0
                 ASSERT_EQ(cells[i], want) << "nx " << nx << " site " << d.site[i] << " form " << int(f);
             }
-            if (k == Sorted) {
-                EXPECT_EQ(hint, nx);  // the last sites are past the end
-            }
+            if (k == Sorted) { EXPECT_EQ(hint, nx); }  // the last sites are past the end
         }
     }
 }
@@ -161,26 +158,20 @@ TEST(UserDefinedSearch, WalkTieRuleAndFlags) {
     std::vector<int64_t> c(s.size());
     std::vector<int32_t> flags(s.size());
     int64_t hint = 0;
-    EXPECT_EQ(orv_df_kernel_dDFUserDefSearch1D64(6, x.data(), int64_t(s.size()), s.data(), &hint, 0,
-                                                 nullptr, 0, nullptr, c.data(), give_hints, &h,
-                                                 nullptr, flags.data()),
-              7);
+    auto walk = [&](auto entry) {
+        return entry(6, x.data(), int64_t(s.size()), s.data(), &hint, 0, nullptr, 0, nullptr, c.data(), give_hints,
+                     &h, nullptr, flags.data());
+    };
+    EXPECT_EQ(walk(orv_df_kernel_dDFUserDefSearch1D64), 7);
     // x[2] from hint 2 stays in cell 2, from hint 3 walks to 3 (x[2] <= s);
     // x[0] from hint 0 is in cell 0, from hint 1 in cell 1; the flagged 3 stays.
     EXPECT_EQ(c, (std::vector<int64_t>{2, 3, 0, 1, 5, 5, 3, 3, 3, 0}));
     h.result = 1000;
-    EXPECT_EQ(orv_df_kernel_dDFUserDefSearch1D64(6, x.data(), int64_t(s.size()), s.data(), &hint, 0,
-                                                 nullptr, 0, nullptr, c.data(), give_hints, &h,
-                                                 nullptr, flags.data()),
-              0);
+    EXPECT_EQ(walk(orv_df_kernel_dDFUserDefSearch1D64), 0);
     EXPECT_EQ(c, h.cell);
     h.result = -5;
-    EXPECT_EQ(orv_df_kernel_dDFUserDefSearch1D64Pack(6, x.data(), int64_t(s.size()), s.data(), &hint,
-                                                     0, nullptr, 0, nullptr, c.data(), give_hints,
-                                                     &h, nullptr, flags.data()),
-              -5);
+    EXPECT_EQ(walk(orv_df_kernel_dDFUserDefSearch1D64Pack), -5);
 }
-
 
 TEST(Search1D, KindSelectionStatusesAndTeams) {
     for (int64_t xhint : {1, 2, 4}) {
@@ -212,16 +203,14 @@ TEST(Search1D, KindSelectionStatusesAndTeams) {
         for (int64_t i = 0; i < 5000; ++i)
             ASSERT_EQ(c[i], ref_cell(d.x, ends[0] + double(i) * ((ends[1] - ends[0]) / 4999.0)));
         std::vector<double> sorted = d.site;
-        std::sort(sorted.begin(), sorted.end(), [](double a, double b) { return std::isnan(b) ? !std::isnan(a) : a < b; });
+        std::sort(sorted.begin(), sorted.end(), nan_last);
         ASSERT_EQ(orv_df_kernel_dDFSearch1D(t, 0, n, sorted.data(), DF_SITES_SORTED, bad, c.data(),
                                             nullptr, nullptr, nullptr), 0);
         for (int64_t i = 0; i < n; ++i) ASSERT_EQ(c[i], ref_cell(d.x, sorted[i]));
         ASSERT_EQ(orv_df_kernel_dDFSearch1D(t, 0, n, d.site.data(), 0, bad, c.data(), zero_hints,
                                             nullptr, &dftest::kThree), 0);
         for (int64_t i = 0; i < n; ++i)
-            if (d.site[i] != d.x[0] || xhint == 4) {
-                ASSERT_EQ(c[i], ref_cell(d.x, d.site[i]));
-            }
+            if (d.site[i] != d.x[0] || xhint == 4) { ASSERT_EQ(c[i], ref_cell(d.x, d.site[i])); }
         orv_df_kernel_DeleteTask(&t);
     }
     EXPECT_EQ(orv_df_kernel_dDFSearch1D(nullptr, 0, 1, nullptr, 0, nullptr, nullptr, nullptr,

@@ -48,11 +48,8 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(ModeParser, TokensNearTheEndOfTheBufferAreSkipped) {
     // 35 tokens "VTM_HA" joined by commas take 244 bytes.
-    std::string ok;
-    for (int i = 0; i < 35; ++i) {
-        if (i) ok += ',';
-        ok += "VTM_HA";
-    }
+    std::string ok = "VTM_HA";
+    for (int i = 1; i < 35; ++i) ok += ",VTM_HA";
     ASSERT_EQ(ok.size(), 244u);
     EXPECT_EQ(orv::frame::parse_mode_text(ok.c_str()), 0x2);
     // A name that would reach past position 255 is skipped, so the parse fails.
@@ -102,12 +99,10 @@ TEST(ModeWord, SetModeReturnsTheWordBeforeTheMerge) {
 TEST(ModeWord, TableIndexFollowsTheAccuracyField) {
     std::thread([] {
         EXPECT_EQ(orv_vtm_kernel_GetTTableIndex(), 1);
-        _vtmSetMode(VTM_LA);
-        EXPECT_EQ(orv_vtm_kernel_GetTTableIndex(), 0);
-        _vtmSetMode(VTM_EP);
-        EXPECT_EQ(orv_vtm_kernel_GetTTableIndex(), 2);
-        _vtmSetMode(0xC);  // no range check
-        EXPECT_EQ(orv_vtm_kernel_GetTTableIndex(), 11);
+        for (auto [mode, index] : {std::pair{VTM_LA, 0}, {VTM_EP, 2}, {0xCu, 11}}) {  // 0xC: no range check
+            _vtmSetMode(mode);
+            EXPECT_EQ(orv_vtm_kernel_GetTTableIndex(), index) << mode;
+        }
     }).join();
     std::thread([] {
         EXPECT_EQ(orv_vtm_kernel_GetTTableIndexM(12345, 0x1A03), 2);

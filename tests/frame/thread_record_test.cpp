@@ -72,16 +72,13 @@ TEST(ThreadRecord, ProcessEndingDoesNothingAndUnloadReleasesEverything) {
 TEST(ThreadRecord, RefusedLoadPrintsMessage773) {
     orv::fault::DisarmOnExit g;
     ASSERT_EQ(fr::module_entry(nullptr, fr::kProcessDetach, nullptr), 1);
-    orv::fault::arm(orv::fault::kTlsAlloc, 0, orv::fault::kEveryHit);
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(fr::module_entry(nullptr, fr::kProcessAttach, nullptr), 0);
-    EXPECT_NE(testing::internal::GetCapturedStderr().find("per-thread state"), std::string::npos);
-    orv::fault::disarm_all();
-    orv::fault::arm(orv::fault::kHeapCreate, 0, orv::fault::kEveryHit);
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(fr::module_entry(nullptr, fr::kProcessAttach, nullptr), 0);  // slot made, heap not
-    EXPECT_NE(testing::internal::GetCapturedStderr().find("per-thread state"), std::string::npos);
-    orv::fault::disarm_all();
+    for (auto point : {orv::fault::kTlsAlloc, orv::fault::kHeapCreate}) {  // no slot; a slot but no heap
+        orv::fault::arm(point, 0, orv::fault::kEveryHit);
+        testing::internal::CaptureStderr();
+        EXPECT_EQ(fr::module_entry(nullptr, fr::kProcessAttach, nullptr), 0);
+        EXPECT_NE(testing::internal::GetCapturedStderr().find("per-thread state"), std::string::npos);
+        orv::fault::disarm_all();
+    }
     EXPECT_EQ(fr::module_entry(nullptr, fr::kProcessAttach, nullptr), 1);
 }
 

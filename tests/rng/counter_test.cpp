@@ -28,17 +28,10 @@ u128 counter_of(const uint32_t c[4]) {
 
 // Block j after the seeded counter, from Random123.
 std::vector<uint32_t> reference_block(int32_t id, const uint32_t* key, u128 ctr) {
-    if (id == ORV_BRNG_PHILOX4X32X10) {
-        philox4x32_ctr_t c = {{static_cast<uint32_t>(ctr), static_cast<uint32_t>(ctr >> 32),
-                               static_cast<uint32_t>(ctr >> 64), static_cast<uint32_t>(ctr >> 96)}};
-        philox4x32_key_t k = {{key[0], key[1]}};
-        const auto r = philox4x32_R(10, c, k);
-        return {r.v[0], r.v[1], r.v[2], r.v[3]};
-    }
-    ars4x32_ctr_t c = {{static_cast<uint32_t>(ctr), static_cast<uint32_t>(ctr >> 32), static_cast<uint32_t>(ctr >> 64),
-                        static_cast<uint32_t>(ctr >> 96)}};
-    ars4x32_key_t k = {{key[0], key[1], key[2], key[3]}};
-    const auto r = ars4x32_R(5, c, k);
+    const uint32_t w[4] = {uint32_t(ctr), uint32_t(ctr >> 32), uint32_t(ctr >> 64), uint32_t(ctr >> 96)};
+    const auto r = id == ORV_BRNG_PHILOX4X32X10
+                       ? philox4x32_R(10, philox4x32_ctr_t{{w[0], w[1], w[2], w[3]}}, philox4x32_key_t{{key[0], key[1]}})
+                       : ars4x32_R(5, ars4x32_ctr_t{{w[0], w[1], w[2], w[3]}}, ars4x32_key_t{{key[0], key[1], key[2], key[3]}});
     return {r.v[0], r.v[1], r.v[2], r.v[3]};
 }
 

@@ -3,8 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <tuple>
 
 #include <orv/rng.h>
+
+#include "stream_util.h"
 
 namespace {
 
@@ -18,9 +21,8 @@ TEST_P(BaseOffset, MapsNumbersToTableRowAndSubGenerator) {
     const Mapping m = GetParam();
     uint32_t row = 99, sub = 99;
     const BrngRow* t = __vstGetBrngBaseOffset(m.id, &row, &sub);
-    EXPECT_EQ(t, m.second ? static_cast<const BrngRow*>(__RegBrngsNew) : __RegBrngs);
-    EXPECT_EQ(row, m.row);
-    EXPECT_EQ(sub, m.sub);
+    EXPECT_EQ(std::make_tuple(t, row, sub),
+              std::make_tuple(m.second ? static_cast<const BrngRow*>(__RegBrngsNew) : __RegBrngs, m.row, m.sub));
 }
 
 INSTANTIATE_TEST_SUITE_P(Numbers, BaseOffset,
@@ -43,9 +45,7 @@ TEST_P(Properties, ValidNumbersGiveTheirRowOthersMinus1000) {
     uint32_t r = 0, s = 0;
     const BrngRow* t = __vstGetBrngBaseOffset(static_cast<uint32_t>(v.id), &r, &s);
     EXPECT_EQ(__vstIsBrngValid(t, static_cast<int32_t>(r), static_cast<int32_t>(s)), v.status);
-    if (v.status == 0) {
-        EXPECT_EQ(0, std::memcmp(&row, &t[r], sizeof row));
-    }
+    if (v.status == 0) { EXPECT_EQ(0, std::memcmp(&row, &t[r], sizeof row)); }
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -120,18 +120,11 @@ TEST(NewStream, RefusalsLeaveTheOutputUntouched) {
     void* s = nullptr;
     EXPECT_EQ(__vstDeleteStream(&s), 0);
     ASSERT_EQ(__vstNewStreamEx(&s, ORV_BRNG_MRG32K3A, 6, nullptr), 0);  // seeds as no words
-    uint32_t w[2];
-    void* t = nullptr;
-    ASSERT_EQ(__vstNewStreamEx(&t, ORV_BRNG_MRG32K3A, 0, nullptr), 0);
-    __vstiBRngMRG32K3A(s, 1, w);
-    __vstiBRngMRG32K3A(t, 1, w + 1);
-    EXPECT_EQ(w[0], w[1]);
-    __vstDeleteStream(&t);
+    EXPECT_EQ(rngtest::words(s, 2), rngtest::Stream(ORV_BRNG_MRG32K3A, {}).words(2));
     __vstDeleteStream(&s);
     ASSERT_EQ(__vstNewStreamEx(&s, 2, 1, &seed), 0);  // first numbering
-    uint32_t* words = reinterpret_cast<uint32_t*>(s);
-    EXPECT_EQ(words[0], 2u);
-    EXPECT_EQ(words[1], 1u);  // mark
+    const uint32_t* head = reinterpret_cast<uint32_t*>(s);
+    EXPECT_EQ(std::vector<uint32_t>(head, head + 2), (std::vector<uint32_t>{2, 1}));  // generator, mark
     EXPECT_EQ(__vstGetStreamStateBrng(s), 2u);
     __vstDeleteStream(&s);
 }

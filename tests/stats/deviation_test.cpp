@@ -50,10 +50,7 @@ TEST_P(Deviations, MatchScipyAndNumpy) {
     ASSERT_FALSE(cases.empty());
     for (const kat::Case& k : cases) {
         SCOPED_TRACE("n " + std::to_string(k.n));
-        if (dbl)
-            check<double>(k, by_obs, weighted);
-        else
-            check<float>(k, by_obs, weighted);
+        (dbl ? check<double> : check<float>)(k, by_obs, weighted);
     }
 }
 

@@ -65,10 +65,7 @@ TEST_P(Quantiles, MatchNumpy) {
     ASSERT_FALSE(f.cases.empty());
     for (const kat::Case& k : f.cases) {
         SCOPED_TRACE("n " + std::to_string(k.n));
-        if (dbl)
-            check<double>(k, orders, by_obs, os_layout, masked);
-        else
-            check<float>(k, orders, by_obs, os_layout, masked);
+        (dbl ? check<double> : check<float>)(k, orders, by_obs, os_layout, masked);
     }
 }
 

@@ -53,10 +53,7 @@ void check(const kat::Case& r, bool x_obs, bool out_obs, bool masked, bool in_pl
 TEST_P(Sort, MatchesNumpy) {
     const auto [dbl, x_obs, out_obs, masked, in_place] = GetParam();
     for (const kat::Case& r : kat::read("order_kat.txt").cases) {
-        if (dbl)
-            check<double>(r, x_obs, out_obs, masked, in_place);
-        else
-            check<float>(r, x_obs, out_obs, masked, in_place);
+        (dbl ? check<double> : check<float>)(r, x_obs, out_obs, masked, in_place);
     }
 }
 

@@ -82,10 +82,7 @@ void check(bool by_obs, double eps_d) {
 
 TEST_P(StreamQuantiles, WithinEpsilonRanks) {
     const auto [dbl, by_obs, eps] = GetParam();
-    if (dbl)
-        check<double>(by_obs, eps);
-    else
-        check<float>(by_obs, eps);
+    (dbl ? check<double> : check<float>)(by_obs, eps);
 }
 
 INSTANTIATE_TEST_SUITE_P(All, StreamQuantiles,

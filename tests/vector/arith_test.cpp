@@ -78,9 +78,7 @@ TEST(LinearFrac, EachCaseOfTheScalars) {
     const double bb[3] = {1, 2, -1};
     ErrorCapture cap;
     _vtmdLinearFrac(3, a, bb, 0, 3, 1, 1, r);
-    EXPECT_EQ(r[0], 1.5);
-    EXPECT_EQ(r[1], 1.0);
-    EXPECT_EQ(r[2], kInf);
+    EXPECT_EQ(std::vector<double>(r, r + 3), (std::vector<double>{1.5, 1.0, kInf}));
     EXPECT_EQ(_vtmGetErrStatus(), 0);
 }
 

@@ -16,6 +16,7 @@
 #include <fstream>
 #include <map>
 #include <sstream>
+#include <tuple>
 #include <vector>
 
 #include "capture.h"
@@ -204,14 +205,11 @@ void check_strided(const Kernels& k, const Stride& s, int n) {
         written[size_t(&r[long(i) * s.incr] - rbuf.data())] = true;
     }
     for (size_t j = 0; j < rbuf.size(); ++j)
-        if (!written[j]) {
-            ASSERT_EQ(rbuf[j], T(-5)) << "touched a gap";
-        }
+        if (!written[j]) { ASSERT_EQ(rbuf[j], T(-5)) << "touched a gap"; }
     ASSERT_EQ(cap.errors().size(), want.size()) << k.name << " n=" << n;
     for (size_t e = 0; e < want.size(); ++e) {
         const SeenError& got = cap.errors()[e];
-        EXPECT_EQ(got.index, want[e].index) << k.name;
-        EXPECT_EQ(got.code, want[e].code) << k.name;
+        EXPECT_EQ(std::tie(got.index, got.code), std::tie(want[e].index, want[e].code)) << k.name;
         EXPECT_TRUE(same_value(got.arg1, want[e].arg1)) << k.name;
         EXPECT_EQ(got.name, unit ? want[e].name : strided_errname((sizeof(T) == 4 ? "s" : "d") + k.name + "I"));
     }

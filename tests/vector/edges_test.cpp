@@ -9,6 +9,7 @@
 #include <cmath>
 #include <limits>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "capture.h"
@@ -72,13 +73,9 @@ void check(const Edge& e) {
             ASSERT_EQ(cap.errors().size(), e.status ? 1u : 0u) << where;
             if (!e.status) continue;
             const SeenError& r = cap.errors()[0];
-            EXPECT_EQ(r.code, e.status);
-            EXPECT_EQ(r.index, at);
-            EXPECT_EQ(r.name, name);
+            EXPECT_EQ(std::tie(r.code, r.index, r.name), std::tie(e.status, at, name)) << where;
             EXPECT_TRUE(same_value(r.arg1, double(T(e.x)))) << where;
-            if (two) {
-                EXPECT_TRUE(same_value(r.arg2, double(T(e.y)))) << where;
-            }
+            if (two) { EXPECT_TRUE(same_value(r.arg2, double(T(e.y)))) << where; }
             EXPECT_TRUE(same_value(r.res1, double(got))) << where;
         }
 }

@@ -59,15 +59,13 @@ TYPED_TEST(Pack, ByIncrementBothWaysAtBothWidths) {
                 const size_t span = size_t(std::max(n, 1)) * size_t(std::llabs(inc));
                 std::vector<T> a(span), y(n + 1, make<T>(99));
                 for (size_t i = 0; i < span; ++i) a[i] = make<T>(int(i));
-                const T* base = inc < 0 ? a.data() + (n - 1) : a.data();
-                if (n == 0) base = a.data();
+                const T* base = a.data() + (inc < 0 && n > 0 ? n - 1 : 0);
                 Kit<T>::packI(n, base, inc, y.data(), width);
                 for (int i = 0; i < n; ++i) ASSERT_TRUE(same(y[i], base[i * inc])) << n << " " << inc;
                 ASSERT_TRUE(same(y[n], make<T>(99)));
                 // Unpack into a fresh array: the gaps stay as they were.
                 std::vector<T> z(span, make<T>(77));
-                T* zb = inc < 0 ? z.data() + (n - 1) : z.data();
-                if (n == 0) zb = z.data();
+                T* zb = z.data() + (inc < 0 && n > 0 ? n - 1 : 0);
                 Kit<T>::unpackI(n, y.data(), zb, inc, width);
                 std::vector<bool> hit(span);
                 for (int i = 0; i < n; ++i) {
@@ -75,9 +73,7 @@ TYPED_TEST(Pack, ByIncrementBothWaysAtBothWidths) {
                     hit[size_t(&zb[i * inc] - z.data())] = true;
                 }
                 for (size_t j = 0; j < span; ++j)
-                    if (!hit[j]) {
-                        ASSERT_TRUE(same(z[j], make<T>(77)));
-                    }
+                    if (!hit[j]) { ASSERT_TRUE(same(z[j], make<T>(77))); }
             }
         }
     }
@@ -144,17 +140,15 @@ TEST(PackWidth, MaskMemoryReadAtTheSelectedWidth) {
     const int32_t mask[4] = {0, 1, 0, 0};
     const double a[4] = {10, 11, 12, 13};
     double y[4] = {0, 0, 0, 0};
+    using V = std::vector<double>;
     _vtmdPackM(4, a, mask, y, 1);
-    EXPECT_EQ(y[0], 11);
-    EXPECT_EQ(y[1], 0);
+    EXPECT_EQ(V(y, y + 2), (V{11, 0}));
     y[0] = 0;
     _vtmdPackM(2, a, mask, y, 0);
-    EXPECT_EQ(y[0], 10);
-    EXPECT_EQ(y[1], 0);
+    EXPECT_EQ(V(y, y + 2), (V{10, 0}));
     // At width 1 only the low half of n counts.
     _vtmdPackI((1LL << 32) + 3, a, 1, y, 1);
-    EXPECT_EQ(y[2], 12);
-    EXPECT_EQ(y[3], 0);
+    EXPECT_EQ(V(y + 2, y + 4), (V{12, 0}));
 }
 
 TEST(PackWidth, NoThreadRecordAndNoFloatingPointState) {

@@ -160,15 +160,9 @@ void check_shape(int n, int inc) {
                 EXPECT_EQ(s.index, i);
                 EXPECT_NE(s.code, 0);
                 EXPECT_TRUE(same(s.arg1, re_of(x))) << i;
-                if constexpr (kInC) {
-                    EXPECT_TRUE(same(s.arg1_im, im_of(x))) << i;
-                }
-                if constexpr (kBin) {
-                    EXPECT_EQ(s.arg2, re_of(y));
-                }
-                if constexpr (S::kShape == Shape::ScalarParam) {
-                    EXPECT_EQ(s.arg2, S::param());
-                }
+                if constexpr (kInC) { EXPECT_TRUE(same(s.arg1_im, im_of(x))) << i; }
+                if constexpr (kBin) { EXPECT_EQ(s.arg2, re_of(y)); }
+                if constexpr (S::kShape == Shape::ScalarParam) { EXPECT_EQ(s.arg2, S::param()); }
                 EXPECT_TRUE(same(s.res1, re_of(e1))) << i;
                 if constexpr (kTwo) {
                     EXPECT_TRUE(same(s.res2, e2));
@@ -187,9 +181,7 @@ void check_shape(int n, int inc) {
                 }
             }
             EXPECT_TRUE(same(r1[size_t(i) * inc], e1)) << "element " << i << " inc " << inc;
-            if constexpr (kTwo) {
-                EXPECT_TRUE(same(r2[size_t(i) * inc], e2)) << i;
-            }
+            if constexpr (kTwo) { EXPECT_TRUE(same(r2[size_t(i) * inc], e2)) << i; }
         }
         EXPECT_EQ(k, seen.size());
     }

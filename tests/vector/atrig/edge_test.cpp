@@ -41,10 +41,8 @@ TEST(Atan2, ZerosAndInfinitiesBySigns) {
         const double want = std::atan2(ys[i], xs[i]);
         const double want_pi = std::copysign(std::round(std::fabs(want) / M_PI * 4) / 4, want);
         const auto same = [](double a, double b) { return a == b && std::signbit(a) == std::signbit(b); };
-        EXPECT_TRUE(same(rd[i], want)) << ys[i] << ", " << xs[i] << " gave " << rd[i];
-        EXPECT_TRUE(same(rf[i], float(want))) << ys[i] << ", " << xs[i] << " gave " << rf[i];
-        EXPECT_TRUE(same(rdp[i], want_pi)) << ys[i] << ", " << xs[i] << " gave " << rdp[i];
-        EXPECT_TRUE(same(rfp[i], want_pi)) << ys[i] << ", " << xs[i] << " gave " << rfp[i];
+        EXPECT_TRUE(same(rd[i], want) && same(rf[i], float(want)) && same(rdp[i], want_pi) && same(rfp[i], want_pi))
+            << ys[i] << ", " << xs[i] << " gave " << rd[i] << " " << rf[i] << " " << rdp[i] << " " << rfp[i];
     }
     EXPECT_EQ(_vtmGetErrStatus(), 0);
     EXPECT_TRUE(cap.errors().empty());

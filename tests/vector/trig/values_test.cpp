@@ -79,12 +79,7 @@ TEST(TrigValues, HardCasesOfTheReduction) {
         std::string fmt, hex;
         ls >> fmt >> hex;
         const double x = std::strtod(hex.c_str(), nullptr);
-        for (const Fn& f : kFns) {
-            if (fmt == "s")
-                check<float>(f, float(x));
-            else
-                check<double>(f, x);
-        }
+        for (const Fn& f : kFns) fmt == "s" ? check<float>(f, float(x)) : check<double>(f, x);
         ++count;
     }
     EXPECT_GE(count, 40);
