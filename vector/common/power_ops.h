@@ -88,4 +88,47 @@ inline VD not_normal(VD x) { return simd::outside(abs_of(x), 0x00100000u, 0x7FE0
 // to the exponent field: v and the result in the normal range.
 inline VD scale_by_t(VD v, VI64 t) { return dbits(add64(ibits(v), simd::as<VI64>(simd::as<VU64>(and64(t, 0x3FFC0)) << 46))); }
 
+// The low and high halves of 32-bit integer lanes converted to double
+// (exact). Scalar meaning: lo[i] = double(k[i]), hi[i] = double(k[i + W/2])
+// for W lanes of k.
+using VIHalf = int32_t __attribute__((vector_size(simd::kBytes / 2)));
+inline VD int_lo_to_double(simd::VI32 k) {
+    VIHalf h;
+    __builtin_memcpy(&h, &k, sizeof h);
+    return __builtin_convertvector(h, VD);
+}
+inline VD int_hi_to_double(simd::VI32 k) {
+    VIHalf h;
+    __builtin_memcpy(&h, reinterpret_cast<const char*>(&k) + sizeof h, sizeof h);
+    return __builtin_convertvector(h, VD);
+}
+// Two lane masks of doubles (all ones or zero) as one mask of float lanes
+// whose sign bits are those of the double lanes (all ones converts to a
+// quiet NaN of the same sign). Scalar meaning: r[i] = lo[i], r[i + W/2] =
+// hi[i] as far as the sign bit goes.
+inline VF mask_narrow(VD lo, VD hi) { return simd::narrow(lo, hi); }
+
+// The low and high halves of a float register widened to double, as
+// simd::widen_lo / widen_hi (same values), by one conversion each: the
+// generic conversion of a half-register vector is split by the compiler
+// into 128-bit pieces in the wide builds.
+inline VD widen_lo(VF x) {
+#if ORV_SIMD_BYTES == 64
+    return (VD)_mm512_cvtps_pd(_mm512_castps512_ps256((__m512)x));
+#elif ORV_SIMD_BYTES == 32
+    return (VD)_mm256_cvtps_pd(_mm256_castps256_ps128((__m256)x));
+#else
+    return (VD)_mm_cvtps_pd((__m128)x);
+#endif
+}
+inline VD widen_hi(VF x) {
+#if ORV_SIMD_BYTES == 64
+    return (VD)_mm512_cvtps_pd(_mm512_extractf32x8_ps((__m512)x, 1));
+#elif ORV_SIMD_BYTES == 32
+    return (VD)_mm256_cvtps_pd(_mm256_extractf128_ps((__m256)x, 1));
+#else
+    return (VD)_mm_cvtps_pd(_mm_movehl_ps((__m128)x, (__m128)x));
+#endif
+}
+
 }  // namespace orv::vec::power_ops
