@@ -7,11 +7,12 @@ The step, all in double:
   x = 2^k z, z in [0x1.66p-1, 0x1.66p0) (bits of x less those of
   0x1.66p-1: k is the exponent field, i the next 4 bits), row i of 16 gives
   invc (1/c rounded to 28 bits, so z invc is exact; 1 for the row that
-  holds 1) and logc = -log2(invc) rounded to double; r = z invc - 1 exactly,
-  |r| <= H = 0.0297, and
-    log2 x = (k + logc) + r Q(r),
+  holds 1) and logc = -16 log2(invc) rounded to double; r = z invc - 1
+  exactly, |r| <= H = 0.0297, and
+    16 log2 x = (16 k + logc) + r Q(r),
   Q of degree 5 fitted by the Remez exchange (tools/fit_minimax.py) to
-  log2(1 + r) / r on [-H, H].
+  16 log2(1 + r) / r on [-H, H] (the factor 16 is a power of two: the
+  step's products are those of log2 x, scaled exactly).
   t = y log2 x; 16 t = m + u with m an integer, |u| <= 1/2;
     2^t = 2^(m / 16) (1 + u P(u)),
   P of degree 3 fitted to (2^(u / 16) - 1) / u on [-1/2, 1/2]; 2^(j / 16)
@@ -72,7 +73,7 @@ def log_rows():
         else:
             invc = round_bits(2 / (a + b), 28)
         rmax = max(rmax, abs(a * invc - 1), abs(b * invc - 1))
-        logc = -mp.log(mp.mpf(invc.numerator) / invc.denominator, 2)
+        logc = -16 * mp.log(mp.mpf(invc.numerator) / invc.denominator, 2)
         rows.append((float(invc), float(logc)))
         assert Fraction(float(invc)) == invc
     return rows, rmax
@@ -89,8 +90,8 @@ def exp_rows():
 def q_log(r):
     r = Decimal(r)
     if abs(r) < Decimal("1e-30"):
-        return 1 / Decimal(2).ln()
-    return (1 + r).ln() / Decimal(2).ln() / r
+        return 16 / Decimal(2).ln()
+    return 16 * (1 + r).ln() / Decimal(2).ln() / r
 
 
 def p_exp(u):
@@ -101,13 +102,6 @@ def p_exp(u):
     return ((u * a).exp() - 1) / u
 
 
-def rel_error(coef, f, lo, hi, grid=20000):
-    """Largest |u c(u) - u f(u)| / |g| over the grid, g the function's value
-    (log2(1 + r) or 2^(u/32) respectively, passed in by f's caller)."""
-    cd = [Decimal(v) for v in coef]
-    return fm.max_error(f, cd, lo, hi, lambda x: 1, grid=grid)
-
-
 def main():
     rows, rmax = log_rows()
     assert rmax <= Fraction(str(H)), float(rmax)
@@ -116,7 +110,7 @@ def main():
     # Errors relative to the functions' values: |r Q(r) - log2(1 + r)| <=
     # |r| e_q, and log2(1 + r) >= |r| / (ln 2 (1 + H)) for |r| <= H.
     eq = fm.max_error(q_log, [Decimal(v) for v in qc], -H, H, lambda r: 1)
-    rel_log = eq * Decimal(2).ln() * (1 + H)
+    rel_log = eq / 16 * Decimal(2).ln() * (1 + H)
     ep = fm.max_error(p_exp, [Decimal(v) for v in pc], Decimal(-0.5), Decimal(0.5), lambda u: u)
     rel_exp = ep / Decimal(2) ** (Decimal(-1) / 32)
     lg = lambda e: float(e.ln() / Decimal(2).ln())  # noqa: E731
@@ -131,7 +125,7 @@ def main():
     out.append("")
     out.append("namespace orv::power {")
     out.append("")
-    out.append(f"// {{1/c rounded to 28 bits, -log2(1/c)}}; x = 2^k z, row i = bits 19..22 of")
+    out.append(f"// {{1/c rounded to 28 bits, -16 log2(1/c)}}; x = 2^k z, row i = bits 19..22 of")
     out.append(f"// bits(x) - 0x{OFF:08X}; |z/c - 1| <= {float(rmax):.5f}.")
     out.append("alignas(64) inline constexpr double kSpowLog[16][2] = {")
     for a, b in rows:
@@ -144,7 +138,7 @@ def main():
         out.append(f"    {{{a.hex()}, {b.hex()}}},")
     out.append("};")
     out.append("")
-    out.append(f"// log2(1 + r) = r Q(r), |r| <= {H}, Q of degree 5 (Remez on log2(1 + r) / r);")
+    out.append(f"// 16 log2(1 + r) = r Q(r), |r| <= {H}, Q of degree 5 (Remez on 16 log2(1 + r) / r);")
     out.append(f"// relative error of the rounded polynomial 2^{lg(rel_log):.1f}.")
     out.append("inline constexpr double kSpowQ[6] = {" + ", ".join(v.hex() for v in qc) + "};")
     out.append(f"// 2^(u/16) = 1 + u P(u), |u| <= 1/2, P of degree 3 (Remez on (2^(u/16) - 1) / u);")

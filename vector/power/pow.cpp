@@ -252,7 +252,7 @@ struct PowD : PowBase<double, pow_callout<double>> {
 // float's half ulp of 2^-24), then one rounding to float. The table-driven
 // log2: x = 2^k z with z in [0x1.66p-1, 0x1.66p0), a 16-row table of 1/c
 // (28 bits, so that z/c - 1 is exact) and log2 c, log2(1 + r) by a degree-6
-// polynomial; then 2^t from 2^(m/16) (16 rows) times a degree-4
+// polynomial (all scaled by 16, exactly, to give 16 y log2 x at once); then 2^t from 2^(m/16) (16 rows) times a degree-4
 // polynomial, scaled by adding m to the entry's bits. Tables and
 // coefficients: vector/power/spow_tables.h (tools/gen_spow_tables.py).
 inline V2 spow_step(V2 x, V2 y) {
@@ -260,27 +260,26 @@ inline V2 spow_step(V2 x, V2 y) {
     constexpr double kShift = 0x1.8p52;
     const po::VI64 ix = po::ibits(x);
     const po::VI64 tmp = po::sub64(ix, po::splat64(kOff));
-    const V2 k = po::sar52_to_double(tmp);
+    const V2 k16 = po::sar52_times16(tmp);
     const V2 z = po::dbits(po::sub64(ix, po::and64(tmp, 0xFFF0000000000000ull)));
     V2 invc, logc;
-    orv::vec::gather::pairs_of<kSpowLog>(po::srl64<48>(tmp), 15, &invc, &logc);
+    po::rows16<kSpowLog>(po::srl64<48>(tmp), &invc, &logc);
     const V2 r = z * invc - splat(1.0);  // exact
     const V2 q = ((((splat(kSpowQ[5]) * r + splat(kSpowQ[4])) * r + splat(kSpowQ[3])) * r +
                    splat(kSpowQ[2])) * r + splat(kSpowQ[1])) * r + splat(kSpowQ[0]);
-    const V2 l = (k + logc) + r * q;  // log2 x
-    const V2 t16 = (y * l) * splat(16.0);
+    const V2 t16 = y * ((k16 + logc) + r * q);  // 16 y log2 x
     const V2 kd = t16 + splat(kShift);
     const V2 u = t16 - (kd - splat(kShift));  // |u| <= 1/2, exact
     const po::VI64 m = po::ibits(kd);        // m = round(16 t) in the low bits
     V2 e, unused;
-    orv::vec::gather::pairs_of<kSpowExp2>(m, 15, &e, &unused);
+    po::rows16<kSpowExp2>(m, &e, &unused);
     const V2 s = po::dbits(po::add64(po::ibits(e), simd::as<po::VI64>(simd::as<simd::VU64>(m) << 48)));
     const V2 p = (((splat(kSpowP[3]) * u + splat(kSpowP[2])) * u + splat(kSpowP[1])) * u + splat(kSpowP[0])) * u;
     return s * p + s;
 }
 inline VF pow_s_v(VF x, VF y) {
-    return simd::narrow(spow_step(po::widen_lo(x), po::widen_lo(y)),
-                        spow_step(po::widen_hi(x), po::widen_hi(y)));
+    return po::narrow(spow_step(po::widen_lo(x), po::widen_lo(y)),
+                      spow_step(po::widen_hi(x), po::widen_hi(y)));
 }
 
 // pow_special on a register of floats, lane for lane. The bound of
@@ -336,8 +335,9 @@ struct PowxEpD : PowBase<double, pow_callout<double>> {
 struct PowxLaS : PowS {};
 struct PowxEpS : PowS {};
 
-// Powx: blocks of 16 elements, the block step on every lane, then the
-// callout on the special lanes in ascending order with the error entry
+// Powx: blocks of the driver's size, the block step on every lane, then the
+// callout on the special lanes (single: found by the register test) in
+// ascending order with the error entry
 // (inputs a and a, as for a unary kernel, since b is a single value).
 template <typename K, bool Strided>
 void powx_run(int n, const typename K::T* a, long inca, typename K::T b, typename K::T* r,
@@ -350,9 +350,19 @@ void powx_run(int n, const typename K::T* a, long inca, typename K::T b, typenam
         T x[kB + R::kWidth], z[kB + R::kWidth];
         for (int l = 0; l < cnt; ++l) x[l] = a[(i0 + l) * inca];
         for (int l = cnt; l < kB + R::kWidth; ++l) x[l] = T(0.75);  // the filler of a short tail
-        for (int l = 0; l < cnt; l += R::kWidth) R::store(z + l, K::fastv(R::load(x + l), R::set1(b)));
+        uint64_t mask = 0;  // the special lanes
+        for (int l = 0; l < cnt; l += R::kWidth) {
+            const auto xv = R::load(x + l);
+            R::store(z + l, K::fastv(xv, R::set1(b)));
+            if constexpr (sizeof(T) == 4) mask |= uint64_t(orv::vec::simd::lanes(K::specialv(xv, R::set1(b)))) << l;
+        }
+        if constexpr (sizeof(T) == 4) mask &= cnt < 64 ? (uint64_t(1) << cnt) - 1 : ~uint64_t(0);
         for (int l = 0; l < cnt; ++l) {
-            if (!K::special(x[l], b)) continue;
+            if constexpr (sizeof(T) == 4) {
+                if (!(mask >> l & 1)) continue;
+            } else if (!K::special(x[l], b)) {
+                continue;
+            }
             const int32_t st = K::callout(x[l], b, &z[l]);
             if (st == 0) continue;
             T& slot = r[(i0 + l) * incr];

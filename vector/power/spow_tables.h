@@ -5,25 +5,25 @@
 
 namespace orv::power {
 
-// {1/c rounded to 28 bits, -log2(1/c)}; x = 2^k z, row i = bits 19..22 of
+// {1/c rounded to 28 bits, -16 log2(1/c)}; x = 2^k z, row i = bits 19..22 of
 // bits(x) - 0x3F330000; |z/c - 1| <= 0.02963.
 alignas(64) inline constexpr double kSpowLog[16][2] = {
-    {0x1.661ec6a000000p+0, -0x1.efec619b26afap-2},
-    {0x1.571ed3c000000p+0, -0x1.b0b67f39a28e1p-2},
-    {0x1.49539e4000000p+0, -0x1.7418ad01630bep-2},
-    {0x1.3c995a4000000p+0, -0x1.39de8df148b77p-2},
-    {0x1.30d1902000000p+0, -0x1.01d9bc0e67f76p-2},
-    {0x1.25e2270000000p+0, -0x1.97c1cac2fd722p-3},
-    {0x1.1bb4a40000000p+0, -0x1.2f9e32a7954e4p-3},
-    {0x1.12358e8000000p+0, -0x1.960cb07605a2ep-4},
-    {0x1.0953f3a000000p+0, -0x1.a6f9c63dab850p-5},
+    {0x1.661ec6a000000p+0, -0x1.efec619b26afap+2},
+    {0x1.571ed3c000000p+0, -0x1.b0b67f39a28e1p+2},
+    {0x1.49539e4000000p+0, -0x1.7418ad01630bep+2},
+    {0x1.3c995a4000000p+0, -0x1.39de8df148b77p+2},
+    {0x1.30d1902000000p+0, -0x1.01d9bc0e67f76p+2},
+    {0x1.25e2270000000p+0, -0x1.97c1cac2fd722p+1},
+    {0x1.1bb4a40000000p+0, -0x1.2f9e32a7954e4p+1},
+    {0x1.12358e8000000p+0, -0x1.960cb07605a2ep+0},
+    {0x1.0953f3a000000p+0, -0x1.a6f9c63dab850p-1},
     {0x1.0000000000000p+0, 0x0.0p+0},
-    {0x1.e573aca000000p-1, 0x1.3aa2fd112ce64p-4},
-    {0x1.ca4b306000000p-1, 0x1.476a9f57539c0p-3},
-    {0x1.b203640000000p-1, 0x1.e840bea311339p-3},
-    {0x1.9c2d14e000000p-1, 0x1.406463e4e77b0p-2},
-    {0x1.886e5f0000000p-1, 0x1.88e9c756705f5p-2},
-    {0x1.767dce4000000p-1, 0x1.ce0a4930a17ffp-2},
+    {0x1.e573aca000000p-1, 0x1.3aa2fd112ce64p+0},
+    {0x1.ca4b306000000p-1, 0x1.476a9f57539c0p+1},
+    {0x1.b203640000000p-1, 0x1.e840bea311339p+1},
+    {0x1.9c2d14e000000p-1, 0x1.406463e4e77b0p+2},
+    {0x1.886e5f0000000p-1, 0x1.88e9c756705f5p+2},
+    {0x1.767dce4000000p-1, 0x1.ce0a4930a17ffp+2},
 };
 
 // {2^(j/16) with j 2^48 subtracted from its bits, 0}.
@@ -46,9 +46,9 @@ alignas(64) inline constexpr double kSpowExp2[16][2] = {
     {0x1.fa4afa2a490dap-1, 0x0.0p+0},
 };
 
-// log2(1 + r) = r Q(r), |r| <= 0.0297, Q of degree 5 (Remez on log2(1 + r) / r);
+// 16 log2(1 + r) = r Q(r), |r| <= 0.0297, Q of degree 5 (Remez on 16 log2(1 + r) / r);
 // relative error of the rounded polynomial 2^-38.2.
-inline constexpr double kSpowQ[6] = {0x1.71547652bd0dap+0, -0x1.71547652eb4c5p-1, 0x1.ec7097b447771p-2, -0x1.71546b203abbep-2, 0x1.27be50202a719p-2, -0x1.ed1795f19d89ap-3};
+inline constexpr double kSpowQ[6] = {0x1.71547652bd0dap+4, -0x1.71547652eb4c5p+3, 0x1.ec7097b447771p+2, -0x1.71546b203abbep+2, 0x1.27be50202a719p+2, -0x1.ed1795f19d89ap+1};
 // 2^(u/16) = 1 + u P(u), |u| <= 1/2, P of degree 3 (Remez on (2^(u/16) - 1) / u);
 // relative error of the rounded polynomial 2^-37.5.
 inline constexpr double kSpowP[4] = {0x1.62e42fee4615cp-5, 0x1.ebfbdff5a63f2p-11, 0x1.c6b3488221e73p-17, 0x1.3b2c9b8bdc169p-23};
