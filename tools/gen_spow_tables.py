@@ -15,7 +15,8 @@ The step, all in double:
   step's products are those of log2 x, scaled exactly).
   t = y log2 x; 16 t = m + u with m an integer, |u| <= 1/2;
     2^t = 2^(m / 16) (1 + u P(u)),
-  P of degree 3 fitted to (2^(u / 16) - 1) / u on [-1/2, 1/2]; 2^(j / 16)
+  P of degree 3 fitted to (2^(u / 16) - 1) / u on [-1/2, 1/2] (the
+  cheaper Powx tiers: Q of degree 4 (LA) or 3 (EP), P of degree 2); 2^(j / 16)
   for j = m mod 16 comes from a table of 16 rows whose entries have j 2^48
   subtracted from their bits, so that adding m 2^48 to the bits of the
   entry gives 2^(m / 16) whatever m's sign. (The rows are pairs, the
@@ -105,17 +106,26 @@ def p_exp(u):
 def main():
     rows, rmax = log_rows()
     assert rmax <= Fraction(str(H)), float(rmax)
-    qc = [float(v) for v in fm.remez(q_log, -H, H, 5)]
-    pc = [float(v) for v in fm.remez(p_exp, Decimal(-0.5), Decimal(0.5), 3)]
-    # Errors relative to the functions' values: |r Q(r) - log2(1 + r)| <=
-    # |r| e_q, and log2(1 + r) >= |r| / (ln 2 (1 + H)) for |r| <= H.
-    eq = fm.max_error(q_log, [Decimal(v) for v in qc], -H, H, lambda r: 1)
-    rel_log = eq / 16 * Decimal(2).ln() * (1 + H)
-    ep = fm.max_error(p_exp, [Decimal(v) for v in pc], Decimal(-0.5), Decimal(0.5), lambda u: u)
-    rel_exp = ep / Decimal(2) ** (Decimal(-1) / 32)
     lg = lambda e: float(e.ln() / Decimal(2).ln())  # noqa: E731
-    print(f"max |r| {float(rmax):.5f}; log2 polynomial relative error 2^{lg(rel_log):.1f}; "
-          f"exp2 polynomial relative error 2^{lg(rel_exp):.1f}", file=sys.stderr)
+    two = Decimal(2)
+
+    def fit_q(deg):
+        c = [float(v) for v in fm.remez(q_log, -H, H, deg)]
+        # |r Q(r) - 16 log2(1 + r)| <= |r| e_q, and 16 log2(1 + r) >= 16 |r| / (ln 2 (1 + H)).
+        e = fm.max_error(q_log, [Decimal(v) for v in c], -H, H, lambda r: 1)
+        return c, e / 16 * two.ln() * (1 + H)
+
+    def fit_p(deg):
+        c = [float(v) for v in fm.remez(p_exp, Decimal(-0.5), Decimal(0.5), deg)]
+        e = fm.max_error(p_exp, [Decimal(v) for v in c], Decimal(-0.5), Decimal(0.5), lambda u: u)
+        return c, e / two ** (Decimal(-1) / 32)
+
+    # HA: Q of degree 5, P of degree 3; the cheaper Powx tiers: LA Q 4, P 2;
+    # EP Q 3, P 2.
+    qfits = {d: fit_q(d) for d in (5, 4, 3)}
+    pfits = {d: fit_p(d) for d in (3, 2)}
+    print(f"max |r| {float(rmax):.5f}; " + ", ".join(f"Q{d} 2^{lg(e):.1f}" for d, (_, e) in qfits.items()) +
+          "; " + ", ".join(f"P{d} 2^{lg(e):.1f}" for d, (_, e) in pfits.items()), file=sys.stderr)
 
     out = []
     out.append("// Made by tools/gen_spow_tables.py (do not edit): the tables and")
@@ -138,12 +148,14 @@ def main():
         out.append(f"    {{{a.hex()}, {b.hex()}}},")
     out.append("};")
     out.append("")
-    out.append(f"// 16 log2(1 + r) = r Q(r), |r| <= {H}, Q of degree 5 (Remez on 16 log2(1 + r) / r);")
-    out.append(f"// relative error of the rounded polynomial 2^{lg(rel_log):.1f}.")
-    out.append("inline constexpr double kSpowQ[6] = {" + ", ".join(v.hex() for v in qc) + "};")
-    out.append(f"// 2^(u/16) = 1 + u P(u), |u| <= 1/2, P of degree 3 (Remez on (2^(u/16) - 1) / u);")
-    out.append(f"// relative error of the rounded polynomial 2^{lg(rel_exp):.1f}.")
-    out.append("inline constexpr double kSpowP[4] = {" + ", ".join(v.hex() for v in pc) + "};")
+    for d, (c, e) in qfits.items():
+        out.append(f"// 16 log2(1 + r) = r Q(r), |r| <= {H}, Q of degree {d} (Remez on 16 log2(1 + r) / r);")
+        out.append(f"// relative error of the rounded polynomial 2^{lg(e):.1f}.")
+        out.append(f"inline constexpr double kSpowQ{d}[{d + 1}] = {{" + ", ".join(v.hex() for v in c) + "};")
+    for d, (c, e) in pfits.items():
+        out.append(f"// 2^(u/16) = 1 + u P(u), |u| <= 1/2, P of degree {d} (Remez on (2^(u/16) - 1) / u);")
+        out.append(f"// relative error of the rounded polynomial 2^{lg(e):.1f}.")
+        out.append(f"inline constexpr double kSpowP{d}[{d + 1}] = {{" + ", ".join(v.hex() for v in c) + "};")
     out.append("")
     out.append("}  // namespace orv::power")
     print("\n".join(out))

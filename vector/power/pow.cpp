@@ -255,6 +255,17 @@ struct PowD : PowBase<double, pow_callout<double>> {
 // polynomial (all scaled by 16, exactly, to give 16 y log2 x at once); then 2^t from 2^(m/16) (16 rows) times a degree-4
 // polynomial, scaled by adding m to the entry's bits. Tables and
 // coefficients: vector/power/spow_tables.h (tools/gen_spow_tables.py).
+// Horner's rule on the coefficients c[0] + c[1] u + ..., in that order of
+// operations at every width.
+template <const auto& C>
+inline V2 horner(V2 u) {
+    constexpr int kN = int(sizeof(C) / sizeof(C[0]));
+    V2 p = splat(C[kN - 1]);
+    for (int i = kN - 2; i >= 0; --i) p = p * u + splat(C[i]);
+    return p;
+}
+// Q and P: the log2 and exp2 polynomials (HA: kSpowQ5, kSpowP3).
+template <const auto& Q, const auto& P>
 inline V2 spow_step(V2 x, V2 y) {
     constexpr uint64_t kOff = 0x3FE6600000000000ull;  // bits of 0x1.66p-1
     constexpr double kShift = 0x1.8p52;
@@ -265,21 +276,19 @@ inline V2 spow_step(V2 x, V2 y) {
     V2 invc, logc;
     po::rows16<kSpowLog>(po::srl64<48>(tmp), &invc, &logc);
     const V2 r = z * invc - splat(1.0);  // exact
-    const V2 q = ((((splat(kSpowQ[5]) * r + splat(kSpowQ[4])) * r + splat(kSpowQ[3])) * r +
-                   splat(kSpowQ[2])) * r + splat(kSpowQ[1])) * r + splat(kSpowQ[0]);
-    const V2 t16 = y * ((k16 + logc) + r * q);  // 16 y log2 x
+    const V2 t16 = y * ((k16 + logc) + r * horner<Q>(r));  // 16 y log2 x
     const V2 kd = t16 + splat(kShift);
     const V2 u = t16 - (kd - splat(kShift));  // |u| <= 1/2, exact
     const po::VI64 m = po::ibits(kd);        // m = round(16 t) in the low bits
     V2 e, unused;
     po::rows16<kSpowExp2>(m, &e, &unused);
     const V2 s = po::dbits(po::add64(po::ibits(e), simd::as<po::VI64>(simd::as<simd::VU64>(m) << 48)));
-    const V2 p = (((splat(kSpowP[3]) * u + splat(kSpowP[2])) * u + splat(kSpowP[1])) * u + splat(kSpowP[0])) * u;
-    return s * p + s;
+    return s * (horner<P>(u) * u) + s;
 }
+template <const auto& Q = kSpowQ5, const auto& P = kSpowP3>
 inline VF pow_s_v(VF x, VF y) {
-    return po::narrow(spow_step(po::widen_lo(x), po::widen_lo(y)),
-                      spow_step(po::widen_hi(x), po::widen_hi(y)));
+    return po::narrow(spow_step<Q, P>(po::widen_lo(x), po::widen_lo(y)),
+                      spow_step<Q, P>(po::widen_hi(x), po::widen_hi(y)));
 }
 
 // pow_special on a register of floats, lane for lane. The bound of
@@ -331,9 +340,16 @@ struct PowxEpD : PowBase<double, pow_callout<double>> {
     static V2 specialv(V2 x, V2 y) { return pow_special_v(x, y); }
     static V2 fastv(V2 x, V2 y) { return pow_pos_v<false, false>(x, y); }
 };
-// Single LA and EP: the HA step (its error is far inside their bounds).
-struct PowxLaS : PowS {};
-struct PowxEpS : PowS {};
+// Single LA and EP: the same step with shorter polynomials. LA: log2 to
+// 2^-31.9 and exp2 to 2^-28.7 relative, below 0.5 ulp added for |y log2 x|
+// <= 126; EP: log2 to 2^-25.6 (2^-19 at most in the result, the bound is
+// 2^-11).
+struct PowxLaS : PowS {
+    static VF fastv(VF x, VF y) { return pow_s_v<kSpowQ4, kSpowP2>(x, y); }
+};
+struct PowxEpS : PowS {
+    static VF fastv(VF x, VF y) { return pow_s_v<kSpowQ3, kSpowP2>(x, y); }
+};
 
 // Powx: blocks of the driver's size, the block step on every lane, then the
 // callout on the special lanes (single: found by the register test) in
