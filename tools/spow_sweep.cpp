@@ -8,7 +8,7 @@
 // edge, a tenth at the denormal results, a tenth with |y log2 x| < 2^-8,
 // i.e. bases near 1), plus windows at the 16-row table's edges.
 //
-//   spow_sweep [pairs per function, default 10^8] [seed]
+//   spow_sweep [pairs per function, default 10^8] [seed] [name filter]
 // Prints the worst ULP of each function and any result whose class
 // (infinity, zero, NaN) differs from the rounded reference.
 #include <cmath>
@@ -68,6 +68,7 @@ struct Draw {
 int main(int argc, char** argv) {
     const long total = argc > 1 ? std::atol(argv[1]) : 100000000L;
     const uint64_t seed = argc > 2 ? std::strtoull(argv[2], nullptr, 0) : 1;
+    const char* filter = argc > 3 ? argv[3] : "";  // only the functions whose name holds it
     _vtmSetMode(VTM_ERRMODE_NOERR);
     constexpr int kChunk = 4096;
     std::vector<float> x(kChunk), y(kChunk), r(kChunk);
@@ -84,6 +85,7 @@ int main(int argc, char** argv) {
         {"sPowx EP", nullptr, _vtmsPowx_11, false},
     };
     for (const auto& f : fns) {
+        if (!std::strstr(f.name, filter)) continue;
         Draw d{std::mt19937_64(seed)};
         double worst = 0;
         float wx = 0, wy = 0;
