@@ -5,6 +5,7 @@
 
 #include <cstdint>
 
+#include "vector/common/gather.h"
 #include "vector/simd/vec.h"
 
 namespace orv::vec::power_ops {
@@ -87,5 +88,90 @@ inline VD not_normal(VD x) { return simd::outside(abs_of(x), 0x00100000u, 0x7FE0
 // v 2^n with n in bits 6 to 17 of the lanes of t (two's complement), added
 // to the exponent field: v and the result in the normal range.
 inline VD scale_by_t(VD v, VI64 t) { return dbits(add64(ibits(v), simd::as<VI64>(simd::as<VU64>(and64(t, 0x3FFC0)) << 46))); }
+
+// The low and high halves of 32-bit integer lanes converted to double
+// (exact). Scalar meaning: lo[i] = double(k[i]), hi[i] = double(k[i + W/2])
+// for W lanes of k.
+using VIHalf = int32_t __attribute__((vector_size(simd::kBytes / 2)));
+inline VD int_lo_to_double(simd::VI32 k) {
+    VIHalf h;
+    __builtin_memcpy(&h, &k, sizeof h);
+    return __builtin_convertvector(h, VD);
+}
+inline VD int_hi_to_double(simd::VI32 k) {
+    VIHalf h;
+    __builtin_memcpy(&h, reinterpret_cast<const char*>(&k) + sizeof h, sizeof h);
+    return __builtin_convertvector(h, VD);
+}
+
+// The low and high halves of a float register widened to double, as
+// simd::widen_lo / widen_hi (same values), by one conversion each: the
+// generic conversion of a half-register vector is split by the compiler
+// into 128-bit pieces in the wide builds.
+inline VD widen_lo(VF x) {
+#if ORV_SIMD_BYTES == 64
+    return (VD)_mm512_cvtps_pd(_mm512_castps512_ps256((__m512)x));
+#elif ORV_SIMD_BYTES == 32
+    return (VD)_mm256_cvtps_pd(_mm256_castps256_ps128((__m256)x));
+#else
+    return (VD)_mm_cvtps_pd((__m128)x);
+#endif
+}
+// Two double registers rounded once to one float register, as
+// simd::narrow(lo, hi) (same values), in registers: the generic form goes
+// through memory in halves, which stalls the wide builds' reload.
+inline VF narrow(VD lo, VD hi) {
+#if ORV_SIMD_BYTES == 64
+    return (VF)_mm512_insertf32x8(_mm512_castps256_ps512(_mm512_cvtpd_ps((__m512d)lo)),
+                                  _mm512_cvtpd_ps((__m512d)hi), 1);
+#elif ORV_SIMD_BYTES == 32
+    return (VF)_mm256_insertf128_ps(_mm256_castps128_ps256(_mm256_cvtpd_ps((__m256d)lo)),
+                                    _mm256_cvtpd_ps((__m256d)hi), 1);
+#else
+    return (VF)_mm_movelh_ps(_mm_cvtpd_ps((__m128d)lo), _mm_cvtpd_ps((__m128d)hi));
+#endif
+}
+// Two lane masks of doubles (all ones or zero) as one mask of float lanes
+// whose sign bits are those of the double lanes (all ones converts to a
+// quiet NaN of the same sign). Scalar meaning: r[i] = lo[i], r[i + W/2] =
+// hi[i] as far as the sign bit goes.
+inline VF mask_narrow(VD lo, VD hi) { return narrow(lo, hi); }
+inline VD widen_hi(VF x) {
+#if ORV_SIMD_BYTES == 64
+    return (VD)_mm512_cvtps_pd(_mm512_extractf32x8_ps((__m512)x, 1));
+#elif ORV_SIMD_BYTES == 32
+    return (VD)_mm256_cvtps_pd(_mm256_extractf128_ps((__m256)x, 1));
+#else
+    return (VD)_mm_cvtps_pd(_mm_movehl_ps((__m128)x, (__m128)x));
+#endif
+}
+
+// Rows of a 16-row table of double pairs by the low 4 bits of the 64-bit
+// lanes of idx (the higher bits are ignored): hi[l] = table[idx[l] & 15][0],
+// lo[l] = table[idx[l] & 15][1]. In the AVX-512 build one permute of two
+// registers a column, which reads only those 4 bits; elsewhere the row
+// loads of gather::pairs.
+template <const auto& Table>
+inline void rows16(VI64 idx, VD* hi, VD* lo) {
+    static_assert(sizeof(Table) / sizeof(Table[0]) == 16);
+#if ORV_SIMD_BYTES == 64
+    static constexpr gather::Columns<double, 16> cols = gather::columns_of(Table);
+    *hi = (VD)_mm512_permutex2var_pd(_mm512_load_pd(cols.hi), (__m512i)idx, _mm512_load_pd(cols.hi + 8));
+    *lo = (VD)_mm512_permutex2var_pd(_mm512_load_pd(cols.lo), (__m512i)idx, _mm512_load_pd(cols.lo + 8));
+#else
+    gather::pairs(Table, idx, 15, hi, lo);
+#endif
+}
+
+// 16 (t >> 52) as a double for each 64-bit lane t read as a signed
+// integer (exact), by logical shifts only (the narrower builds have no
+// arithmetic shift of 64-bit lanes): (t ^ 2^63) >> 52 is (t >> 52) + 2048,
+// and the magic constant 1.5 2^56, whose ulp is 16, turns an integer j in
+// its low bits into 16 j.
+inline VD sar52_times16(VI64 t) {
+    const VI64 j = srl64<52>(t ^ int64_t(0x8000000000000000ull));
+    constexpr double kMagic = 0x1.8p56;
+    return dbits(add64(j, splat64(0x4378000000000000ull))) - simd::fill<VD>(kMagic + 16.0 * 2048.0);
+}
 
 }  // namespace orv::vec::power_ops

@@ -1,8 +1,9 @@
 // Pow, Powr and Powx in single and double. The log-exp route: ln x in
 // double-double from the 128-row table of the logarithm kernels, times y
 // with Dekker's exact product, then Tang's 64-row exponential with the low
-// part folded into the reduced argument. The single forms compute in double
-// and round once.
+// part folded into the reduced argument (the double forms and every
+// callout). The single block step is a table-driven log2 and exp2 in plain
+// double, rounded once to float (spow_step below).
 //
 // Powx (one exponent for the whole vector) has a family-local loop below:
 // the block driver has no shape with a scalar parameter yet.
@@ -13,6 +14,7 @@
 #include "vector/common/bits.h"
 #include "vector/common/gather.h"
 #include "vector/power/power_core.h"
+#include "vector/power/spow_tables.h"
 #include "vtm_kernels.h"
 
 namespace orv::power {
@@ -244,15 +246,77 @@ struct PowD : PowBase<double, pow_callout<double>> {
     static double fast(double x, double y) { return pow_pos(x, y); }
     static V2 fastv(V2 x, V2 y) { return pow_pos_v<true>(x, y); }
 };
-// Single on registers: each half widened to double, ln x in double-double,
-// y ln x as two plain products (2^-45 at most off, against the 2^-24 of a
-// float), the exponential in double, one rounding to float.
+// Single on registers: x^y for float lanes, each half of the register
+// widened to double, in plain double (no double-double: the error of
+// 2^(y log2 x) stays below 2^-31.5 relative for |y log2 x| <= 126, far under a
+// float's half ulp of 2^-24), then one rounding to float. The table-driven
+// log2: x = 2^k z with z in [0x1.66p-1, 0x1.66p0), a 16-row table of 1/c
+// (28 bits, so that z/c - 1 is exact) and log2 c, log2(1 + r) by a degree-6
+// polynomial (all scaled by 16, exactly, to give 16 y log2 x at once); then 2^t from 2^(m/16) (16 rows) times a degree-4
+// polynomial, scaled by adding m to the entry's bits. Tables and
+// coefficients: vector/power/spow_tables.h (tools/gen_spow_tables.py).
+// Horner's rule on the coefficients c[0] + c[1] u + ..., in that order of
+// operations at every width.
+template <const auto& C>
+inline V2 horner(V2 u) {
+    constexpr int kN = int(sizeof(C) / sizeof(C[0]));
+    V2 p = splat(C[kN - 1]);
+    for (int i = kN - 2; i >= 0; --i) p = p * u + splat(C[i]);
+    return p;
+}
+// Q and P: the log2 and exp2 polynomials (HA: kSpowQ5, kSpowP3).
+template <const auto& Q, const auto& P>
+inline V2 spow_step(V2 x, V2 y) {
+    constexpr uint64_t kOff = 0x3FE6600000000000ull;  // bits of 0x1.66p-1
+    constexpr double kShift = 0x1.8p52;
+    const po::VI64 ix = po::ibits(x);
+    const po::VI64 tmp = po::sub64(ix, po::splat64(kOff));
+    const V2 k16 = po::sar52_times16(tmp);
+    const V2 z = po::dbits(po::sub64(ix, po::and64(tmp, 0xFFF0000000000000ull)));
+    V2 invc, logc;
+    po::rows16<kSpowLog>(po::srl64<48>(tmp), &invc, &logc);
+    const V2 r = z * invc - splat(1.0);  // exact
+    const V2 t16 = y * ((k16 + logc) + r * horner<Q>(r));  // 16 y log2 x
+    const V2 kd = t16 + splat(kShift);
+    const V2 u = t16 - (kd - splat(kShift));  // |u| <= 1/2, exact
+    const po::VI64 m = po::ibits(kd);        // m = round(16 t) in the low bits
+    V2 e, unused;
+    po::rows16<kSpowExp2>(m, &e, &unused);
+    const V2 s = po::dbits(po::add64(po::ibits(e), simd::as<po::VI64>(simd::as<simd::VU64>(m) << 48)));
+    return s * (horner<P>(u) * u) + s;
+}
+template <const auto& Q = kSpowQ5, const auto& P = kSpowP3>
 inline VF pow_s_v(VF x, VF y) {
-    return simd::narrow(pow_pos_v<true, false>(simd::widen_lo(x), simd::widen_lo(y)),
-                      pow_pos_v<true, false>(simd::widen_hi(x), simd::widen_hi(y)));
+    return po::narrow(spow_step<Q, P>(po::widen_lo(x), po::widen_lo(y)),
+                      spow_step<Q, P>(po::widen_hi(x), po::widen_hi(y)));
+}
+
+// pow_special on a register of floats, lane for lane. The bound of
+// log2_bound is first estimated in float (within 2^-20 relative of the
+// double one); only a register with a lane near the limit takes the double
+// test, from a = (bits(x) - bits(1)) 2^-23, which is the scalar test's
+// value exactly for normal x.
+inline VF pow_special_vf(VF x, VF y) {
+    using RF = simd::Reg<float>;
+    const VF bad_x = simd::outside(x, 0x00800000u, 0x7F000000u);
+    const VF bad_y = simd::outside(simd::band(y, RF::bits(0x7FFFFFFFu)), 0u, 0x7F800000u);
+    const VF bad = simd::bor(bad_x, bad_y);
+    const simd::VI32 a = simd::as<simd::VI32>(x) - 0x3F800000;
+    const VF absf = RF::bits(0x7FFFFFFFu), ayf = simd::band(y, absf);
+    const VF est = simd::band(simd::to_float(a) * RF::set1(0x1p-23f), absf) * ayf + RF::set1(0.0861f) * ayf;
+    if (simd::lanes(simd::lt(RF::set1(124.99f), est)) == 0) return bad;
+    const V2 abs = simd::Reg<double>::bits(0x7FFFFFFFFFFFFFFFull);
+    auto over = [&](V2 ad, V2 yd) {
+        const V2 ay = simd::band(yd, abs);
+        return simd::lt(splat(125.0), simd::band(ad * splat(0x1p-23), abs) * ay + splat(0.0861) * ay);
+    };
+    const VF big = po::mask_narrow(over(po::int_lo_to_double(a), po::widen_lo(y)),
+                                   over(po::int_hi_to_double(a), po::widen_hi(y)));
+    return simd::bor(bad, big);
 }
 
 struct PowS : PowBase<float, pow_callout<float>> {
+    static VF specialv(VF x, VF y) { return pow_special_vf(x, y); }
     static VF fastv(VF x, VF y) { return pow_s_v(x, y); }
 };
 struct PowrD : PowBase<double, powr_callout<double>> {
@@ -261,14 +325,13 @@ struct PowrD : PowBase<double, powr_callout<double>> {
     static V2 fastv(V2 x, V2 y) { return pow_pos_v<true>(x, y); }
 };
 struct PowrS : PowBase<float, powr_callout<float>> {
+    static VF specialv(VF x, VF y) { return pow_special_vf(x, y); }
     static VF fastv(VF x, VF y) { return pow_s_v(x, y); }
 };
 
 // Cheaper steps of Powx. Double LA: the exponential's polynomial one
 // degree shorter (the dropped term is below 2^-54.7). Double EP: y ln x as
-// two plain products instead of Dekker's, and the shorter polynomial. Single
-// LA: ln x rounded to one double (y ln x then errs by 2^-46 at most);
-// single EP: the shorter polynomial as well.
+// two plain products instead of Dekker's, and the shorter polynomial.
 struct PowxLaD : PowD {
     static double fast(double x, double y) { return pow_pos<false>(x, y); }
     static V2 fastv(V2 x, V2 y) { return pow_pos_v<false>(x, y); }
@@ -277,21 +340,20 @@ struct PowxEpD : PowBase<double, pow_callout<double>> {
     static V2 specialv(V2 x, V2 y) { return pow_special_v(x, y); }
     static V2 fastv(V2 x, V2 y) { return pow_pos_v<false, false>(x, y); }
 };
-// Single LA and EP: the shorter exponential polynomial as well (0.5 ulp
-// measured either way; the two tiers share this step).
-inline VF pow_s_v_short(VF x, VF y) {
-    return simd::narrow(pow_pos_v<false, false>(simd::widen_lo(x), simd::widen_lo(y)),
-                      pow_pos_v<false, false>(simd::widen_hi(x), simd::widen_hi(y)));
-}
+// Single LA and EP: the same step with shorter polynomials. LA: log2 to
+// 2^-31.9 and exp2 to 2^-28.7 relative, below 0.5 ulp added for |y log2 x|
+// <= 126; EP: log2 to 2^-25.6 (2^-19 at most in the result, the bound is
+// 2^-11).
 struct PowxLaS : PowS {
-    static VF fastv(VF x, VF y) { return pow_s_v_short(x, y); }
+    static VF fastv(VF x, VF y) { return pow_s_v<kSpowQ4, kSpowP2>(x, y); }
 };
 struct PowxEpS : PowS {
-    static VF fastv(VF x, VF y) { return pow_s_v_short(x, y); }
+    static VF fastv(VF x, VF y) { return pow_s_v<kSpowQ3, kSpowP2>(x, y); }
 };
 
-// Powx: blocks of 16 elements, the block step on every lane, then the
-// callout on the special lanes in ascending order with the error entry
+// Powx: blocks of the driver's size, the block step on every lane, then the
+// callout on the special lanes (single: found by the register test) in
+// ascending order with the error entry
 // (inputs a and a, as for a unary kernel, since b is a single value).
 template <typename K, bool Strided>
 void powx_run(int n, const typename K::T* a, long inca, typename K::T b, typename K::T* r,
@@ -304,9 +366,19 @@ void powx_run(int n, const typename K::T* a, long inca, typename K::T b, typenam
         T x[kB + R::kWidth], z[kB + R::kWidth];
         for (int l = 0; l < cnt; ++l) x[l] = a[(i0 + l) * inca];
         for (int l = cnt; l < kB + R::kWidth; ++l) x[l] = T(0.75);  // the filler of a short tail
-        for (int l = 0; l < cnt; l += R::kWidth) R::store(z + l, K::fastv(R::load(x + l), R::set1(b)));
+        uint64_t mask = 0;  // the special lanes
+        for (int l = 0; l < cnt; l += R::kWidth) {
+            const auto xv = R::load(x + l);
+            R::store(z + l, K::fastv(xv, R::set1(b)));
+            if constexpr (sizeof(T) == 4) mask |= uint64_t(orv::vec::simd::lanes(K::specialv(xv, R::set1(b)))) << l;
+        }
+        if constexpr (sizeof(T) == 4) mask &= cnt < 64 ? (uint64_t(1) << cnt) - 1 : ~uint64_t(0);
         for (int l = 0; l < cnt; ++l) {
-            if (!K::special(x[l], b)) continue;
+            if constexpr (sizeof(T) == 4) {
+                if (!(mask >> l & 1)) continue;
+            } else if (!K::special(x[l], b)) {
+                continue;
+            }
             const int32_t st = K::callout(x[l], b, &z[l]);
             if (st == 0) continue;
             T& slot = r[(i0 + l) * incr];

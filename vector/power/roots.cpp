@@ -211,6 +211,32 @@ struct Pow2o3K<double> : UnaryBase<double, pow2o3_callout<double>, false> {
     static V2 fastv(V2 x) { return pow2o3_v(x); }
     static V2 specialv(V2 x) { return po::not_normal(x); }
 };
+// Single: each half of the register widened to double, the double register
+// step, one rounding; the lanes are those of the scalar step (the double
+// step is the scalar core's operations), only computed a register at a time.
+inline orv::vec::simd::VF not_normal_f(orv::vec::simd::VF x) {
+    namespace sd = orv::vec::simd;
+    return sd::outside(sd::band(x, sd::Reg<float>::bits(0x7FFFFFFFu)), 0x00800000u, 0x7F000000u);
+}
+template <V2 (*Step)(V2)>
+inline orv::vec::simd::VF single_v(orv::vec::simd::VF x) {
+    return po::narrow(Step(po::widen_lo(x)), Step(po::widen_hi(x)));
+}
+template <>
+struct CbrtK<float> : UnaryBase<float, cbrt_callout<float>, true> {
+    static orv::vec::simd::VF fastv(orv::vec::simd::VF x) { return single_v<cbrt_v>(x); }
+    static orv::vec::simd::VF specialv(orv::vec::simd::VF x) { return not_normal_f(x); }
+};
+template <>
+struct InvCbrtK<float> : UnaryBase<float, inv_cbrt_callout<float>, true> {
+    static orv::vec::simd::VF fastv(orv::vec::simd::VF x) { return single_v<inv_cbrt_v>(x); }
+    static orv::vec::simd::VF specialv(orv::vec::simd::VF x) { return not_normal_f(x); }
+};
+template <>
+struct Pow2o3K<float> : UnaryBase<float, pow2o3_callout<float>, false> {
+    static orv::vec::simd::VF fastv(orv::vec::simd::VF x) { return single_v<pow2o3_v>(x); }
+    static orv::vec::simd::VF specialv(orv::vec::simd::VF x) { return not_normal_f(x); }
+};
 template <typename T>
 struct Pow3o2K : UnaryBase<T, pow3o2_callout<T>, false> {
     static T fast(T x) { return T(pow3o2_pos(double(x))); }

@@ -1,4 +1,5 @@
-// The scalar-exponent loop of Powx against Pow, plain and strided. The
+// The scalar-exponent loop of Powx against Pow, plain and strided; exact
+// single powers. The
 // special cases, statuses and exact results of the power and root kernels
 // are rows of tests/vector/edges_test.cpp.
 #include <gtest/gtest.h>
@@ -52,6 +53,34 @@ void powx_matches() {
 TEST(Powx, MatchesPowAndStridedMatchesPlain) {
     powx_matches<float>();
     powx_matches<double>();
+}
+
+// Exact powers come back exact from the single step (its error before the
+// one rounding is far below half an ulp): b^n for integer bases and
+// exponents whose result a float holds, and (1 + 2^-k)^2 near 1.
+TEST(SinglePow, ExactPowersAreExact) {
+    std::vector<float> x, y, want;
+    for (int b = 2; b < 64; ++b)
+        for (int n = -40; n <= 40; ++n) {
+            const double v = std::pow(double(b), double(n));
+            if (v > 0x1p-126 && v < 0x1p127 && double(float(v)) == v) x.push_back(float(b)), y.push_back(float(n)), want.push_back(float(v));
+        }
+    for (int k = 1; k <= 11; ++k) {
+        const double b = 1.0 + std::ldexp(1.0, -k);
+        x.push_back(float(b)), y.push_back(2.0f), want.push_back(float(b * b));
+        x.push_back(float(b * b)), y.push_back(0.5f), want.push_back(float(b));
+    }
+    const int n = int(x.size());
+    std::vector<float> r(n), rr(n);
+    _vtmsPow_HA(n, x.data(), y.data(), r.data());
+    _vtmsPowr_HA(n, x.data(), y.data(), rr.data());
+    for (int i = 0; i < n; ++i) {
+        EXPECT_EQ(r[i], want[i]) << x[i] << "^" << y[i];
+        EXPECT_EQ(rr[i], want[i]) << x[i] << "^" << y[i];
+        float px;
+        _vtmsPowx_HA(1, &x[i], y[i], &px);
+        EXPECT_EQ(px, want[i]) << x[i] << "^" << y[i];
+    }
 }
 
 // The strided error record carries the element's ordinal.
