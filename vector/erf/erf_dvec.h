@@ -18,6 +18,8 @@
 // erf_vec.h. A path none of a register's lanes takes is skipped.
 #pragma once
 
+#include <utility>
+
 #include "vector/erf/erf_lnrows.h"
 #include "vector/erf/erf_vec.h"
 
@@ -30,39 +32,73 @@ struct ErfcLn {
     VD hi, lo, p2;
 };
 
-inline ErfcLn erfc_ln(VD x) {
+// f(0), f(1), ..., f(N - 1) in turn, unrolled at compile time.
+template <int N, typename F>
+[[gnu::always_inline]] inline void each(F&& f) {
+    [&]<int... I>(std::integer_sequence<int, I...>) { (f(I), ...); }(std::make_integer_sequence<int, N>{});
+}
+
+// erfc_ln on N registers at once, each step taken for all N in turn, so
+// that their dependency chains overlap; each register's operations are
+// those of N = 1.
+template <int N>
+[[gnu::always_inline]] inline void erfc_ln_n(const VD* x, ErfcLn* m) {
     using namespace orv::explog;
-    const VI64 b = as<VI64>(x);
-    const VI64 j = as<VI64>(as<VU64>(b) >> 48) - 0x3FE0;
-    const VD c = as<VD>((b & ~int64_t(0xFFFFFFFFFFFF)) | int64_t(0x800000000000));
-    const VD s = x - c;
-    VD w[kLnRowWidth];
-    orv::vec::erfops::rows_of<kLnRowWidth, kLnRowWidth / 4>(&kErfcLnRows[0][0], j, w);
+    VI64 b[N];
+    VD s[N], w[N][kLnRowWidth], t[N], a[N], d[N], kt[N], r[N], e[N];
+    each<N>([&](int i) { b[i] = as<VI64>(x[i]); });
+    each<N>([&](int i) {
+        const VI64 j = as<VI64>(as<VU64>(b[i]) >> 48) - 0x3FE0;
+        orv::vec::erfops::rows_of<kLnRowWidth, kLnRowWidth / 4>(&kErfcLnRows[0][0], j, w[i]);
+    });
+    each<N>([&](int i) { s[i] = x[i] - as<VD>((b[i] & ~int64_t(0xFFFFFFFFFFFF)) | int64_t(0x800000000000)); });
     static_assert(kLnRowTerms == 10);
     // Q(s) by Estrin's scheme (w[2] the highest coefficient, w[11] the constant).
-    const VD s2 = s * s;
-    const VD s4 = s2 * s2;
-    const VD q01 = (w[10] * s + w[11]) + s2 * (w[8] * s + w[9]);
-    const VD q23 = (w[6] * s + w[7]) + s2 * (w[4] * s + w[5]);
-    const VD q4 = w[2] * s + w[3];
-    const VD t = s * ((q01 + s4 * q23) + (s4 * s4) * q4);
-    const VD z = as<VD>(b & ~int64_t(0xFFFFFFFF));
-    const VD a = -(z * z);
-    const VD d = (z - x) * (z + x);
+    each<N>([&](int i) {
+        const VD* c = w[i];
+        const VD s2 = s[i] * s[i];
+        const VD s4 = s2 * s2;
+        const VD q01 = (c[10] * s[i] + c[11]) + s2 * (c[8] * s[i] + c[9]);
+        const VD q23 = (c[6] * s[i] + c[7]) + s2 * (c[4] * s[i] + c[5]);
+        const VD q4 = c[2] * s[i] + c[3];
+        t[i] = s[i] * ((q01 + s4 * q23) + (s4 * s4) * q4);
+    });
+    each<N>([&](int i) {
+        const VD z = as<VD>(b[i] & ~int64_t(0xFFFFFFFF));
+        a[i] = -(z * z);
+        d[i] = (z - x[i]) * (z + x[i]);
+    });
     // The shifter carries 1023 * 64, so that its low bits hold k + 65472 >= 0:
-    // (k >> 6) + 1023 and k & 63 are plain bit fields.
+    // (k >> 6) + 1023 and k & 63 are plain bit fields. k from -z^2 + c0
+    // alone, so that it waits for the row's constant only: then
+    // |r| <= ln 2/128 + |s Q(s)| < 0.04.
     const VD sh = splat(kShiftD + 65472.0);
-    const VD kt = (a + (w[0] + t)) * splat(kInvLn2x64) + sh;
-    const VD k = kt - sh;
-    const VD r = ((a + k * splat(kNegLn2by64Hi)) + w[0]) + (((w[1] + t) + d) + k * splat(kNegLn2by64Lo));
-    // e^r - 1 = r + r^2 (1/2 + r E3 + r^2 (E4 + r E5 + r^2 E6)).
-    const VD r2 = r * r;
-    const VD e = r + r2 * ((splat(0.5) + r * splat(kE3)) +
-                           r2 * ((splat(kE4) + r * splat(kE5)) + r2 * splat(kE6)));
-    VD th, tl;
-    orv::vec::gather::pairs_of<kExp64D>(kt, 63, &th, &tl);
-    const VU64 u = as<VU64>(kt);
-    return {th, tl + th * e, as<VD>((u >> 6) << 52)};
+    each<N>([&](int i) { kt[i] = (a[i] + w[i][0]) * splat(kInvLn2x64) + sh; });
+    each<N>([&](int i) {
+        const VD k = kt[i] - sh;
+        r[i] = ((a[i] + k * splat(kNegLn2by64Hi)) + w[i][0]) +
+               (((w[i][1] + t[i]) + d[i]) + k * splat(kNegLn2by64Lo));
+    });
+    // e^r - 1 by its Taylor series to r^8 (the rest is below 2^-60), by
+    // Estrin's scheme.
+    each<N>([&](int i) {
+        const VD r2 = r[i] * r[i];
+        const VD r4 = r2 * r2;
+        e[i] = (r[i] + r2 * (splat(1.0 / 2) + r[i] * splat(1.0 / 6))) +
+               r4 * ((splat(1.0 / 24) + r[i] * splat(1.0 / 120)) +
+                     r2 * (splat(1.0 / 720) + r[i] * splat(1.0 / 5040)) + r4 * splat(1.0 / 40320));
+    });
+    each<N>([&](int i) {
+        VD th, tl;
+        orv::vec::gather::pairs_of<kExp64D>(kt[i], 63, &th, &tl);
+        m[i] = {th, tl + th * e[i], as<VD>((as<VU64>(kt[i]) >> 6) << 52)};
+    });
+}
+
+inline ErfcLn erfc_ln(VD x) {
+    ErfcLn m;
+    erfc_ln_n<1>(&x, &m);
+    return m;
 }
 
 // c - erfc(x) rounded once, for erfc(x) below 1/2 and c in {1, 2}.
@@ -78,16 +114,26 @@ inline constexpr double kLnEnd = 26.5;
 // The two paths of Erf and Erfc on whole registers: about zero (|x| < 1/2)
 // and through the rows (the rest, x clamped into the rows' range).
 struct ErfPaths {
-    static VD big(VD x) {
-        const ErfcLn m = erfc_ln(clamp(abs_of(x), 0.5, 6.0));
-        return simd::bor(from_const_ln(1.0, m), sign_of(x));
+    template <int N>
+    static void big(const VD* x, VD* out) {
+        VD ax[N];
+        ErfcLn m[N];
+        each<N>([&](int i) { ax[i] = clamp(abs_of(x[i]), 0.5, 6.0); });
+        erfc_ln_n<N>(ax, m);
+        each<N>([&](int i) { out[i] = simd::bor(from_const_ln(1.0, m[i]), sign_of(x[i])); });
     }
     static VD small(VD x) { return x + erf_small_tail(x); }
 };
 struct ErfcPaths {
-    static VD big(VD x) {
-        const ErfcLn m = erfc_ln(clamp(abs_of(x), 0.5, kLnEnd));
-        return simd::select(simd::negative(x), from_const_ln(2.0, m), (m.hi + m.lo) * m.p2);
+    template <int N>
+    static void big(const VD* x, VD* out) {
+        VD ax[N];
+        ErfcLn m[N];
+        each<N>([&](int i) { ax[i] = clamp(abs_of(x[i]), 0.5, kLnEnd); });
+        erfc_ln_n<N>(ax, m);
+        each<N>([&](int i) {
+            out[i] = simd::select(simd::negative(x[i]), from_const_ln(2.0, m[i]), (m[i].hi + m[i].lo) * m[i].p2);
+        });
     }
     static VD small(VD x) {
         VD sl;
@@ -109,9 +155,33 @@ template <typename P>
     const VD small = simd::lt(abs_of(x), splat(0.5));
     const uint32_t sm = simd::lanes(small);
     if (sm == all_lanes()) return P::small(x);
-    const VD big = P::big(x);
+    VD big;
+    P::template big<1>(&x, &big);
     if (!sm) return big;
     return simd::select(small, P::small(simd::select(small, x, splat(0.0))), big);
+}
+
+// n elements (n a multiple of the register width): registers in pairs, the
+// rows' path of a pair taken together (their chains overlap), the path
+// about zero for each register with a lane that needs it; an odd last
+// register alone. Each lane's operations are those of two_paths.
+template <typename P>
+[[gnu::flatten]] inline void two_paths_pairs(const double* in, double* out, int n) {
+    using R = simd::Reg<double>;
+    constexpr int kW = R::kWidth;
+    int l = 0;
+    for (; l + 2 * kW <= n; l += 2 * kW) {
+        const VD x[2] = {R::load(in + l), R::load(in + l + kW)};
+        const VD small[2] = {simd::lt(abs_of(x[0]), splat(0.5)), simd::lt(abs_of(x[1]), splat(0.5))};
+        const uint32_t sm[2] = {simd::lanes(small[0]), simd::lanes(small[1])};
+        VD z[2] = {splat(0.0), splat(0.0)};
+        if ((sm[0] & sm[1]) != all_lanes()) P::template big<2>(x, z);
+        for (int i = 0; i < 2; ++i)
+            if (sm[i]) z[i] = simd::select(small[i], P::small(simd::select(small[i], x[i], splat(0.0))), z[i]);
+        R::store(out + l, z[0]);
+        R::store(out + l + kW, z[1]);
+    }
+    if (l < n) R::store(out + l, two_paths<P>(R::load(in + l)));
 }
 
 // n elements (n a multiple of the register width, at most vec::kBlockSpan;
@@ -142,10 +212,11 @@ template <typename P>
     R::store(pb + nb + kW, splat(1.0));
     R::store(ps + ns, splat(0.25));
     for (int l = 0; l < nb; l += 2 * kW) {
-        const VD a = P::big(R::load(pb + l));
-        const VD b = P::big(R::load(pb + l + kW));
-        R::store(pb + l, a);
-        R::store(pb + l + kW, b);
+        const VD x[2] = {R::load(pb + l), R::load(pb + l + kW)};
+        VD z[2];
+        P::template big<2>(x, z);
+        R::store(pb + l, z[0]);
+        R::store(pb + l + kW, z[1]);
     }
     for (int l = 0; l < ns; l += kW) R::store(ps + l, P::small(R::load(ps + l)));
     int ob = 0, os = 0;

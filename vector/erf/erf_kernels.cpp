@@ -132,6 +132,8 @@ struct ErfD : Blocked<double, erf_c<double>> {
     static V fastv(V x) { return v::two_paths<v::ErfPaths>(x); }
 #if ORV_SIMD_BYTES > 16
     static void fast_block(const T* x, T* z, int n) { v::two_paths_block<v::ErfPaths>(x, z, n); }
+#else
+    static void fast_block(const T* x, T* z, int n) { v::two_paths_pairs<v::ErfPaths>(x, z, n); }
 #endif
     static int special_lanes(V x) { return v::abs_hw_ge(x, 0x7FF00000) | v::abs_hw_lt(x, 0x01700000); }
 };
@@ -145,6 +147,8 @@ struct ErfcD : Blocked<double, erfc_c<double>> {
     static V fastv(V x) { return v::two_paths<v::ErfcPaths>(x); }
 #if ORV_SIMD_BYTES > 16
     static void fast_block(const T* x, T* z, int n) { v::two_paths_block<v::ErfcPaths>(x, z, n); }
+#else
+    static void fast_block(const T* x, T* z, int n) { v::two_paths_pairs<v::ErfcPaths>(x, z, n); }
 #endif
     static int special_lanes(V x) { return v::abs_hw_ge(x, 0x7FF00000) | v::hw_ge(x, 0x403A8000); }
 };
