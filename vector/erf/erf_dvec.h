@@ -6,16 +6,20 @@
 // of 2^(i/64):
 //   -x^2 = -z^2 + (z - x)(z + x), z = x cut to 21 bits, so that z^2 is exact
 //     and the second term below 2^-9;
-//   k = round((-z^2 + L) 64/ln 2); -z^2 and k ln2/64_hi (36 bits, |k| < 2^17)
+//   k = round((-z^2 + c0) 64/ln 2); -z^2 and k ln2/64_hi (36 bits, |k| < 2^17)
 //     are multiples of 2^-42, so their difference (below 8) is exact, and so
 //     is adding c0 to it (Sterbenz: the two are within a factor 2);
 //   r = that + ((c0lo + s Q(s)) + (z - x)(z + x) + k ln2/64_lo), where only
-//     terms below 1/16 are rounded (relative 2^-57 at most);
+//     terms below 1/16 are rounded (relative 2^-57 at most), |r| < 0.04;
 //   erfc(x) = 2^(k >> 6) (T + (Tlo + T (e^r - 1))), T + Tlo = 2^((k & 63)/64).
 // erf(x) = 1 - erfc(x) and erfc(-x) = 2 - erfc(x) subtract the scaled T first
 // (the error of that subtraction kept) and the rest after, each rounded once
 // at the end. Below 1/2, erf(x) = x + x P(x^2) and erfc(x) = 1 - erf(x) as in
-// erf_vec.h. A path none of a register's lanes takes is skipped.
+// erf_vec.h. The chains are long and dependent, so registers go through the
+// rows several at a time, step by step (erfc_ln_n), and a register's path about
+// zero runs only when one of its lanes needs it; the wide builds first sort
+// a run's lanes by path (two_paths_block), where a register of mixed lanes
+// is common.
 #pragma once
 
 #include <utility>
@@ -161,27 +165,31 @@ template <typename P>
     return simd::select(small, P::small(simd::select(small, x, splat(0.0))), big);
 }
 
-// n elements (n a multiple of the register width): registers in pairs, the
-// rows' path of a pair taken together (their chains overlap), the path
-// about zero for each register with a lane that needs it; an odd last
-// register alone. Each lane's operations are those of two_paths.
-template <typename P>
+// n elements (n a multiple of the register width): registers in groups of
+// G, the rows' path of a group taken together (their chains overlap), the
+// path about zero for each register with a lane that needs it; the last
+// registers alone. Each lane's operations are those of two_paths.
+template <typename P, int G = 2>
 [[gnu::flatten]] inline void two_paths_pairs(const double* in, double* out, int n) {
     using R = simd::Reg<double>;
     constexpr int kW = R::kWidth;
     int l = 0;
-    for (; l + 2 * kW <= n; l += 2 * kW) {
-        const VD x[2] = {R::load(in + l), R::load(in + l + kW)};
-        const VD small[2] = {simd::lt(abs_of(x[0]), splat(0.5)), simd::lt(abs_of(x[1]), splat(0.5))};
-        const uint32_t sm[2] = {simd::lanes(small[0]), simd::lanes(small[1])};
-        VD z[2] = {splat(0.0), splat(0.0)};
-        if ((sm[0] & sm[1]) != all_lanes()) P::template big<2>(x, z);
-        for (int i = 0; i < 2; ++i)
+    for (; l + G * kW <= n; l += G * kW) {
+        VD x[G], small[G], z[G];
+        uint32_t sm[G], all = all_lanes();
+        for (int i = 0; i < G; ++i) {
+            x[i] = R::load(in + l + i * kW);
+            small[i] = simd::lt(abs_of(x[i]), splat(0.5));
+            sm[i] = simd::lanes(small[i]);
+            all &= sm[i];
+            z[i] = splat(0.0);
+        }
+        if (all != all_lanes()) P::template big<G>(x, z);
+        for (int i = 0; i < G; ++i)
             if (sm[i]) z[i] = simd::select(small[i], P::small(simd::select(small[i], x[i], splat(0.0))), z[i]);
-        R::store(out + l, z[0]);
-        R::store(out + l + kW, z[1]);
+        for (int i = 0; i < G; ++i) R::store(out + l + i * kW, z[i]);
     }
-    if (l < n) R::store(out + l, two_paths<P>(R::load(in + l)));
+    for (; l < n; l += kW) R::store(out + l, two_paths<P>(R::load(in + l)));
 }
 
 // n elements (n a multiple of the register width, at most vec::kBlockSpan;

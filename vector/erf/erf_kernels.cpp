@@ -133,7 +133,7 @@ struct ErfD : Blocked<double, erf_c<double>> {
 #if ORV_SIMD_BYTES > 16
     static void fast_block(const T* x, T* z, int n) { v::two_paths_block<v::ErfPaths>(x, z, n); }
 #else
-    static void fast_block(const T* x, T* z, int n) { v::two_paths_pairs<v::ErfPaths>(x, z, n); }
+    static void fast_block(const T* x, T* z, int n) { v::two_paths_pairs<v::ErfPaths, 4>(x, z, n); }
 #endif
     static int special_lanes(V x) { return v::abs_hw_ge(x, 0x7FF00000) | v::abs_hw_lt(x, 0x01700000); }
 };
@@ -148,7 +148,7 @@ struct ErfcD : Blocked<double, erfc_c<double>> {
 #if ORV_SIMD_BYTES > 16
     static void fast_block(const T* x, T* z, int n) { v::two_paths_block<v::ErfcPaths>(x, z, n); }
 #else
-    static void fast_block(const T* x, T* z, int n) { v::two_paths_pairs<v::ErfcPaths>(x, z, n); }
+    static void fast_block(const T* x, T* z, int n) { v::two_paths_pairs<v::ErfcPaths, 4>(x, z, n); }
 #endif
     static int special_lanes(V x) { return v::abs_hw_ge(x, 0x7FF00000) | v::hw_ge(x, 0x403A8000); }
 };
