@@ -42,7 +42,7 @@ template <int N, typename F>
     [&]<int... I>(std::integer_sequence<int, I...>) { (f(I), ...); }(std::make_integer_sequence<int, N>{});
 }
 
-// erfc_ln on N registers at once, each step taken for all N in turn, so
+// erfc(x) of N registers at once, each step taken for all N in turn, so
 // that their dependency chains overlap; each register's operations are
 // those of N = 1.
 template <int N>
@@ -97,12 +97,6 @@ template <int N>
         orv::vec::gather::pairs_of<kExp64D>(kt[i], 63, &th, &tl);
         m[i] = {th, tl + th * e[i], as<VD>((as<VU64>(kt[i]) >> 6) << 52)};
     });
-}
-
-inline ErfcLn erfc_ln(VD x) {
-    ErfcLn m;
-    erfc_ln_n<1>(&x, &m);
-    return m;
 }
 
 // c - erfc(x) rounded once, for erfc(x) below 1/2 and c in {1, 2}.
