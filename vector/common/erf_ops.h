@@ -32,7 +32,9 @@ inline void rows_of(const double* base, simd::VI64 idx, simd::VD (&out)[4 * K]) 
     const double* r[8];
     for (int l = 0; l < 8; ++l) r[l] = base + ix[l] * Stride;
     // Blocks of eight coefficients (the last block ends at 4 K and may
-    // overlap the one before it).
+    // overlap the one before it). Unrolled, so that the rows stay in
+    // registers (a rolled loop copies them through memory).
+#pragma GCC unroll 4
     for (int b = 0; b < 4 * K; b += 8) {
         const int o = b + 8 <= 4 * K ? b : 4 * K - 8;
         __m512d v[8];
@@ -57,6 +59,7 @@ inline void rows_of(const double* base, simd::VI64 idx, simd::VD (&out)[4 * K]) 
             c[p + 2] = _mm512_mask_shuffle_f64x2(u[2 * p + 1], m, u[2 * p + 1], u[4 + 2 * p + 1], 0x88);
             c[p + 6] = _mm512_mask_shuffle_f64x2(u[2 * p + 1], m, u[2 * p + 1], u[4 + 2 * p + 1], 0xDD);
         }
+#pragma GCC unroll 8
         for (int i = b - o; i < 8; ++i) out[o + i] = c[i];
     }
 #elif ORV_SIMD_BYTES == 32
@@ -120,9 +123,9 @@ inline void compress_store(double* dst, simd::VD v, uint32_t m) {
     const __m256i ix = _mm256_load_si256((const __m256i*)kSortTables.compress[m]);
     _mm256_storeu_pd(dst, _mm256_castps_pd(_mm256_permutevar8x32_ps(_mm256_castpd_ps((__m256d)v), ix)));
 #else
-    int k = 0;
-    for (int l = 0; l < 2; ++l)
-        if (m >> l & 1) dst[k++] = v[l];
+    // Branch-free: lane 1 goes to dst[1] after lane 0, else to dst[0].
+    _mm_storel_pd(dst, (__m128d)v);
+    _mm_storeh_pd(dst + (m & 1), (__m128d)v);
 #endif
 }
 
@@ -135,11 +138,10 @@ inline simd::VD expand_load(const double* src, uint32_t m, simd::VD other) {
     const __m256i sel = _mm256_slli_epi64(_mm256_srlv_epi64(_mm256_set1_epi64x(m), _mm256_setr_epi64x(0, 1, 2, 3)), 63);
     return (simd::VD)_mm256_blendv_pd((__m256d)other, e, _mm256_castsi256_pd(sel));
 #else
-    simd::VD r = other;
-    int k = 0;
-    for (int l = 0; l < 2; ++l)
-        if (m >> l & 1) r[l] = src[k++];
-    return r;
+    // Branch-free: lane 1 reads src[1] after lane 0, else src[0].
+    const __m128d e = _mm_loadh_pd(_mm_load_sd(src), src + (m & 1));
+    const __m128i sel = _mm_set_epi64x(-int64_t(m >> 1 & 1), -int64_t(m & 1));
+    return (simd::VD)_mm_or_pd(_mm_and_pd(_mm_castsi128_pd(sel), e), _mm_andnot_pd(_mm_castsi128_pd(sel), (__m128d)other));
 #endif
 }
 

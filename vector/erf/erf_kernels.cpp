@@ -13,6 +13,7 @@
 
 #include "vector/block_driver.h"
 #include "vector/erf/erf_core.h"
+#include "vector/erf/erf_dvec.h"
 #include "vector/erf/erf_vec.h"
 
 namespace orv::erfk {
@@ -128,18 +129,28 @@ struct Blocked {
 // Callouts: non-finite and |x| below 2^-1000 (2^-125 single: the result
 // may be denormal).
 struct ErfD : Blocked<double, erf_c<double>> {
-    static V fastv(V x) { return v::erf_d(x); }
+    static V fastv(V x) { return v::two_paths<v::ErfPaths>(x); }
+#if ORV_SIMD_BYTES > 16
+    static void fast_block(const T* x, T* z, int n) { v::two_paths_block<v::ErfPaths>(x, z, n); }
+#else
+    static void fast_block(const T* x, T* z, int n) { v::two_paths_pairs<v::ErfPaths, 4>(x, z, n); }
+#endif
     static int special_lanes(V x) { return v::abs_hw_ge(x, 0x7FF00000) | v::abs_hw_lt(x, 0x01700000); }
 };
 struct ErfS : Blocked<float, erf_c<float>> {
     static V fastv(V x) { return v::on_halves<v::erf_d>(x); }
     static int special_lanes(V x) { return v::abs_ge(x, 0x7F800000) | v::abs_lt(x, 0x01000000); }
 };
-// Callouts: non-finite and x >= 12 (9 single, past which the result
-// nears the denormals).
+// Callouts: non-finite and x >= 26.5 (9 single), past which the result
+// nears the denormals.
 struct ErfcD : Blocked<double, erfc_c<double>> {
-    static V fastv(V x) { return v::erfc_d(x); }
-    static int special_lanes(V x) { return v::abs_hw_ge(x, 0x7FF00000) | v::hw_ge(x, 0x40280000); }
+    static V fastv(V x) { return v::two_paths<v::ErfcPaths>(x); }
+#if ORV_SIMD_BYTES > 16
+    static void fast_block(const T* x, T* z, int n) { v::two_paths_block<v::ErfcPaths>(x, z, n); }
+#else
+    static void fast_block(const T* x, T* z, int n) { v::two_paths_pairs<v::ErfcPaths, 4>(x, z, n); }
+#endif
+    static int special_lanes(V x) { return v::abs_hw_ge(x, 0x7FF00000) | v::hw_ge(x, 0x403A8000); }
 };
 struct ErfcS : Blocked<float, erfc_c<float>> {
     static V fastv(V x) { return v::on_halves<v::erfc_d>(x); }
