@@ -1,0 +1,142 @@
+// Opt-in check of the single Erf, Erfc and CdfNorm kernels on every float
+// input (2^32): each tier's result against the double HA kernel of the same
+// function (within 1 ULP of double, 2^-29 of a float ULP), the error in
+// float ULPs of the reference's binade. The worst inputs of each row are
+// then measured again against MPFR at 200 bits, and those figures printed.
+//
+//   erf_single_exhaustive [FUNCTION...]     (Erf Erfc CdfNorm; default all)
+//
+// Takes some minutes on one core; not part of ctest.
+#include <mpfr.h>
+
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include <orv/vtm.h>
+#include <orv/vtm_functions.h>
+
+namespace {
+
+using KS = void (*)(int, const float*, float*);
+using KD = void (*)(int, const double*, double*);
+
+struct Fn {
+    const char* name;
+    const KS* single;  // tier slots LA HA EP
+    KD ref;
+    int (*mp)(mpfr_ptr, mpfr_srcptr, mpfr_rnd_t);
+    bool cdf;
+};
+
+// Phi(x) = erfc(-x/sqrt 2)/2 in MPFR.
+void mp_eval(const Fn& f, mpfr_t y, float x) {
+    mpfr_t t;
+    mpfr_init2(t, 200);
+    mpfr_set_flt(t, x, MPFR_RNDN);
+    if (f.cdf) {
+        mpfr_t s;
+        mpfr_init2(s, 200);
+        mpfr_sqrt_ui(s, 2, MPFR_RNDN);
+        mpfr_div(t, t, s, MPFR_RNDN);
+        mpfr_neg(t, t, MPFR_RNDN);
+        mpfr_erfc(y, t, MPFR_RNDN);
+        mpfr_div_2ui(y, y, 1, MPFR_RNDN);
+        mpfr_clear(s);
+    } else {
+        f.mp(y, t, MPFR_RNDN);
+    }
+    mpfr_clear(t);
+}
+
+// |r - ref| in ULPs of float in ref's binade (the denormal ULP below).
+double ulps(float r, double ref) {
+    if (std::isnan(ref) || std::isnan(r)) return std::isnan(ref) == std::isnan(r) ? 0 : 1e9;
+    if (std::isinf(ref) || std::isinf(r)) return double(r) == ref ? 0 : 1e9;
+    int e = std::ilogb(ref == 0 ? 1e-300 : ref);
+    if (e < -126) e = -126;
+    return std::fabs(double(r) - ref) / std::ldexp(1.0, e - 23);
+}
+
+double mp_ulps(const Fn& f, float x, float r) {
+    mpfr_t y, d;
+    mpfr_init2(y, 200);
+    mpfr_init2(d, 200);
+    mp_eval(f, y, x);
+    int e = int(mpfr_get_exp(y)) - 1;  // y = m 2^exp, m in [1/2, 1)
+    if (mpfr_zero_p(y) || e < -126) e = -126;
+    mpfr_set_flt(d, r, MPFR_RNDN);
+    mpfr_sub(d, d, y, MPFR_RNDN);
+    mpfr_abs(d, d, MPFR_RNDN);
+    mpfr_mul_2si(d, d, 23 - e, MPFR_RNDN);
+    const double u = mpfr_get_d(d, MPFR_RNDN);
+    mpfr_clear(y);
+    mpfr_clear(d);
+    return u;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const Fn fns[] = {
+        {"Erf", orv_vtm_kernel_sErf_ttab, orv_vtm_kernel_dErf_ttab[1], mpfr_erf, false},
+        {"Erfc", orv_vtm_kernel_sErfc_ttab, orv_vtm_kernel_dErfc_ttab[1], mpfr_erfc, false},
+        {"CdfNorm", orv_vtm_kernel_sCdfNorm_ttab, orv_vtm_kernel_dCdfNorm_ttab[1], nullptr, true},
+    };
+    const char* slot[3] = {"LA", "HA", "EP"};
+    constexpr int kChunk = 1 << 16;
+    constexpr int kKeep = 64;  // worst inputs kept per row for the MPFR pass
+    std::vector<float> x(kChunk), r(kChunk);
+    std::vector<double> xd(kChunk), ref(kChunk);
+    int bad = 0;
+    for (const Fn& f : fns) {
+        bool want = argc < 2;
+        for (int i = 1; i < argc; ++i) want |= std::string(argv[i]) == f.name;
+        if (!want) continue;
+        int nslots = f.single[0] == f.single[1] && f.single[2] == f.single[1] ? 1 : 3;
+        std::vector<std::vector<std::pair<double, float>>> worst(3);
+        for (uint64_t base = 0; base < (1ull << 32); base += kChunk) {
+            for (int i = 0; i < kChunk; ++i) {
+                const uint32_t b = uint32_t(base + i);
+                std::memcpy(&x[i], &b, 4);
+                xd[i] = x[i];
+            }
+            f.ref(kChunk, xd.data(), ref.data());
+            for (int s = 0; s < 3; ++s) {
+                if (nslots == 1 && s != 1) continue;
+                f.single[s](kChunk, x.data(), r.data());
+                auto& w = worst[s];
+                for (int i = 0; i < kChunk; ++i) {
+                    const double u = ulps(r[i], ref[i]);
+                    if (w.size() < kKeep || u > w.back().first) {
+                        w.emplace_back(u, x[i]);
+                        for (size_t j = w.size() - 1; j > 0 && w[j].first > w[j - 1].first; --j)
+                            std::swap(w[j], w[j - 1]);
+                        if (w.size() > kKeep) w.pop_back();
+                    }
+                }
+            }
+        }
+        for (int s = 0; s < 3; ++s) {
+            if (nslots == 1 && s != 1) continue;
+            double mw = 0;
+            float mx = 0;
+            for (const auto& [u, xi] : worst[s]) {
+                float ri;
+                f.single[s](1, &xi, &ri);
+                const double m = std::isfinite(ri) && !std::isnan(xi) ? mp_ulps(f, xi, ri) : u;
+                if (m > mw) mw = m, mx = xi;
+            }
+            std::printf("s%-8s %s  worst vs double %.4f ULP at %a; worst of the %d worst vs MPFR %.4f ULP at %a\n",
+                        f.name, slot[s], worst[s][0].first, double(worst[s][0].second), kKeep, mw,
+                        double(mx));
+            std::fflush(stdout);
+            const double bound = s == 1 ? 1.0 : s == 0 ? 4.0 : 4096.0;
+            if (mw > bound) ++bad;
+        }
+    }
+    return bad ? 1 : 0;
+}
