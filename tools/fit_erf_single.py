@@ -10,6 +10,13 @@ result within about 0.52 ULP. The pieces (a = |z|):
              a relative one).
   erfcx:     erfcx(a) = t G(t), t = 2/(2 + a), for 3/4 <= a <= 9 (t in
              [2/11, 8/11]); G fitted to erfcx(2/t - 2)/t (values 0.34 to 0.64).
+  erfcx4, exp6: G on t in [1/3, 8/11] (3/4 <= a <= 4) and exp(r) at lower
+             degrees for Erf, which needs erfc(a) only to 2^-28 relative at
+             a = 3/4 and less beyond (its error is absolute against erf).
+  erfcx_all: the same G on t in [1e-9, 8/11], 3/4 <= a <= 2 10^9 (Erfcx to
+             the largest argument: G is smooth at t = 0, where it is
+             1/(2 sqrt pi); below t = 1e-9 G and the polynomial each move by
+             under 1e-9 of their value).
   exp:       exp(r) for |r| <= ln2/2 (exp(-a^2) = 2^-k exp(r),
              r = k ln2 - a^2, k = round(a^2/ln2)).
 
@@ -66,6 +73,9 @@ FITS = [
     ("kErfSmallS", erf_small, (Decimal("1e-40"), Decimal(9) / 16), 5),
     ("kErfcxGS", erfcx_g, (Decimal(2) / 11, Decimal(8) / 11), 9),
     ("kExpS", exp_r, (-LN2_2, LN2_2), 7),
+    ("kErfcxG4S", erfcx_g, (Decimal(1) / 3, Decimal(8) / 11), 7),
+    ("kExpS6", exp_r, (-LN2_2, LN2_2), 6),
+    ("kErfcxAllS", erfcx_g, (Decimal("1e-9"), Decimal(8) / 11), 11),
     ("kErfSmallSEp", erf_small, (Decimal("1e-40"), Decimal(9) / 16), 3),
     ("kErfcxGSEp", erfcx_g, (Decimal(2) / 11, Decimal(8) / 11), 4),
     ("kExpSEp", exp_r, (-LN2_2, LN2_2), 4),

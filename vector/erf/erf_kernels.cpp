@@ -3,7 +3,7 @@
 // scalar routine of erf_core.h as the callout of the lanes an integer test
 // flags (non-finite, tiny, far tails, outside the domain, near overflow).
 // The single forms compute in double and
-// round once (Erf, Erfc and CdfNorm by the short fits of erf_single.h). Statuses: domain 1 for an argument
+// round once (Erf, Erfc, CdfNorm and Erfcx by the short fits of erf_single.h). Statuses: domain 1 for an argument
 // outside the inverse's range, pole 2 at its ends, overflow 3 for a finite
 // argument with an infinite result, underflow 4 where the exact result is
 // not zero and the returned one is denormal or zero.
@@ -133,7 +133,7 @@ struct ErfD : Blocked<double, erf_c<double>> {
     static int special_lanes(V x) { return v::abs_hw_ge(x, 0x7FF00000) | v::abs_hw_lt(x, 0x01700000); }
 };
 struct ErfS : Blocked<float, erf_c<float>> {
-    static V fastv(V x) { return single::erf_f<single::SetHa>(x); }
+    static V fastv(V x) { return single::erf_f<single::SetErf>(x); }
     static int special_lanes(V x) { return v::abs_ge(x, 0x7F800000) | v::abs_lt(x, 0x01000000); }
 };
 // Callouts: non-finite and x >= 12 (9 single, past which the result
@@ -156,7 +156,7 @@ struct ErfcxD : Blocked<double, erfcx_c<double>> {
     }
 };
 struct ErfcxS : Blocked<float, erfcx_c<float>> {
-    static V fastv(V x) { return v::on_halves<v::erfcx_d>(x); }
+    static V fastv(V x) { return single::erfcx_f(x); }
     static int special_lanes(V x) { return v::abs_ge(x, 0x7F800000) | v::uge(x, 0xC1140000u) | v::ge(x, 0x7D800000); }
 };
 // Callouts: non-finite and x <= -16.5 (-12.5 single). The double EP kernel
