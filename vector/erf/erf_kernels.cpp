@@ -3,7 +3,7 @@
 // scalar routine of erf_core.h as the callout of the lanes an integer test
 // flags (non-finite, tiny, far tails, outside the domain, near overflow).
 // The single forms compute in double and
-// round once. Statuses: domain 1 for an argument
+// round once (Erf, Erfc, CdfNorm and Erfcx by the short fits of erf_single.h). Statuses: domain 1 for an argument
 // outside the inverse's range, pole 2 at its ends, overflow 3 for a finite
 // argument with an infinite result, underflow 4 where the exact result is
 // not zero and the returned one is denormal or zero.
@@ -14,6 +14,7 @@
 #include "vector/block_driver.h"
 #include "vector/erf/erf_core.h"
 #include "vector/erf/erf_dvec.h"
+#include "vector/erf/erf_single.h"
 #include "vector/erf/erf_vec.h"
 
 namespace orv::erfk {
@@ -138,7 +139,7 @@ struct ErfD : Blocked<double, erf_c<double>> {
     static int special_lanes(V x) { return v::abs_hw_ge(x, 0x7FF00000) | v::abs_hw_lt(x, 0x01700000); }
 };
 struct ErfS : Blocked<float, erf_c<float>> {
-    static V fastv(V x) { return v::on_halves<v::erf_d>(x); }
+    static V fastv(V x) { return single::erf_f<single::SetErf>(x); }
     static int special_lanes(V x) { return v::abs_ge(x, 0x7F800000) | v::abs_lt(x, 0x01000000); }
 };
 // Callouts: non-finite and x >= 26.5 (9 single), past which the result
@@ -153,7 +154,7 @@ struct ErfcD : Blocked<double, erfc_c<double>> {
     static int special_lanes(V x) { return v::abs_hw_ge(x, 0x7FF00000) | v::hw_ge(x, 0x403A8000); }
 };
 struct ErfcS : Blocked<float, erfc_c<float>> {
-    static V fastv(V x) { return v::on_halves<v::erfc_d>(x); }
+    static V fastv(V x) { return single::erfc_f<single::SetHa>(x); }
     static int special_lanes(V x) { return v::abs_ge(x, 0x7F800000) | v::ge(x, 0x41100000); }
 };
 // Callouts: non-finite, x <= -26 (-9.25 single: the result nears or passes
@@ -166,11 +167,11 @@ struct ErfcxD : Blocked<double, erfcx_c<double>> {
     }
 };
 struct ErfcxS : Blocked<float, erfcx_c<float>> {
-    static V fastv(V x) { return v::on_halves<v::erfcx_d>(x); }
+    static V fastv(V x) { return single::erfcx_f(x); }
     static int special_lanes(V x) { return v::abs_ge(x, 0x7F800000) | v::uge(x, 0xC1140000u) | v::ge(x, 0x7D800000); }
 };
-// Callouts: non-finite and x <= -16.5 (-12.5 single). The EP kernel (and
-// the single LA and EP ones) skip the double-double steps.
+// Callouts: non-finite and x <= -16.5 (-12.5 single). The double EP kernel
+// skips the double-double steps; the single ones are erf_single.h's.
 struct CdfNormD : Blocked<double, cdfnorm_c<double>> {
     static V fastv(V x) { return v::cdfnorm_d(x); }
     static int special_lanes(V x) { return v::abs_hw_ge(x, 0x7FF00000) | v::hw_uge(x, 0xC0308000u); }
@@ -178,13 +179,13 @@ struct CdfNormD : Blocked<double, cdfnorm_c<double>> {
 struct CdfNormDEp : CdfNormD {
     static V fastv(V x) { return v::cdfnorm_ep_d(x); }
 };
-template <v::VD (*F)(v::VD)>
+template <class Set>
 struct CdfNormSOf : Blocked<float, cdfnorm_c<float>> {
-    static V fastv(V x) { return v::on_halves<F>(x); }
+    static V fastv(V x) { return single::cdfnorm_f<Set>(x); }
     static int special_lanes(V x) { return v::abs_ge(x, 0x7F800000) | v::uge(x, 0xC1480000u); }
 };
-using CdfNormS = CdfNormSOf<v::cdfnorm_d>;
-using CdfNormSEp = CdfNormSOf<v::cdfnorm_ep_d>;
+using CdfNormS = CdfNormSOf<single::SetHa>;
+using CdfNormSEp = CdfNormSOf<single::SetEp>;
 // Single ErfInv: the double guess rounded to single is within 1 ULP (full
 // guess) or 4 ULP (LA guess); the EP guess is good to 2^-14. Callouts:
 // |y| >= 1, NaN, and |y| below the least normal (the result is denormal).
@@ -241,10 +242,11 @@ ORV_UNARY_KERNELS(sErfc, ErfcS)
 ORV_UNARY_KERNELS(dErfc, ErfcD)
 ORV_UNARY_KERNELS(sErfcx, ErfcxS)
 ORV_UNARY_KERNELS(dErfcx, ErfcxD)
-// Single CdfNorm: the plain-double kernel in LA and EP; double: the
+// Single CdfNorm: the accurate kernel in LA and HA, the EP set of
+// degrees in EP; double: the
 // accurate kernel in LA and HA (4 ULP needs the double-double steps too),
 // the plain-double one in EP.
-ORV_UNARY_KERNELS_TIER(sCdfNorm, _la, 0, CdfNormSEp)
+ORV_UNARY_KERNELS_TIER(sCdfNorm, _la, 0, CdfNormS)
 ORV_UNARY_KERNELS_TIER(sCdfNorm, _ha, 1, CdfNormS)
 ORV_UNARY_KERNELS_TIER(sCdfNorm, _ep, 2, CdfNormSEp)
 ORV_UNARY_KERNELS_TIER(dCdfNorm, _la, 0, CdfNormD)
