@@ -31,6 +31,7 @@ import mpmath as mp
 
 sys.path.insert(0, __import__("os").path.dirname(__file__))
 import fit_minimax as fm  # noqa: E402
+from gen_explog_tables import round_bits  # noqa: E402
 
 getcontext().prec = 60
 mp.mp.dps = 60
@@ -41,19 +42,6 @@ H = Decimal("0.0297")
 
 def f32(bits):
     return Fraction(struct.unpack("<f", struct.pack("<I", bits))[0])
-
-
-def round_bits(q, nbits):
-    """q (positive Fraction) rounded to nbits significant bits."""
-    e = 0
-    while q >= 2:
-        q /= 2
-        e += 1
-    while q < 1:
-        q *= 2
-        e -= 1
-    m = round(q * 2 ** (nbits - 1))
-    return Fraction(m, 2 ** (nbits - 1)) * Fraction(2) ** e
 
 
 def dbits(v):
