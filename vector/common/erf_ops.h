@@ -87,7 +87,8 @@ inline void rows_of(const double* base, simd::VI64 idx, simd::VD (&out)[4 * K]) 
 }
 
 
-// Lane sorting (the inverses run each path on registers of its own lanes).
+// Lane sorting (CdfNormInv, Erf and Erfc run each path on registers of its
+// own lanes).
 //
 // compress_store: scalar meaning: the lanes l of v with bit l of m set, in
 // lane order, go to dst[0], dst[1], ...; dst must have room for a whole
@@ -143,6 +144,52 @@ inline simd::VD expand_load(const double* src, uint32_t m, simd::VD other) {
     const __m128i sel = _mm_set_epi64x(-int64_t(m >> 1 & 1), -int64_t(m & 1));
     return (simd::VD)_mm_or_pd(_mm_and_pd(_mm_castsi128_pd(sel), e), _mm_andnot_pd(_mm_castsi128_pd(sel), (__m128d)other));
 #endif
+}
+
+// Set bits of a lane mask of at most 8 bits (the baseline has no popcnt
+// instruction, and the library call costs more than this).
+inline int count8(uint32_t m) {
+    m = m - ((m >> 1) & 0x55);
+    m = (m & 0x33) + ((m >> 2) & 0x33);
+    return int((m + (m >> 4)) & 0x0F);
+}
+
+// n elements (n a multiple of the register width, at most Max; out may be
+// in) with their lanes sorted by path: the lanes whose bit of first(x) is
+// set are compressed into one run, the others into a second; run_a(run, k)
+// and run_b(run, k) compute the k elements of each run in place on whole
+// registers (each run is followed by two registers of pad_a or pad_b, so a
+// step may take two registers at a time); the results are expanded back to
+// their lanes. Only data moves, so each lane gets what its path computes.
+template <int Max, typename First, typename RunA, typename RunB>
+inline void by_path(const double* in, double* out, int n, First first, double pad_a, double pad_b, RunA run_a,
+                    RunB run_b) {
+    using R = simd::Reg<double>;
+    constexpr int kW = R::kWidth;
+    constexpr uint32_t kAll = (1u << kW) - 1;
+    alignas(64) double pa[Max + 2 * kW], pb[Max + 2 * kW];
+    uint32_t mask[Max / kW];
+    int na = 0, nb = 0;
+    for (int j = 0; j * kW < n; ++j) {
+        const simd::VD x = R::load(in + j * kW);
+        const uint32_t m = simd::lanes(first(x));
+        mask[j] = m;
+        compress_store(pa + na, x, m);
+        compress_store(pb + nb, x, m ^ kAll);
+        na += count8(m);
+        nb += kW - count8(m);
+    }
+    for (int k = 0; k < 2; ++k) R::store(pa + na + k * kW, R::set1(pad_a)), R::store(pb + nb + k * kW, R::set1(pad_b));
+    run_a(pa, na);
+    run_b(pb, nb);
+    int oa = 0, ob = 0;
+    for (int j = 0; j * kW < n; ++j) {
+        const uint32_t m = mask[j];
+        const simd::VD t = expand_load(pb + ob, m ^ kAll, R::set1(0.0));
+        R::store(out + j * kW, expand_load(pa + oa, m, t));
+        oa += count8(m);
+        ob += kW - count8(m);
+    }
 }
 
 }  // namespace orv::vec::erfops

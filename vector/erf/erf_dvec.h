@@ -139,14 +139,6 @@ struct ErfcPaths {
     }
 };
 
-// Set bits of a lane mask (at most 8 bits; the baseline has no popcnt
-// instruction, and the library call costs more than this).
-inline int count8(uint32_t m) {
-    m = m - ((m >> 1) & 0x55);
-    m = (m & 0x33) + ((m >> 2) & 0x33);
-    return int((m + (m >> 4)) & 0x0F);
-}
-
 // One register: each path computed only when a lane needs it.
 template <typename P>
 [[gnu::flatten]] inline VD two_paths(VD x) {
@@ -187,48 +179,27 @@ template <typename P, int G = 2>
 }
 
 // n elements (n a multiple of the register width, at most vec::kBlockSpan;
-// out may be in): the lanes are sorted by path (compressed into two runs),
-// each path runs on full registers of its own lanes (two registers a step
-// through the rows, so that their chains overlap), and the results are
-// expanded back to their lanes. Each lane's operations are those of
-// two_paths.
+// out may be in): each path on full registers of its own lanes
+// (erfops::by_path), two registers a step through the rows, so that their
+// chains overlap. Each lane's operations are those of two_paths.
 template <typename P>
 [[gnu::flatten]] inline void two_paths_block(const double* in, double* out, int n) {
-    namespace eo = orv::vec::erfops;
     using R = simd::Reg<double>;
     constexpr int kW = R::kWidth;
-    constexpr int kMax = orv::vec::kBlockSpan;
-    alignas(64) double pb[kMax + 2 * kW], ps[kMax + kW];
-    uint32_t mask[kMax / kW];
-    int nb = 0, ns = 0;
-    for (int j = 0; j * kW < n; ++j) {
-        const VD x = R::load(in + j * kW);
-        const uint32_t m = simd::lanes(simd::not_lt(abs_of(x), splat(0.5)));
-        mask[j] = m;
-        eo::compress_store(pb + nb, x, m);
-        eo::compress_store(ps + ns, x, m ^ all_lanes());
-        nb += count8(m);
-        ns += kW - count8(m);
-    }
-    R::store(pb + nb, splat(1.0));
-    R::store(pb + nb + kW, splat(1.0));
-    R::store(ps + ns, splat(0.25));
-    for (int l = 0; l < nb; l += 2 * kW) {
-        const VD x[2] = {R::load(pb + l), R::load(pb + l + kW)};
-        VD z[2];
-        P::template big<2>(x, z);
-        R::store(pb + l, z[0]);
-        R::store(pb + l + kW, z[1]);
-    }
-    for (int l = 0; l < ns; l += kW) R::store(ps + l, P::small(R::load(ps + l)));
-    int ob = 0, os = 0;
-    for (int j = 0; j * kW < n; ++j) {
-        const uint32_t m = mask[j];
-        const VD t = eo::expand_load(ps + os, m ^ all_lanes(), splat(0.0));
-        R::store(out + j * kW, eo::expand_load(pb + ob, m, t));
-        ob += count8(m);
-        os += kW - count8(m);
-    }
+    orv::vec::erfops::by_path<orv::vec::kBlockSpan>(
+        in, out, n, [](VD x) { return simd::not_lt(abs_of(x), splat(0.5)); }, 1.0, 0.25,
+        [](double* run, int k) {
+            for (int l = 0; l < k; l += 2 * kW) {
+                const VD x[2] = {R::load(run + l), R::load(run + l + kW)};
+                VD z[2];
+                P::template big<2>(x, z);
+                R::store(run + l, z[0]);
+                R::store(run + l + kW, z[1]);
+            }
+        },
+        [](double* run, int k) {
+            for (int l = 0; l < k; l += kW) R::store(run + l, P::small(R::load(run + l)));
+        });
 }
 
 }  // namespace orv::erfk::v

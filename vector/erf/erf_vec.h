@@ -481,41 +481,20 @@ inline VD cdfnorminv_d(VD p) {
 }
 
 // Phi^-1 on n elements (n a multiple of the register width, at most
-// vec::kBlockSpan;
-// out may be in): the lanes are sorted by form (compressed into two runs),
-// each form runs on full registers of its own lanes (the last one padded),
-// and the results are expanded back to their lanes. Each lane's operations
-// are those of cdfnorminv_d.
+// vec::kBlockSpan; out may be in): the central and the tail lanes each on
+// full registers of their own (erfops::by_path). Each lane's operations are
+// those of cdfnorminv_d.
 template <int Kind, bool Refine>
 inline void cdfnorminv_block(const double* in, double* out, int n) {
-    namespace eo = orv::vec::erfops;
     using R = simd::Reg<double>;
-    constexpr int kW = R::kWidth;
-    constexpr int kMax = orv::vec::kBlockSpan;
-    alignas(64) double pc[kMax + kW], pt[kMax + kW];
-    uint32_t mask[kMax / kW];
-    int nc = 0, nt = 0;
-    for (int j = 0; j * kW < n; ++j) {
-        const VD p = R::load(in + j * kW);
-        const uint32_t m = simd::lanes(cdfnorminv_is_central(p));
-        mask[j] = m;
-        eo::compress_store(pc + nc, p, m);
-        eo::compress_store(pt + nt, p, m ^ all_lanes());
-        nc += std::popcount(m);
-        nt += kW - std::popcount(m);
-    }
-    R::store(pc + nc, splat(0.5));
-    R::store(pt + nt, splat(0.125));
-    for (int l = 0; l < nc; l += kW) R::store(pc + l, cdfnorminv_central<Kind, Refine>(R::load(pc + l)));
-    for (int l = 0; l < nt; l += kW) R::store(pt + l, cdfnorminv_tail<Kind, Refine>(R::load(pt + l)));
-    int oc = 0, ot = 0;
-    for (int j = 0; j * kW < n; ++j) {
-        const uint32_t m = mask[j];
-        const VD t = eo::expand_load(pt + ot, m ^ all_lanes(), splat(0.0));
-        R::store(out + j * kW, eo::expand_load(pc + oc, m, t));
-        oc += std::popcount(m);
-        ot += kW - std::popcount(m);
-    }
+    orv::vec::erfops::by_path<orv::vec::kBlockSpan>(
+        in, out, n, cdfnorminv_is_central, 0.5, 0.125,
+        [](double* run, int k) {
+            for (int l = 0; l < k; l += R::kWidth) R::store(run + l, cdfnorminv_central<Kind, Refine>(R::load(run + l)));
+        },
+        [](double* run, int k) {
+            for (int l = 0; l < k; l += R::kWidth) R::store(run + l, cdfnorminv_tail<Kind, Refine>(R::load(run + l)));
+        });
 }
 
 // One bit a lane: the high word of x (signed) at or above b, of |x| at or
