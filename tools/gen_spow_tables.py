@@ -138,12 +138,12 @@ def main():
     out.append("")
     for d, (c, e) in qfits.items():
         out.append(f"// 16 log2(1 + r) = r Q(r), |r| <= {H}, Q of degree {d} (Remez on 16 log2(1 + r) / r);")
-        out.append(f"// relative error of the rounded polynomial 2^{lg(e):.1f}.")
-        out.append(f"inline constexpr double kSpowQ{d}[{d + 1}] = {{" + ", ".join(v.hex() for v in c) + "};")
+        out.append(f"// relative error of the rounded polynomial 2^{lg(e):.1f}; highest degree first.")
+        out.append(f"inline constexpr double kSpowQ{d}[{d + 1}] = {{" + ", ".join(v.hex() for v in reversed(c)) + "};")
     for d, (c, e) in pfits.items():
         out.append(f"// 2^(u/16) = 1 + u P(u), |u| <= 1/2, P of degree {d} (Remez on (2^(u/16) - 1) / u);")
-        out.append(f"// relative error of the rounded polynomial 2^{lg(e):.1f}.")
-        out.append(f"inline constexpr double kSpowP{d}[{d + 1}] = {{" + ", ".join(v.hex() for v in c) + "};")
+        out.append(f"// relative error of the rounded polynomial 2^{lg(e):.1f}; highest degree first.")
+        out.append(f"inline constexpr double kSpowP{d}[{d + 1}] = {{" + ", ".join(v.hex() for v in reversed(c)) + "};")
     out.append("")
     out.append("}  // namespace orv::power")
     print("\n".join(out))

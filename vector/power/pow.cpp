@@ -13,6 +13,7 @@
 #include "vector/block_driver.h"
 #include "vector/common/bits.h"
 #include "vector/common/gather.h"
+#include "vector/common/poly.h"
 #include "vector/power/power_core.h"
 #include "vector/power/spow_tables.h"
 #include "vtm_kernels.h"
@@ -255,15 +256,6 @@ struct PowD : PowBase<double, pow_callout<double>> {
 // polynomial (all scaled by 16, exactly, to give 16 y log2 x at once); then 2^t from 2^(m/16) (16 rows) times a degree-4
 // polynomial, scaled by adding m to the entry's bits. Tables and
 // coefficients: vector/power/spow_tables.h (tools/gen_spow_tables.py).
-// Horner's rule on the coefficients c[0] + c[1] u + ..., in that order of
-// operations at every width.
-template <const auto& C>
-inline V2 horner(V2 u) {
-    constexpr int kN = int(sizeof(C) / sizeof(C[0]));
-    V2 p = splat(C[kN - 1]);
-    for (int i = kN - 2; i >= 0; --i) p = p * u + splat(C[i]);
-    return p;
-}
 // Q and P: the log2 and exp2 polynomials (HA: kSpowQ5, kSpowP3).
 template <const auto& Q, const auto& P>
 inline V2 spow_step(V2 x, V2 y) {
@@ -276,14 +268,14 @@ inline V2 spow_step(V2 x, V2 y) {
     V2 invc, logc;
     po::rows16<kSpowLog>(po::srl64<48>(tmp), &invc, &logc);
     const V2 r = z * invc - splat(1.0);  // exact
-    const V2 t16 = y * ((k16 + logc) + r * horner<Q>(r));  // 16 y log2 x
+    const V2 t16 = y * ((k16 + logc) + r * orv::vec::poly::horner(r, Q, splat));  // 16 y log2 x
     const V2 kd = t16 + splat(kShift);
     const V2 u = t16 - (kd - splat(kShift));  // |u| <= 1/2, exact
     const po::VI64 m = po::ibits(kd);        // m = round(16 t) in the low bits
     V2 e, unused;
     po::rows16<kSpowExp2>(m, &e, &unused);
     const V2 s = po::dbits(po::add64(po::ibits(e), simd::as<po::VI64>(simd::as<simd::VU64>(m) << 48)));
-    return s * (horner<P>(u) * u) + s;
+    return s * (orv::vec::poly::horner(u, P, splat) * u) + s;
 }
 template <const auto& Q = kSpowQ5, const auto& P = kSpowP3>
 inline VF pow_s_v(VF x, VF y) {

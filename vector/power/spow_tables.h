@@ -47,19 +47,19 @@ alignas(64) inline constexpr double kSpowExp2[16][2] = {
 };
 
 // 16 log2(1 + r) = r Q(r), |r| <= 0.0297, Q of degree 5 (Remez on 16 log2(1 + r) / r);
-// relative error of the rounded polynomial 2^-38.2.
-inline constexpr double kSpowQ5[6] = {0x1.71547652bd0dap+4, -0x1.71547652eb4c5p+3, 0x1.ec7097b447771p+2, -0x1.71546b203abbep+2, 0x1.27be50202a719p+2, -0x1.ed1795f19d89ap+1};
+// relative error of the rounded polynomial 2^-38.2; highest degree first.
+inline constexpr double kSpowQ5[6] = {-0x1.ed1795f19d89ap+1, 0x1.27be50202a719p+2, -0x1.71546b203abbep+2, 0x1.ec7097b447771p+2, -0x1.71547652eb4c5p+3, 0x1.71547652bd0dap+4};
 // 16 log2(1 + r) = r Q(r), |r| <= 0.0297, Q of degree 4 (Remez on 16 log2(1 + r) / r);
-// relative error of the rounded polynomial 2^-31.9.
-inline constexpr double kSpowQ4[5] = {0x1.71547652c1ebcp+4, -0x1.7154745c09fb5p+3, 0x1.ec7095027727ap+2, -0x1.719a02c17c4aap+2, 0x1.27ca3ee6e0e87p+2};
+// relative error of the rounded polynomial 2^-31.9; highest degree first.
+inline constexpr double kSpowQ4[5] = {0x1.27ca3ee6e0e87p+2, -0x1.719a02c17c4aap+2, 0x1.ec7095027727ap+2, -0x1.7154745c09fb5p+3, 0x1.71547652c1ebcp+4};
 // 16 log2(1 + r) = r Q(r), |r| <= 0.0297, Q of degree 3 (Remez on 16 log2(1 + r) / r);
-// relative error of the rounded polynomial 2^-25.6.
-inline constexpr double kSpowQ3[4] = {0x1.715475da17b16p+4, -0x1.7154732e525afp+3, 0x1.ecb360403b920p+2, -0x1.71a7edc8d8e3ep+2};
+// relative error of the rounded polynomial 2^-25.6; highest degree first.
+inline constexpr double kSpowQ3[4] = {-0x1.71a7edc8d8e3ep+2, 0x1.ecb360403b920p+2, -0x1.7154732e525afp+3, 0x1.715475da17b16p+4};
 // 2^(u/16) = 1 + u P(u), |u| <= 1/2, P of degree 3 (Remez on (2^(u/16) - 1) / u);
-// relative error of the rounded polynomial 2^-37.5.
-inline constexpr double kSpowP3[4] = {0x1.62e42fee4615cp-5, 0x1.ebfbdff5a63f2p-11, 0x1.c6b3488221e73p-17, 0x1.3b2c9b8bdc169p-23};
+// relative error of the rounded polynomial 2^-37.5; highest degree first.
+inline constexpr double kSpowP3[4] = {0x1.3b2c9b8bdc169p-23, 0x1.c6b3488221e73p-17, 0x1.ebfbdff5a63f2p-11, 0x1.62e42fee4615cp-5};
 // 2^(u/16) = 1 + u P(u), |u| <= 1/2, P of degree 2 (Remez on (2^(u/16) - 1) / u);
-// relative error of the rounded polynomial 2^-28.7.
-inline constexpr double kSpowP2[3] = {0x1.62e42fece88bep-5, 0x1.ebff917b694f0p-11, 0x1.c6b3f7470ad8bp-17};
+// relative error of the rounded polynomial 2^-28.7; highest degree first.
+inline constexpr double kSpowP2[3] = {0x1.c6b3f7470ad8bp-17, 0x1.ebff917b694f0p-11, 0x1.62e42fece88bep-5};
 
 }  // namespace orv::power
