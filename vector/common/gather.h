@@ -172,7 +172,8 @@ inline void pairs_of(I t, int32_t mask, V* hi, V* lo) {
             *hi = column_lookup<0, kRows>(cols.hi, j);
             *lo = column_lookup<0, kRows>(cols.lo, j);
         } else {
-            const __m512i j = (__m512i)(simd::as<simd::VI64>(t) & int64_t(mask));
+            // One permute of two registers reads only the index's low 4 bits.
+            const __m512i j = kRows == 16 && mask == 15 ? (__m512i)t : (__m512i)(simd::as<simd::VI64>(t) & int64_t(mask));
             *hi = column_lookup<0, kRows>(cols.hi, j);
             *lo = column_lookup<0, kRows>(cols.lo, j);
         }

@@ -5,7 +5,6 @@
 
 #include <cstdint>
 
-#include "vector/common/gather.h"
 #include "vector/simd/vec.h"
 
 namespace orv::vec::power_ops {
@@ -102,65 +101,6 @@ inline VD int_hi_to_double(simd::VI32 k) {
     VIHalf h;
     __builtin_memcpy(&h, reinterpret_cast<const char*>(&k) + sizeof h, sizeof h);
     return __builtin_convertvector(h, VD);
-}
-
-// The low and high halves of a float register widened to double, as
-// simd::widen_lo / widen_hi (same values), by one conversion each: the
-// generic conversion of a half-register vector is split by the compiler
-// into 128-bit pieces in the wide builds.
-inline VD widen_lo(VF x) {
-#if ORV_SIMD_BYTES == 64
-    return (VD)_mm512_cvtps_pd(_mm512_castps512_ps256((__m512)x));
-#elif ORV_SIMD_BYTES == 32
-    return (VD)_mm256_cvtps_pd(_mm256_castps256_ps128((__m256)x));
-#else
-    return (VD)_mm_cvtps_pd((__m128)x);
-#endif
-}
-// Two double registers rounded once to one float register, as
-// simd::narrow(lo, hi) (same values), in registers: the generic form goes
-// through memory in halves, which stalls the wide builds' reload.
-inline VF narrow(VD lo, VD hi) {
-#if ORV_SIMD_BYTES == 64
-    return (VF)_mm512_insertf32x8(_mm512_castps256_ps512(_mm512_cvtpd_ps((__m512d)lo)),
-                                  _mm512_cvtpd_ps((__m512d)hi), 1);
-#elif ORV_SIMD_BYTES == 32
-    return (VF)_mm256_insertf128_ps(_mm256_castps128_ps256(_mm256_cvtpd_ps((__m256d)lo)),
-                                    _mm256_cvtpd_ps((__m256d)hi), 1);
-#else
-    return (VF)_mm_movelh_ps(_mm_cvtpd_ps((__m128d)lo), _mm_cvtpd_ps((__m128d)hi));
-#endif
-}
-// Two lane masks of doubles (all ones or zero) as one mask of float lanes
-// whose sign bits are those of the double lanes (all ones converts to a
-// quiet NaN of the same sign). Scalar meaning: r[i] = lo[i], r[i + W/2] =
-// hi[i] as far as the sign bit goes.
-inline VF mask_narrow(VD lo, VD hi) { return narrow(lo, hi); }
-inline VD widen_hi(VF x) {
-#if ORV_SIMD_BYTES == 64
-    return (VD)_mm512_cvtps_pd(_mm512_extractf32x8_ps((__m512)x, 1));
-#elif ORV_SIMD_BYTES == 32
-    return (VD)_mm256_cvtps_pd(_mm256_extractf128_ps((__m256)x, 1));
-#else
-    return (VD)_mm_cvtps_pd(_mm_movehl_ps((__m128)x, (__m128)x));
-#endif
-}
-
-// Rows of a 16-row table of double pairs by the low 4 bits of the 64-bit
-// lanes of idx (the higher bits are ignored): hi[l] = table[idx[l] & 15][0],
-// lo[l] = table[idx[l] & 15][1]. In the AVX-512 build one permute of two
-// registers a column, which reads only those 4 bits; elsewhere the row
-// loads of gather::pairs.
-template <const auto& Table>
-inline void rows16(VI64 idx, VD* hi, VD* lo) {
-    static_assert(sizeof(Table) / sizeof(Table[0]) == 16);
-#if ORV_SIMD_BYTES == 64
-    static constexpr gather::Columns<double, 16> cols = gather::columns_of(Table);
-    *hi = (VD)_mm512_permutex2var_pd(_mm512_load_pd(cols.hi), (__m512i)idx, _mm512_load_pd(cols.hi + 8));
-    *lo = (VD)_mm512_permutex2var_pd(_mm512_load_pd(cols.lo), (__m512i)idx, _mm512_load_pd(cols.lo + 8));
-#else
-    gather::pairs(Table, idx, 15, hi, lo);
-#endif
 }
 
 // 16 (t >> 52) as a double for each 64-bit lane t read as a signed

@@ -266,21 +266,21 @@ inline V2 spow_step(V2 x, V2 y) {
     const V2 k16 = po::sar52_times16(tmp);
     const V2 z = po::dbits(po::sub64(ix, po::and64(tmp, 0xFFF0000000000000ull)));
     V2 invc, logc;
-    po::rows16<kSpowLog>(po::srl64<48>(tmp), &invc, &logc);
+    orv::vec::gather::pairs_of<kSpowLog>(po::srl64<48>(tmp), 15, &invc, &logc);
     const V2 r = z * invc - splat(1.0);  // exact
     const V2 t16 = y * ((k16 + logc) + r * orv::vec::poly::horner(r, Q, splat));  // 16 y log2 x
     const V2 kd = t16 + splat(kShift);
     const V2 u = t16 - (kd - splat(kShift));  // |u| <= 1/2, exact
     const po::VI64 m = po::ibits(kd);        // m = round(16 t) in the low bits
     V2 e, unused;
-    po::rows16<kSpowExp2>(m, &e, &unused);
+    orv::vec::gather::pairs_of<kSpowExp2>(m, 15, &e, &unused);
     const V2 s = po::dbits(po::add64(po::ibits(e), simd::as<po::VI64>(simd::as<simd::VU64>(m) << 48)));
     return s * (orv::vec::poly::horner(u, P, splat) * u) + s;
 }
 template <const auto& Q = kSpowQ5, const auto& P = kSpowP3>
 inline VF pow_s_v(VF x, VF y) {
-    return po::narrow(spow_step<Q, P>(po::widen_lo(x), po::widen_lo(y)),
-                      spow_step<Q, P>(po::widen_hi(x), po::widen_hi(y)));
+    return simd::narrow(spow_step<Q, P>(simd::widen_lo(x), simd::widen_lo(y)),
+                      spow_step<Q, P>(simd::widen_hi(x), simd::widen_hi(y)));
 }
 
 // pow_special on a register of floats, lane for lane. The bound of
@@ -302,8 +302,10 @@ inline VF pow_special_vf(VF x, VF y) {
         const V2 ay = simd::band(yd, abs);
         return simd::lt(splat(125.0), simd::band(ad * splat(0x1p-23), abs) * ay + splat(0.0861) * ay);
     };
-    const VF big = po::mask_narrow(over(po::int_lo_to_double(a), po::widen_lo(y)),
-                                   over(po::int_hi_to_double(a), po::widen_hi(y)));
+    // The double masks narrowed to float lanes: all ones becomes a NaN of
+    // the same sign, so the sign bits, which the lane test reads, are kept.
+    const VF big = simd::narrow(over(po::int_lo_to_double(a), simd::widen_lo(y)),
+                                over(po::int_hi_to_double(a), simd::widen_hi(y)));
     return simd::bor(bad, big);
 }
 

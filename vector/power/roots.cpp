@@ -220,7 +220,7 @@ inline orv::vec::simd::VF not_normal_f(orv::vec::simd::VF x) {
 }
 template <V2 (*Step)(V2)>
 inline orv::vec::simd::VF single_v(orv::vec::simd::VF x) {
-    return po::narrow(Step(po::widen_lo(x)), Step(po::widen_hi(x)));
+    return orv::vec::simd::narrow(Step(orv::vec::simd::widen_lo(x)), Step(orv::vec::simd::widen_hi(x)));
 }
 template <>
 struct CbrtK<float> : UnaryBase<float, cbrt_callout<float>, true> {

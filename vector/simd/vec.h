@@ -239,24 +239,38 @@ inline VF narrow(VDW x) { return __builtin_convertvector(x, VF); }
 // The low and high halves of a float register widened to double registers
 // (scalar: lo[i] = double(x[i]), hi[i] = double(x[i + W/2]) for W float
 // lanes), and two double registers rounded once to one float register
-// (scalar: r[i] = float(lo[i]), r[i + W/2] = float(hi[i])).
-using VFHalf = float __attribute__((vector_size(kBytes / 2)));
+// (scalar: r[i] = float(lo[i]), r[i + W/2] = float(hi[i])). One conversion
+// instruction a half: the compiler splits the generic conversion of a
+// half-register vector into 128-bit pieces in the wide builds, and the
+// generic narrowing goes through memory, which stalls the reload.
 inline VD widen_lo(VF x) {
-    VFHalf h;
-    __builtin_memcpy(&h, &x, sizeof h);
-    return __builtin_convertvector(h, VD);
+#if ORV_SIMD_BYTES == 64
+    return (VD)_mm512_cvtps_pd(_mm512_castps512_ps256((__m512)x));
+#elif ORV_SIMD_BYTES == 32
+    return (VD)_mm256_cvtps_pd(_mm256_castps256_ps128((__m256)x));
+#else
+    return (VD)_mm_cvtps_pd((__m128)x);
+#endif
 }
 inline VD widen_hi(VF x) {
-    VFHalf h;
-    __builtin_memcpy(&h, reinterpret_cast<const char*>(&x) + sizeof h, sizeof h);
-    return __builtin_convertvector(h, VD);
+#if ORV_SIMD_BYTES == 64
+    return (VD)_mm512_cvtps_pd(_mm512_extractf32x8_ps((__m512)x, 1));
+#elif ORV_SIMD_BYTES == 32
+    return (VD)_mm256_cvtps_pd(_mm256_extractf128_ps((__m256)x, 1));
+#else
+    return (VD)_mm_cvtps_pd(_mm_movehl_ps((__m128)x, (__m128)x));
+#endif
 }
 inline VF narrow(VD lo, VD hi) {
-    const VFHalf l = __builtin_convertvector(lo, VFHalf), h = __builtin_convertvector(hi, VFHalf);
-    VF r;
-    __builtin_memcpy(&r, &l, sizeof l);
-    __builtin_memcpy(reinterpret_cast<char*>(&r) + sizeof l, &h, sizeof h);
-    return r;
+#if ORV_SIMD_BYTES == 64
+    return (VF)_mm512_insertf32x8(_mm512_castps256_ps512(_mm512_cvtpd_ps((__m512d)lo)),
+                                  _mm512_cvtpd_ps((__m512d)hi), 1);
+#elif ORV_SIMD_BYTES == 32
+    return (VF)_mm256_insertf128_ps(_mm256_castps128_ps256(_mm256_cvtpd_ps((__m256d)lo)),
+                                    _mm256_cvtpd_ps((__m256d)hi), 1);
+#else
+    return (VF)_mm_movelh_ps(_mm_cvtpd_ps((__m128d)lo), _mm_cvtpd_ps((__m128d)hi));
+#endif
 }
 
 // ---- gathers ----
