@@ -17,6 +17,11 @@ inline constexpr int32_t kAccurate = ORV_RNG_METHOD_ACCURATE;
 // Outputs per round of the block loops: scratch stays on the stack and in L1/L2.
 inline constexpr int32_t kBlock = 1024;
 
+// A generator fill of the wider kernel library the process has loaded, for
+// the baseline fill it copies bitwise (kernel_tables.cpp), else the fill.
+OrvFloatFillFn loaded_fill(OrvFloatFillFn fill);
+OrvDoubleFillFn loaded_fill(OrvDoubleFillFn fill);
+
 // The stream's fill for T, through its registry row, unchecked (the stream
 // record names a valid generator). Every distribution draws through here.
 template <typename T>
@@ -24,9 +29,9 @@ int32_t draw_uniform(void* s, int32_t n, T* r, T a, T b) {
     uint32_t row = 0, sub = 0;
     const BrngRow* table = __vstGetBrngBaseOffset(__vstGetStreamStateBrng(s), &row, &sub);
     if constexpr (std::is_same_v<T, float>)
-        return table[row].floatFill(s, n, r, a, b);
+        return loaded_fill(table[row].floatFill)(s, n, r, a, b);
     else
-        return table[row].doubleFill(s, n, r, a, b);
+        return loaded_fill(table[row].doubleFill)(s, n, r, a, b);
 }
 
 // Runs a vector kernel under the distribution's error handler: the mode asks
@@ -77,18 +82,18 @@ void apply_kernel(KernelTable<T> table, int32_t n, T* r) {
     run_kernel(table, n, r);
 }
 
-// Kernel steps, then a scaling of each element, on r in place, kBlock
-// elements at a time while a block is in cache, inside one KernelMode.
-template <typename T, typename Steps, typename Scale>
-void transform_blocks(int32_t n, T* r, Steps steps, Scale scale) {
-    KernelMode mode;
-    for (int32_t done = 0; done < n; done += kBlock) {
-        const int32_t m = std::min(n - done, kBlock);
-        T* x = r + done;
-        steps(m, x);
-        for (int32_t i = 0; i < m; ++i) x[i] = scale(x[i]);
-    }
-}
+// x mul + add, clamped below at `floor` where asked: the scaling of every
+// one-formula distribution.
+template <typename T>
+struct Affine {
+    T mul, add;
+    bool clamp = false;
+    T floor = T(0);
+};
+
+// The linear-fraction kernel, (a scalea + shifta) / (b scaleb + shiftb).
+template <typename T>
+using LinearFracTable = void (*const*)(int, const T*, const T*, T, T, T, T, T*);
 
 // Sine and cosine of a together, into two arrays.
 template <typename T>
@@ -127,7 +132,8 @@ const void* loaded_table(const void* base, const char* name);
     ORV_DIST_TABLE(tan, KernelTable<T>, P##Tan)             \
     ORV_DIST_TABLE(erfinv, KernelTable<T>, P##ErfInv)       \
     ORV_DIST_TABLE(sincos, TwoResultTable<T>, P##SinCos)    \
-    ORV_DIST_TABLE(powx, PowxTable<T>, P##Powx)
+    ORV_DIST_TABLE(powx, PowxTable<T>, P##Powx)             \
+    ORV_DIST_TABLE(linear_frac, LinearFracTable<T>, P##LinearFrac)
 template <typename T>
 struct Kernels;
 template <>
@@ -140,6 +146,24 @@ struct Kernels<float> {
 };
 #undef ORV_DIST_KERNELS
 #undef ORV_DIST_TABLE
+
+// Kernel steps, then the affine scaling, on r in place, kBlock elements at
+// a time while a block is in cache, inside one KernelMode. The scaling runs
+// through the linear-fraction kernel with the divisor the constant 1
+// (scaleb 0, shiftb 1): its result is the numerator x mul + add, exactly
+// the scalar expression, at the width of the loaded kernel library.
+template <typename T, typename Steps>
+void transform_blocks(int32_t n, T* r, Steps steps, Affine<T> f) {
+    KernelMode mode;
+    for (int32_t done = 0; done < n; done += kBlock) {
+        const int32_t m = std::min(n - done, kBlock);
+        T* x = r + done;
+        steps(m, x);
+        Kernels<T>::linear_frac()[2](m, x, x, f.mul, f.add, T(0), T(1), x);
+        if (f.clamp)
+            for (int32_t i = 0; i < m; ++i) x[i] = x[i] < f.floor ? f.floor : x[i];
+    }
+}
 
 // Whether a draw from the stream can fail: the fills of the abstract
 // streams (rows 9 to 11), of TRNG (row 13) and of registered generators can;

@@ -202,7 +202,7 @@ int32_t icdf(void* s, int32_t n, T* r, T a, T sigma) {
     KernelBracket own(replace_erfinv_pole<T>);
     transform_blocks(
         n, r, [](int32_t m, T* x) { run_kernel(Kernels<T>::erfinv(), m, x); },
-        [=](T v) { return v * scale + a; });
+        Affine<T>{scale, a});
     return status;
 }
 
@@ -227,10 +227,7 @@ int32_t lognormal(int32_t method, void* s, int32_t n, T* r, T a, T sigma, T b, T
     KernelBracket bracket(keep_result);
     transform_blocks(
         n, r, [](int32_t m, T* x) { run_kernel(Kernels<T>::exp(), m, x); },
-        [=](T e) {
-            const T v = e * beta + b;
-            return clamp && v < b ? b : v;
-        });
+        Affine<T>{beta, b, clamp, b});
     return status;
 }
 

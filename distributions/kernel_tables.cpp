@@ -3,7 +3,8 @@
 // the front end loads one at start. The distributions take the table of the
 // same name from the one already in the process, found once, at first use:
 // nothing is loaded here (RTLD_NOLOAD), so a process without the front end,
-// or with ORV_ISA=sse2, keeps the baseline's tables.
+// or with ORV_ISA=sse2, keeps the baseline's tables. The same holds for the
+// generator fills the wider libraries copy (MCG59's).
 #include <dlfcn.h>
 
 #include <cstdint>
@@ -41,6 +42,23 @@ const void* loaded_table(const void* base, const char* name) {
     if (variant != nullptr)
         if (const void* t = dlsym(variant, name)) return t;
     return base;
+}
+
+// The generator fills the wider libraries hold: the baseline's and the
+// name of its copy, each looked up once.
+template <typename Fill>
+Fill wider_copy(Fill base, const char* name) {
+    return reinterpret_cast<Fill>(const_cast<void*>(loaded_table(reinterpret_cast<const void*>(base), name)));
+}
+
+OrvFloatFillFn loaded_fill(OrvFloatFillFn fill) {
+    static const OrvFloatFillFn mcg59 = wider_copy(&__vstsBRngMCG59, "orv_rng_kernel_sBRngMCG59");
+    return fill == &__vstsBRngMCG59 ? mcg59 : fill;
+}
+
+OrvDoubleFillFn loaded_fill(OrvDoubleFillFn fill) {
+    static const OrvDoubleFillFn mcg59 = wider_copy(&__vstdBRngMCG59, "orv_rng_kernel_dBRngMCG59");
+    return fill == &__vstdBRngMCG59 ? mcg59 : fill;
 }
 
 }  // namespace orv::dist

@@ -7,23 +7,29 @@
 namespace orv::dist {
 namespace {
 
-// The shape every one-pass transform shares: bracket with its handler, n
-// uniforms on [0, 1) into r in one draw, then the kernel steps and the
-// scaling block by block, while a block is in cache. A failed draw leaves r
-// as the fill left it.
-template <typename T, typename Kernel, typename Scale>
-int32_t one_pass(VtmErrorCallBack handler, void* s, int32_t n, T* r, Kernel kernels, Scale scale) {
+// The shape every one-pass transform shares: bracket with its handler,
+// uniforms on [0, 1) into r, then the kernel steps and the scaling block by
+// block, while a block is in cache. A generator whose fills cannot fail
+// fills each block right before its steps (the same values: cuts do not
+// change a stream's sequence), one pass over memory less; on the others n
+// uniforms are drawn in one call first, so that a failed draw leaves r as
+// the fill left it.
+template <typename T, typename Kernel>
+int32_t one_pass(VtmErrorCallBack handler, void* s, int32_t n, T* r, Kernel kernels, Affine<T> scale) {
     if (n < 1) return 0;
     KernelBracket bracket(handler);
-    const int32_t status = draw_uniform<T>(s, n, r, T(0), T(1));
-    if (status < 0) return status;
-    transform_blocks(n, r, kernels, scale);
+    int32_t status = 0;
+    if (draws_may_fail<T>(s)) {
+        if ((status = draw_uniform<T>(s, n, r, T(0), T(1))) < 0) return status;
+        transform_blocks(n, r, kernels, scale);
+    } else {
+        const auto draw_then = [&](int32_t m, T* x) {
+            if (const int32_t st = draw_uniform<T>(s, m, x, T(0), T(1)); st != 0) status = st;
+            kernels(m, x);
+        };
+        transform_blocks(n, r, draw_then, scale);
+    }
     return status;
-}
-
-template <typename T>
-T at_least(bool clamp, T bound, T v) {
-    return clamp && v < bound ? bound : v;
 }
 
 template <typename T>
@@ -31,7 +37,7 @@ int32_t exponential(int32_t method, void* s, int32_t n, T* r, T a, T beta) {
     const bool clamp = (method & kAccurate) != 0;
     return one_pass<T>(
         replace_every_error<T>, s, n, r, [](int32_t m, T* x) { run_kernel(Kernels<T>::ln(), m, x); },
-        [=](T lnu) { return at_least(clamp, a, a - lnu * beta); });
+        Affine<T>{-beta, a, clamp, a});  // a - ln(u) beta
 }
 
 template <typename T>
@@ -44,7 +50,7 @@ int32_t rayleigh(int32_t method, void* s, int32_t n, T* r, T a, T beta) {
             for (int32_t i = 0; i < m; ++i) x[i] = -x[i];
             run_kernel(Kernels<T>::sqrt(), m, x);
         },
-        [=](T root) { return at_least(clamp, a, root * beta + a); });
+        Affine<T>{beta, a, clamp, a});
 }
 
 // ln of a standard exponential variate, 0 - ln(u) * 1 as the exponential
@@ -58,7 +64,7 @@ int32_t gumbel(int32_t, void* s, int32_t n, T* r, T a, T beta) {
             for (int32_t i = 0; i < m; ++i) x[i] = T(0) - x[i] * T(1);
             run_kernel(Kernels<T>::ln(), m, x);
         },
-        [=](T v) { return v * beta + a; });
+        Affine<T>{beta, a});
 }
 
 // Rounds of kBlock outputs from 2 kBlock uniforms: the even ones give the
@@ -92,7 +98,7 @@ int32_t cauchy(int32_t, void* s, int32_t n, T* r, T a, T beta) {
     if (status < 0) return status;
     transform_blocks(
         n, r, [](int32_t m, T* x) { run_kernel(Kernels<T>::tan(), m, x); },
-        [=](T t) { return t * beta + a; });
+        Affine<T>{beta, a});
     return status;
 }
 
@@ -108,7 +114,7 @@ int32_t weibull(int32_t method, void* s, int32_t n, T* r, T alpha, T a, T beta) 
             for (int32_t i = 0; i < m; ++i) x[i] = -x[i];
             run_kernel(Kernels<T>::powx(), m, x, exponent);
         },
-        [=](T v) { return at_least(clamp, a, v * beta + a); });
+        Affine<T>{beta, a, clamp, a});
 }
 
 }  // namespace

@@ -3,49 +3,15 @@
 #include <cstring>
 
 #include "rng/brng_row.h"
-#include "rng/congruential/modular.h"
+#include "rng/congruential/mcg59_core.h"
 #include "rng/state_check.h"
-#include "rng/stream.h"
 
 namespace {
 
 using namespace orv::rng;
-
-constexpr uint64_t kMultiplier = 0x113769B23C5FDull;
-constexpr float kTwoM59 = 0x1p-59f;
-constexpr double kTwoM59d = 0x1p-59;
-
-struct State {
-    uint64_t x;  // the next output
-    uint64_t a;  // the current multiplier
-};
-static_assert(16 + sizeof(State) <= 32);
-
-// Sixteen values in flight, each advanced by a^16 per block; then singly.
-template <typename Out>
-void generate(State* st, int32_t n, Out&& out) {
-    uint64_t x = st->x;
-    const uint64_t a = st->a;
-    int32_t i = 0;
-    if (n >= 16) {
-        const uint64_t a16 = __vstiPowMod2P59(a, 16);
-        uint64_t v[16];
-        v[0] = x;
-        for (int k = 1; k < 16; ++k) v[k] = (a * v[k - 1]) & kMask59;
-        const int32_t end = n & ~15;
-        for (; i < end; i += 16)
-            for (int k = 0; k < 16; ++k) {
-                out(i + k, v[k]);
-                v[k] = (a16 * v[k]) & kMask59;
-            }
-        x = v[0];
-    }
-    for (; i < n; ++i) {
-        out(i, x);
-        x = (a * x) & kMask59;
-    }
-    st->x = x;
-}
+using mcg59::generate;
+using mcg59::kMultiplier;
+using mcg59::State;
 
 }  // namespace
 
@@ -91,23 +57,12 @@ ORV_EXPORT int32_t __vstiBRngMCG59(void* stream, int32_t n, uint32_t* r) {
 }
 
 ORV_EXPORT int32_t __vstdBRngMCG59(void* stream, int32_t n, double* r, double a, double b) {
-    const double scale = (b - a) * kTwoM59d;
-    generate(state<State>(stream), n,
-             [r, scale, a](int32_t i, uint64_t v) {
-                 // Values are below 2^59: the signed conversion is exact and one instruction.
-                 r[i] = static_cast<double>(static_cast<int64_t>(v)) * scale + a;
-             });
-    return 0;
+    return mcg59::fill<double>(stream, n, r, a, b);
 }
 
 // Single precision throughout.
 ORV_EXPORT int32_t __vstsBRngMCG59(void* stream, int32_t n, float* r, float a, float b) {
-    const float scale = (b - a) * kTwoM59;
-    generate(state<State>(stream), n,
-             [r, scale, a](int32_t i, uint64_t v) {
-                 r[i] = static_cast<float>(static_cast<int64_t>(v)) * scale + a;
-             });
-    return 0;
+    return mcg59::fill<float>(stream, n, r, a, b);
 }
 
 // x is a non-zero residue; a is a power of the odd multiplier, so odd.

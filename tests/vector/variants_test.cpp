@@ -1,7 +1,8 @@
 // The AVX2 and AVX-512 kernel libraries against the SSE2 baseline: exactly
 // their documented exports, and for every present function (from the
 // generated list), every tier slot, plain and strided, bitwise the same
-// results, statuses and error records on random bits and special values.
+// results, statuses and error records on random bits and special values;
+// and the generator fills they copy, bitwise the baseline's.
 #include <gtest/gtest.h>
 
 #include <dlfcn.h>
@@ -14,6 +15,7 @@
 #include <string>
 #include <vector>
 
+#include <orv/rng.h>
 #include <orv/vtm.h>
 
 #include "../frame/dynamic_symbols.h"
@@ -166,6 +168,36 @@ TEST(Variants, SameBitsStatusesAndRecordsAsTheBaseline) {
     dlclose(base);
     if (ran == 0) GTEST_SKIP() << "this processor runs neither wider variant";
     EXPECT_GT(compared, 0);
+}
+
+// The copies of the baseline's MCG59 fills: the same values over block
+// edges and remainders, and the same stream state after (the next values).
+TEST(Variants, GeneratorFillsAsTheBaseline) {
+    const uint32_t seed = 12345;
+    for (const Variant& v : kVariants) {
+        if (!v.runs) continue;
+        void* lib = dlopen(v.path, RTLD_NOW | RTLD_LOCAL);
+        ASSERT_NE(lib, nullptr) << dlerror();
+        auto compare = [&](auto type, const char* name, auto base_fill) {
+            using T = decltype(type);
+            auto fill = reinterpret_cast<decltype(base_fill)>(dlsym(lib, name));
+            ASSERT_NE(fill, nullptr) << name;
+            void *s1 = nullptr, *s2 = nullptr;
+            ASSERT_EQ(__vstNewStreamEx(&s1, ORV_BRNG_MCG59, 1, &seed), 0);
+            ASSERT_EQ(__vstNewStreamEx(&s2, ORV_BRNG_MCG59, 1, &seed), 0);
+            for (int n : {0, 5, 16, 37, 1000, 1}) {
+                std::vector<T> x(n + 1, T(7)), y(n + 1, T(7));
+                EXPECT_EQ(fill(s1, n, x.data(), T(-2), T(3)), 0);
+                EXPECT_EQ(base_fill(s2, n, y.data(), T(-2), T(3)), 0);
+                EXPECT_EQ(std::memcmp(x.data(), y.data(), x.size() * sizeof(T)), 0) << name << " n=" << n;
+            }
+            __vstDeleteStream(&s1);
+            __vstDeleteStream(&s2);
+        };
+        compare(0.0, "orv_rng_kernel_dBRngMCG59", &__vstdBRngMCG59);
+        compare(0.0f, "orv_rng_kernel_sBRngMCG59", &__vstsBRngMCG59);
+        dlclose(lib);
+    }
 }
 
 }  // namespace
