@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <bit>
 #include <cstdint>
-#include <cstring>
 #include <cfenv>
 #include <cmath>
 #include <fstream>
@@ -226,10 +225,6 @@ INSTANTIATE_TEST_SUITE_P(Conventions, Strided,
                          testing::Values(Stride{1, 1, 1}, Stride{2, 3, 1}, Stride{3, 1, 2},
                                          Stride{-1, 2, -1}, Stride{1, -1, 3}, Stride{2, 2, 2}));
 
-}  // namespace
-
-namespace {
-
 // The rounding family keeps the caller's direction: Ceil, Floor, Trunc,
 // Round and Frac give the same results in every direction, Rint and
 // NearbyInt round in it; zeros keep the sign of x throughout. The reference
@@ -285,10 +280,6 @@ TEST_P(Directions, RoundingFamilyInEveryDirection) {
 INSTANTIATE_TEST_SUITE_P(Conventions, Directions,
                          testing::Values(Dir{FE_TONEAREST, MPFR_RNDN}, Dir{FE_UPWARD, MPFR_RNDU},
                                          Dir{FE_DOWNWARD, MPFR_RNDD}, Dir{FE_TOWARDZERO, MPFR_RNDZ}));
-
-}  // namespace
-
-namespace {
 
 // Every present real unary function, from the generated list: a signalling
 // NaN comes back as a quiet NaN (C Annex F), in block and tail lanes, plain
