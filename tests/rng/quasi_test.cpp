@@ -148,23 +148,6 @@ TEST(Quasi, DimensionsFallBackToOne) {
     EXPECT_EQ(f, (std::vector<float>{0.5f, 0.5f, 0.5f}));
 }
 
-// Fills that stop inside points continue where they stopped.
-TEST(Quasi, FillsStoppingInsideAPointEqualOneLongFill) {
-    for (int32_t id : {ORV_BRNG_SOBOL, ORV_BRNG_NIEDERR})
-        for (uint32_t dim : {2u, 3u, 7u, 9u, 40u}) {
-            Owned one(id, {dim}), pieces(id, {dim});
-            const auto want = one.words(1000);
-            std::vector<uint32_t> got(1000);
-            int at = 0;
-            for (int step = 1; at < 1000; step = step % 13 + 1) {
-                const int n = std::min(step, 1000 - at);
-                ASSERT_EQ(pieces.fill(n, got.data() + at), 0);
-                at += n;
-            }
-            ASSERT_EQ(got, want) << id << " dim " << dim;
-        }
-}
-
 TEST(Quasi, LeapfrogSelectsOneDimension) {
     const SobolOracle oracle(5);
     Owned s(ORV_BRNG_SOBOL, {5});
