@@ -186,6 +186,23 @@ std::vector<Edge> annex_f() {
 }
 INSTANTIATE_TEST_SUITE_P(AnnexF, Edges, testing::ValuesIn(annex_f()), row_name);
 
+// Atan2 and Atan2pi of every pair of signed zeros, ones and infinities with
+// a zero or an infinity in it: the C library's atan2 gives the rules of the
+// signs (and a multiple of 1/4 for the pi form), with no status.
+TEST(Atan2, ZerosAndInfinitiesBySigns) {
+    const double s[] = {0.0, -0.0, 1.0, -1.0, kInf, -kInf};
+    for (double y : s)
+        for (double x : s) {
+            if (std::isfinite(y) && y != 0 && std::isfinite(x) && x != 0) continue;
+            const double w = std::atan2(y, x), pi_form = std::copysign(std::round(std::fabs(w) / M_PI * 4) / 4, w);
+            for (const Edge& e : {Edge{"Atan2", y, x, w, 0}, Edge{"Atan2pi", y, x, pi_form, 0}}) {
+                SCOPED_TRACE(testing::PrintToString(e));
+                check<float>(e);
+                check<double>(e);
+            }
+        }
+}
+
 // One row for each status of each power and root function (the table in
 // docs/vector-power.md), values near the extremes where nothing may be
 // reported, and exact results, which the final corrections must reach.
