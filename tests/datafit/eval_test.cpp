@@ -360,7 +360,6 @@ TEST(CallBacks, GroupsAndCounts) {
                                            nullptr, nullptr, nullptr), -77);
 }
 
-// Statuses in the order of the checks; nothing is written on a refusal.
 TEST(Statuses, InOrderAndNothingWritten) {
     Spline s;
     build(s, {Kind::Hyman, 0, 1}, 12, 1);

@@ -2,9 +2,7 @@
 // statuses of the constructor entries with the order of their checks.
 #include <gtest/gtest.h>
 
-#include <cctype>
 #include <cmath>
-#include <cstring>
 #include <functional>
 #include <string>
 #include <utility>
@@ -457,7 +455,6 @@ INSTANTIATE_TEST_SUITE_P(
                       KnotCase{{0, 0.5, 1.5, 2.5, 3.5}, DF_BAD_IC},
                       KnotCase{{0, NAN, 1.5, 2.5, 3}, DF_BAD_IC}));
 
-// A record whose ny is 0 builds one function.
 TEST(Construct, NyZeroBuildsOneFunction) {
     std::vector<double> x = wavy_x(7), y = {1, 2, 0, 3, 1, 2, 5}, coef(30, -777.0);
     DFTask* t = nullptr;
