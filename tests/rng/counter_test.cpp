@@ -35,11 +35,7 @@ std::vector<uint32_t> reference_block(int32_t id, const uint32_t* key, u128 ctr)
     return {r.v[0], r.v[1], r.v[2], r.v[3]};
 }
 
-struct Case {
-    const char* name;
-    uint32_t key[4];
-    uint32_t ctr[4];
-};
+struct Case { const char* name; uint32_t key[4]; uint32_t ctr[4]; };
 const Case kCases[] = {
     {"zero", {0, 0, 0, 0}, {0, 0, 0, 0}},
     {"carry_into_word1", {1, 2, 3, 4}, {0xFFFFFFFD, 0, 0, 0}},
@@ -145,11 +141,7 @@ TEST(Trng, StatusesWithoutRdrand) {
 
 // With r retries a value has r + 1 attempts, and one that comes only at the
 // last of them is still a failure: r - 1 empty attempts pass, r do not.
-struct Retry {
-    std::vector<uint32_t> seed;
-    int empty_attempts;
-    int32_t status;
-};
+struct Retry { std::vector<uint32_t> seed; int empty_attempts; int32_t status; };
 class TrngRetry : public testing::TestWithParam<Retry> {};
 
 TEST_P(TrngRetry, ValueMustComeWithinTheRetries) {

@@ -37,9 +37,7 @@ const std::vector<uint32_t> kSeed = {0x2545F491u, 0x9E3779B9u, 0x7F4A7C15u, 0x12
 // seeding edge cases (residues 0 and the moduli, counts of 1, 2 and 250
 // words, R250 seeded with zeros staying at zero).
 
-struct SeedCase {
-    std::vector<uint32_t> seed;
-};
+struct SeedCase { std::vector<uint32_t> seed; };
 class KnownAnswer : public testing::TestWithParam<SeedCase> {};
 
 TEST_P(KnownAnswer, FirstThousandOutputsOfEveryGenerator) {

@@ -327,12 +327,7 @@ TEST(Chunks, A127thEntryMakesNewIdsPrivateAndTheTableHolds128) {
 
 // Allocation and close failures, injected: every -4 and -1100 path, and a
 // failed load never hands out a stream.
-struct Injected {
-    const char* what;
-    int countdown;
-    bool close_fails;
-    int32_t status;
-};
+struct Injected { const char* what; int countdown; bool close_fails; int32_t status; };
 
 class Faults : public testing::TestWithParam<Injected> {
   protected:
@@ -446,12 +441,7 @@ TEST(Images, ImagesBeyondThirtyTwoBitSizesAreRefusedOnSave) {
 
 // A state no seeding or stream operation reaches, written over a seeded one
 // at a byte offset into the state.
-struct Impossible {
-    const char* what;
-    int32_t id;
-    int offset;
-    std::vector<uint32_t> words;
-};
+struct Impossible { const char* what; int32_t id; int offset; std::vector<uint32_t> words; };
 void PrintTo(const Impossible& c, std::ostream* os) { *os << c.what; }
 
 class ImpossibleState : public testing::TestWithParam<Impossible> {};

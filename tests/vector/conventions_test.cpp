@@ -85,10 +85,7 @@ TEST(SlowPath, CallbackReplacesTheResult) {
 
 // Denormals are flushed only when the mode's field is exactly 0x280000, and
 // only by the kernels that read the mode.
-struct FlushCase {
-    uint32_t field;
-    bool flushes;
-};
+struct FlushCase { uint32_t field; bool flushes; };
 class Denormals : public testing::TestWithParam<FlushCase> {};
 TEST_P(Denormals, FlushedOnlyUnderTheExactField) {
     const FlushCase c = GetParam();
@@ -155,9 +152,7 @@ TEST(Rounding, CallerDirectionIgnoredOrHonoured) {
 // magnitudes, with a zero, -1 and an infinity planted so that every reporting
 // kernel reports; with an increment other than 1 a record carries the error
 // name of the strided row in vector/functions.def.
-struct Stride {
-    int inca, incb, incr;
-};
+struct Stride { int inca, incb, incr; };
 void PrintTo(const Stride& s, std::ostream* os) { *os << s.inca << "_" << s.incb << "_" << s.incr; }
 class Strided : public testing::TestWithParam<Stride> {};
 
@@ -230,10 +225,7 @@ INSTANTIATE_TEST_SUITE_P(Conventions, Strided,
 // NearbyInt round in it; zeros keep the sign of x throughout. The reference
 // is MPFR, whose integral roundings keep the sign of a zero as IEEE 754
 // asks (the C library's floor and rint give -0 for 0.5 when rounding down).
-struct Dir {
-    int fe;
-    mpfr_rnd_t rnd;
-};
+struct Dir { int fe; mpfr_rnd_t rnd; };
 void PrintTo(const Dir& d, std::ostream* os) { *os << d.fe; }
 class Directions : public testing::TestWithParam<Dir> {};
 
