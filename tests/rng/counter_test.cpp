@@ -116,7 +116,6 @@ TEST(Counter, LeapfrogAndMissingAesStatuses) {
     }
 }
 
-// ----------------------------------------------------------------------------
 // TRNG
 
 struct Trng {

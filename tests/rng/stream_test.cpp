@@ -123,25 +123,22 @@ std::vector<char> old_image(int version, bool swapped, void* stream, bool with_c
 
 TEST(OldVersions, BothLayoutsLoadAndChunksNeedTheVersionFirst) {
     Owned src(ORV_BRNG_MRG32K3A, kSeed);
-    for (int version : {0, 1}) {
-        for (bool swapped : {false, true}) {
+    for (int version : {0, 1})
+        for (bool swapped : {false, true})
             for (bool chunk : {false, true}) {
                 const auto img = old_image(version, swapped, src.s, chunk);
-                Owned m;
+                Owned m, ref;
                 const int32_t want = swapped && chunk ? ORV_RNG_ERROR_FILE_READ : 0;
                 EXPECT_EQ(__vstLoadStreamM(&m.s, img.data()), want) << version << swapped << chunk;
                 if (want != 0) {
                     EXPECT_EQ(m.s, nullptr);
                     continue;
                 }
-                Owned ref;
                 __vstCopyStream(&ref.s, src.s);
                 EXPECT_EQ(words(m.s, 20), words(ref.s, 20));
                 EXPECT_EQ(__vstGetNumChunks(m.s), chunk ? 1 : 0);
                 if (chunk) { EXPECT_STREQ(static_cast<char*>(__vstSearchChunk(m.s, 5)), "abc"); }
             }
-        }
-    }
 }
 
 // Each header failure of the file loader, and the memory loader's -1200.
@@ -204,7 +201,6 @@ TEST(Files, NameAndOpenFailures) {
     }
 }
 
-// ----------------------------------------------------------------------------
 // Chunks and the shared table.
 
 OrvChunkId fresh_id(uint64_t tag) {
@@ -403,7 +399,6 @@ INSTANTIATE_TEST_SUITE_P(
                     Injected{"load memory: the record", 1, false, -4},
                     Injected{"load memory: second chunk", 4, false, -4}));
 
-// ----------------------------------------------------------------------------
 // Images that can't be written, and states that can't be loaded.
 
 // Both saves refuse the stream with nothing written: no file, no byte.
