@@ -69,12 +69,10 @@ struct Checked {
     [](bool checked, bool single, int method, OrvStreamPtr s, int n, void* r, const double* p) -> int { \
         if (single) {                                                                                     \
             using T = float;                                                                              \
-            auto* x = static_cast<T*>(r);                                                                 \
-            return checked ? vstsRng##Name(method, s, n, x, __VA_ARGS__) : _vstsRng##Name(method, s, n, x, __VA_ARGS__); \
+            return (checked ? vstsRng##Name : _vstsRng##Name)(method, s, n, static_cast<T*>(r), __VA_ARGS__); \
         }                                                                                                 \
         using T = double;                                                                                 \
-        auto* x = static_cast<T*>(r);                                                                     \
-        return checked ? vstdRng##Name(method, s, n, x, __VA_ARGS__) : _vstdRng##Name(method, s, n, x, __VA_ARGS__); \
+        return (checked ? vstdRng##Name : _vstdRng##Name)(method, s, n, static_cast<T*>(r), __VA_ARGS__); \
     }
 const Checked kCalls[] = {
     {"Exponential", 1, {kDisplacement, kScale}, CALL(Exponential, T(p[0]), T(p[1]))},

@@ -18,11 +18,7 @@ using rngtest::words;
 TEST(RngFrontEnd, CreationRefusalsLeaveTheOutputUntouched) {
     void* const sentinel = reinterpret_cast<void*>(0x1234);
     const uint32_t seeds[2] = {1, 2};
-    struct Case {
-        int status;
-        int brng, n;
-        const uint32_t* params;
-    };
+    struct Case { int status; int brng, n; const uint32_t* params; };
     const Case cases[] = {
         {ORV_RNG_ERROR_BAD_COUNT, ORV_BRNG_MT19937, -1, seeds},
         {ORV_RNG_ERROR_NULL_ARRAY, ORV_BRNG_MT19937, 2, nullptr},

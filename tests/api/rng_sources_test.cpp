@@ -45,13 +45,7 @@ TEST(RngSources, GoodDataMakesTheKernelsStream) {
     __vstDeleteStream(&s);
 }
 
-struct Refusal {
-    const char* what;
-    bool sobol;
-    uint32_t dim, mode;
-    std::vector<uint32_t> data;
-    int32_t status;
-};
+struct Refusal { const char* what; bool sobol; uint32_t dim, mode; std::vector<uint32_t> data; int32_t status; };
 class Refused : public testing::TestWithParam<Refusal> {};
 
 TEST_P(Refused, NothingIsMade) {

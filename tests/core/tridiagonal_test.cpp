@@ -11,9 +11,7 @@
 
 namespace {
 
-struct Band {
-    std::vector<double> dl, d, du;
-};
+struct Band { std::vector<double> dl, d, du; };
 
 // Diagonally dominant, as the spline systems are, with random entries.
 Band random_band(int n, std::mt19937& g) {

@@ -15,11 +15,7 @@ namespace {
 
 using dftest::Kind;
 
-struct Case {
-    Kind kind;
-    int64_t bc_type, stype, yhint, xhint, nx, ny;
-    bool threads;
-};
+struct Case { Kind kind; int64_t bc_type, stype, yhint, xhint, nx, ny; bool threads; };
 
 std::string case_name(const Case& c) {
     char buf[128];
@@ -121,10 +117,7 @@ Problem make(const Case& c, Shape shape) {
 
 // A built spline in precision T: coefficients per function as doubles.
 template <typename T>
-struct Built {
-    int status = -1;
-    std::vector<std::vector<double>> coef;
-};
+struct Built { int status = -1; std::vector<std::vector<double>> coef; };
 
 template <typename T>
 Built<T> build(const Case& c, const Problem& p) {

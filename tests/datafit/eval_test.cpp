@@ -44,10 +44,7 @@ struct Spline {
 };
 
 // Kinds: the eight constructors, with the quadratic on secondary knots as a ninth.
-struct KindCase {
-    Kind kind;
-    int64_t stype, xhint;
-};
+struct KindCase { Kind kind; int64_t stype, xhint; };
 
 void build(Spline& s, KindCase c, int64_t nx, int64_t ny) {
     std::mt19937_64 g(uint64_t(nx) * 7 + uint64_t(c.kind));
@@ -283,12 +280,7 @@ TEST(Interpolate, StepFunctionsAndLookUp) {
 
 // Call-backs: each group reaches its own call-back with the right sites, the
 // others are evaluated by the spline; counts add up over blocks.
-struct Calls {
-    int calls = 0;
-    int64_t sites = 0;
-    double tag = 0;
-    int result = 0;
-};
+struct Calls { int calls = 0; int64_t sites = 0; double tag = 0; int result = 0; };
 int group_cb(int64_t* n, const int64_t*, const double*, double* r, void* p, void*) {
     auto* c = static_cast<Calls*>(p);
     ++c->calls, c->sites += *n;
@@ -360,7 +352,6 @@ TEST(CallBacks, GroupsAndCounts) {
                                            nullptr, nullptr, nullptr), -77);
 }
 
-// Statuses in the order of the checks; nothing is written on a refusal.
 TEST(Statuses, InOrderAndNothingWritten) {
     Spline s;
     build(s, {Kind::Hyman, 0, 1}, 12, 1);

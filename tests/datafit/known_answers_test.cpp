@@ -12,12 +12,7 @@
 
 namespace {
 
-struct Known {
-    std::string name;
-    dftest::Kind kind;
-    int64_t bc_type, stype;
-    std::vector<double> x, y, bc, ic, coef;
-};
+struct Known { std::string name; dftest::Kind kind; int64_t bc_type, stype; std::vector<double> x, y, bc, ic, coef; };
 
 std::vector<double> numbers(const std::string& field) {
     std::vector<double> v;

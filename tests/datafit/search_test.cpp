@@ -28,9 +28,7 @@ bool nan_last(double a, double b) { return std::isnan(b) ? !std::isnan(a) : a < 
 
 enum class Part { Arbitrary, Sorted, Uniform, Quasi };
 
-struct Data {
-    std::vector<double> x, xarg, site;
-};
+struct Data { std::vector<double> x, xarg, site; };
 
 Data make(Part p, int64_t nx, uint32_t seed) {
     std::mt19937_64 g(seed);
@@ -102,10 +100,7 @@ std::vector<int64_t> run(Kernel k, Form form, const Data& d, double scale, int64
     return out;
 }
 
-struct KernelCase {
-    Kernel k;
-    Part p;
-};
+struct KernelCase { Kernel k; Part p; };
 
 class SearchKernel : public testing::TestWithParam<KernelCase> {};
 
@@ -140,11 +135,7 @@ INSTANTIATE_TEST_SUITE_P(Kernels, SearchKernel, testing::ValuesIn(kernel_cases()
 
 // The user-defined walk: ties stay in the hint's cell, flagged cells are
 // kept, 1000 makes every cell final, a negative status is returned.
-struct Hints {
-    std::vector<int64_t> cell;
-    std::vector<int32_t> flag;
-    int result;
-};
+struct Hints { std::vector<int64_t> cell; std::vector<int32_t> flag; int result; };
 int give_hints(int64_t* n, const double*, void* cell, int32_t* flag, void* params, void*) {
     auto* h = static_cast<Hints*>(params);
     for (int64_t i = 0; i < *n; ++i) static_cast<int64_t*>(cell)[i] = h->cell[i], flag[i] = h->flag[i];

@@ -2,9 +2,7 @@
 // statuses of the constructor entries with the order of their checks.
 #include <gtest/gtest.h>
 
-#include <cctype>
 #include <cmath>
-#include <cstring>
 #include <functional>
 #include <string>
 #include <utility>
@@ -137,10 +135,7 @@ struct Fixture {
     }
 };
 
-struct ValCase {
-    int64_t id, bad, good;
-    int want;
-};
+struct ValCase { int64_t id, bad, good; int want; };
 class EditVal : public ::testing::TestWithParam<ValCase> {};
 TEST_P(EditVal, RefusesBadValuesAndReadsBackGoodOnes) {
     const ValCase c = GetParam();
@@ -259,9 +254,7 @@ TEST(Pointers, IndexedSlotsAndTheirAsymmetry) {
 
 // Counts whose sizes would wrap are refused before anything is stored or
 // allocated, so that no later slot edit writes outside a short table.
-struct HugeCase {
-    int64_t id, value;
-};
+struct HugeCase { int64_t id, value; };
 class HugeCount : public ::testing::TestWithParam<HugeCase> {};
 TEST_P(HugeCount, IsRefusedAsAnAllocationFailure) {
     Fixture f(3, 0x80);
@@ -432,10 +425,7 @@ INSTANTIATE_TEST_SUITE_P(Constructors, Entry,
                          ::testing::ValuesIn(dftest::kKinds),
                          [](const auto& info) { return std::string(dftest::name(info.param)); });
 
-struct KnotCase {
-    std::vector<double> ic;
-    int want;
-};
+struct KnotCase { std::vector<double> ic; int want; };
 class Knots : public ::testing::TestWithParam<KnotCase> {};
 TEST_P(Knots, SecondaryKnotsMustInterleave) {
     std::vector<double> x = {0, 1, 2, 3}, y = {1, 2, 0, 1}, coef(12, -777.0);
@@ -457,7 +447,6 @@ INSTANTIATE_TEST_SUITE_P(
                       KnotCase{{0, 0.5, 1.5, 2.5, 3.5}, DF_BAD_IC},
                       KnotCase{{0, NAN, 1.5, 2.5, 3}, DF_BAD_IC}));
 
-// A record whose ny is 0 builds one function.
 TEST(Construct, NyZeroBuildsOneFunction) {
     std::vector<double> x = wavy_x(7), y = {1, 2, 0, 3, 1, 2, 5}, coef(30, -777.0);
     DFTask* t = nullptr;

@@ -248,12 +248,14 @@ INSTANTIATE_TEST_SUITE_P(Distributions, Continuous, ::testing::Combine(::testing
                              return std::string(std::get<1>(info.param) ? "s" : "d") + std::get<0>(info.param).name;
                          });
 
-// ln(0) gives a large finite value; bit 30 clamps onto the interval (values
-// past it come only from an abstract stream here); a failed fill returns its
-// status, leaves later blocks unwritten and restores the callback and mode.
-TEST(Edges, ZeroUniformClampsAndFailedFills) {
-    double r[3];
-    std::vector<double> u = {0.0, 1.5, 0.0, 1.5, 1.25, -0.5, 0.0, 0.0, 0.0};
+// ln(0) gives a large finite value (and inversion's -1 the stated finite
+// stand-in); bit 30 clamps onto the interval (values past it come only from
+// an abstract stream here); a zero width or deviation gives the mean for
+// every method; a failed fill returns its status, leaves later blocks
+// unwritten and restores the callback and mode.
+TEST(Edges, EndsOfTheUniformsClampsAndFailedFills) {
+    double r[5];
+    std::vector<double> u = {0.0, 1.5, 0.0, 1.5, 1.25, -0.5, 0.0, 0.0, 0.0, 0.25, 0.0, 0.25, 0.0};
     Stream s = fixed(u);
     ASSERT_EQ(_vstdRngExponential(0, s.get(), 2, r, 1.0, 3.0), 0);
     EXPECT_DOUBLE_EQ(r[0], 1.0 + 744.44007192138122 * 3.0);
@@ -266,9 +268,22 @@ TEST(Edges, ZeroUniformClampsAndFailedFills) {
         ASSERT_EQ(fn(0, s.get(), 1, r, 1.0, 3.0), 0);
         EXPECT_TRUE(std::isfinite(r[0]));
     }
+    ASSERT_EQ(_vstdRngGaussian(0, s.get(), 1, r, 1.0, 1.0), 0);
+    EXPECT_DOUBLE_EQ(r[0], 1.0 + std::sqrt(2 * 744.44007192138122));
+    ASSERT_EQ(_vstdRngGaussian(2, s.get(), 2, r, 0.0, 1.0), 0);  // uniforms on [-1, 1): 0 maps to -1
+    EXPECT_DOUBLE_EQ(r[0], -5.8635847487551676 * std::sqrt(2.0));
+    ASSERT_EQ(_vstdRngWeibull(0, s.get(), 1, r, 2.0, 1.0, 1.0), 0);
+    EXPECT_DOUBLE_EQ(r[0], 1.0 + std::sqrt(744.44007192138122));
     Stream m = make(ORV_BRNG_MCG59, 1);
     ASSERT_EQ(_vstdRngUniform(ORV_RNG_METHOD_ACCURATE, m.get(), 3, r, 5.0, 5.0), 0);
     EXPECT_TRUE(r[0] == 5.0 && r[1] == 5.0 && r[2] == 5.0);
+    for (int32_t method = 0; method < 3; ++method) {
+        float y[5];
+        ASSERT_EQ(_vstdRngGaussian(method, m.get(), 5, r, 3.0, 0.0), 0);
+        ASSERT_EQ(_vstsRngGaussian(method, m.get(), 5, y, 3.0f, 0.0f), 0);
+        for (int i = 0; i < 5; ++i) EXPECT_TRUE(r[i] == 3.0 && y[i] == 3.0f) << method;
+    }
+    EXPECT_EQ(_vstdRngGaussian(3, m.get(), 5, r, 0.0, 1.0), ORV_RNG_ERROR_BAD_METHOD);
 
     const VtmErrorCallBack before = orv_vtm_kernel_GetErrorCallBack();
     const uint32_t errmode = orv_vtm_kernel_GetMode() & VTM_ERRMODE_MASK;
@@ -369,29 +384,6 @@ void large_call_as_cut(int32_t (*gauss)(int32_t, void*, int32_t, T*, T, T)) {
 TEST(Gaussian, LargeCallIsTheSameDrawsCut) {
     large_call_as_cut<double>(_vstdRngGaussian);
     large_call_as_cut<float>(_vstsRngGaussian);
-}
-
-// A uniform of exactly 0 (or -1 for inversion) gives a large finite value;
-// a zero deviation gives the mean for every method.
-TEST(Gaussian, EndsOfTheUniformsAndZeroDeviation) {
-    std::vector<double> u = {0.0, 0.25, 0.0, 0.25, 0.0, 0.0, 0.0, 0.0};
-    Stream s = fixed(u);
-    double r[2];
-    ASSERT_EQ(_vstdRngGaussian(0, s.get(), 1, r, 1.0, 1.0), 0);
-    EXPECT_DOUBLE_EQ(r[0], 1.0 + std::sqrt(2 * 744.44007192138122));
-    ASSERT_EQ(_vstdRngGaussian(2, s.get(), 2, r, 0.0, 1.0), 0);  // uniforms on [-1, 1): 0 maps to -1
-    EXPECT_DOUBLE_EQ(r[0], -5.8635847487551676 * std::sqrt(2.0));
-    ASSERT_EQ(_vstdRngWeibull(0, s.get(), 1, r, 2.0, 1.0, 1.0), 0);
-    EXPECT_DOUBLE_EQ(r[0], 1.0 + std::sqrt(744.44007192138122));
-    Stream m = make(ORV_BRNG_MCG59, 4);
-    for (int32_t method = 0; method < 3; ++method) {
-        double x[5];
-        float y[5];
-        ASSERT_EQ(_vstdRngGaussian(method, m.get(), 5, x, 3.0, 0.0), 0);
-        ASSERT_EQ(_vstsRngGaussian(method, m.get(), 5, y, 3.0f, 0.0f), 0);
-        for (int i = 0; i < 5; ++i) EXPECT_TRUE(x[i] == 3.0 && y[i] == 3.0f) << method;
-    }
-    EXPECT_EQ(_vstdRngGaussian(3, m.get(), 5, r, 0.0, 1.0), ORV_RNG_ERROR_BAD_METHOD);
 }
 
 // a + L z for each storage of L (full below dimen 11 and from 11 on, packed,

@@ -150,10 +150,7 @@ TEST(ErrorEntry, BadArgumentAndPointerLeaveArraysAlone) {
     });
 }
 
-struct ErrnoCase {
-    int32_t status;
-    int err;
-};
+struct ErrnoCase { int32_t status; int err; };
 class ErrnoMode : public testing::TestWithParam<ErrnoCase> {};
 
 TEST_P(ErrnoMode, StatusSetsTheCRuntimesErrno) {

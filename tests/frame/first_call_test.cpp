@@ -17,7 +17,6 @@ namespace fr = orv::frame;
 
 namespace {
 
-// The result array may be one of the inputs.
 TEST(FirstCall, ResultMayAliasAnInput) {
     using Binary = void (*)(int, const double*, const double*, double*);
     const std::pair<Binary, double (*)(double, double)> ops[] = {

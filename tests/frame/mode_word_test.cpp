@@ -20,10 +20,7 @@ uint32_t fresh_thread_mode(const char* value) {
     return mode;
 }
 
-struct EnvCase {
-    const char* value;
-    uint32_t mode;
-};
+struct EnvCase { const char* value; uint32_t mode; };
 
 class ModeFromEnvironment : public testing::TestWithParam<EnvCase> {};
 
@@ -63,9 +60,7 @@ TEST(ModeParser, TokensNearTheEndOfTheBufferAreSkipped) {
     unsetenv("ORV_VTM_MODE");
 }
 
-struct MergeCase {
-    uint32_t current, update, merged;
-};
+struct MergeCase { uint32_t current, update, merged; };
 class ModeMerge : public testing::TestWithParam<MergeCase> {};
 
 TEST_P(ModeMerge, FieldsAreReplacedAsWholesAndNeverCleared) {

@@ -32,14 +32,11 @@ void PrintTo(const Gen& g, std::ostream* os) { *os << g.name; }
 
 const std::vector<uint32_t> kSeed = {0x2545F491u, 0x9E3779B9u, 0x7F4A7C15u, 0x1234567u, 0xDEADBEEFu, 42u};
 
-// ----------------------------------------------------------------------------
 // Known answers from the reference recursions, over seeds that reach the
 // seeding edge cases (residues 0 and the moduli, counts of 1, 2 and 250
 // words, R250 seeded with zeros staying at zero).
 
-struct SeedCase {
-    std::vector<uint32_t> seed;
-};
+struct SeedCase { std::vector<uint32_t> seed; };
 class KnownAnswer : public testing::TestWithParam<SeedCase> {};
 
 TEST_P(KnownAnswer, FirstThousandOutputsOfEveryGenerator) {

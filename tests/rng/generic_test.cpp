@@ -21,10 +21,7 @@
 
 namespace {
 
-struct Gen {
-    int32_t id;
-    std::string name;
-};
+struct Gen { int32_t id; std::string name; };
 void PrintTo(const Gen& g, std::ostream* os) { *os << g.name << " (0x" << std::hex << g.id << ")"; }
 
 // Every usable row of the second numbering, with its first and last

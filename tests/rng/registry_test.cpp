@@ -11,10 +11,7 @@
 
 namespace {
 
-struct Mapping {
-    uint32_t id, row, sub;
-    bool second;
-};
+struct Mapping { uint32_t id, row, sub; bool second; };
 class BaseOffset : public testing::TestWithParam<Mapping> {};
 
 TEST_P(BaseOffset, MapsNumbersToTableRowAndSubGenerator) {
@@ -32,9 +29,7 @@ INSTANTIATE_TEST_SUITE_P(Numbers, BaseOffset,
                                          Mapping{0x900000 + 6023, 8, 6023, true},
                                          Mapping{0x1000000, 15, 0, true}));
 
-struct Validity {
-    int32_t id, status;
-};
+struct Validity { int32_t id, status; };
 class Properties : public testing::TestWithParam<Validity> {};
 
 TEST_P(Properties, ValidNumbersGiveTheirRowOthersMinus1000) {
@@ -61,10 +56,7 @@ int32_t fill_s(void*, int32_t, float*, float, float) { return 0; }
 int32_t fill_d(void*, int32_t, double*, double, double) { return 0; }
 int32_t fill_i(void*, int32_t, uint32_t*) { return 0; }
 
-struct Bad {
-    BrngRow row;
-    int32_t status;
-};
+struct Bad { BrngRow row; int32_t status; };
 
 // Runs in one test, since registration changes the process-wide count.
 TEST(Registry, RegistrationChecksInOrderThenAppends) {

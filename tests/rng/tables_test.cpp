@@ -37,11 +37,7 @@ Mat power_of_two(const Mat& a, int k, uint64_t m) {
     return r;
 }
 
-struct TableCase {
-    const orv::rng::MrgPowerTable* table;
-    uint64_t m;
-    Mat a;
-};
+struct TableCase { const orv::rng::MrgPowerTable* table; uint64_t m; Mat a; };
 
 TEST(MrgPowerTables, EveryEntryIsADirectPowerOfTwoOfTheRecursion) {
     const TableCase cases[] = {
@@ -100,11 +96,7 @@ TEST(WichmannHillSets, FollowTheirRule) {
     }
 }
 
-struct PowCase {
-    uint32_t a;
-    uint64_t e;
-    uint32_t m;
-};
+struct PowCase { uint32_t a; uint64_t e; uint32_t m; };
 class PowMod : public testing::TestWithParam<PowCase> {};
 
 TEST_P(PowMod, AgreesWithWidePowering) {

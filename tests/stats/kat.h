@@ -12,14 +12,8 @@
 namespace kat {
 
 using Rows = std::map<std::string, std::vector<double>>;
-struct Case {
-    int64_t n = 0, p = 0;
-    Rows rows;
-};
-struct File {
-    Rows head;
-    std::vector<Case> cases;
-};
+struct Case { int64_t n = 0, p = 0; Rows rows; };
+struct File { Rows head; std::vector<Case> cases; };
 
 inline File read(const std::string& name) {
     std::ifstream in(ORV_SS_DATA_DIR "/" + name);

@@ -82,10 +82,6 @@ TEST(LinearFrac, EachCaseOfTheScalars) {
     EXPECT_EQ(_vtmGetErrStatus(), 0);
 }
 
-}  // namespace
-
-namespace {
-
 // The strided forms of the two shapes of their own, against the plain ones
 // on elements gathered by hand.
 TEST(OwnShapes, StridedModfAndLinearFrac) {

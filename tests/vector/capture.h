@@ -8,12 +8,7 @@
 
 #include <orv/vtm.h>
 
-struct SeenError {
-    int code;
-    int index;
-    double arg1, arg2, res1, res2;
-    std::string name;
-};
+struct SeenError { int code; int index; double arg1, arg2, res1, res2; std::string name; };
 
 inline std::vector<SeenError>& seen_errors() {
     static thread_local std::vector<SeenError> v;

@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <bit>
 #include <cstdint>
-#include <cstring>
 #include <cfenv>
 #include <cmath>
 #include <fstream>
@@ -86,10 +85,7 @@ TEST(SlowPath, CallbackReplacesTheResult) {
 
 // Denormals are flushed only when the mode's field is exactly 0x280000, and
 // only by the kernels that read the mode.
-struct FlushCase {
-    uint32_t field;
-    bool flushes;
-};
+struct FlushCase { uint32_t field; bool flushes; };
 class Denormals : public testing::TestWithParam<FlushCase> {};
 TEST_P(Denormals, FlushedOnlyUnderTheExactField) {
     const FlushCase c = GetParam();
@@ -156,9 +152,7 @@ TEST(Rounding, CallerDirectionIgnoredOrHonoured) {
 // magnitudes, with a zero, -1 and an infinity planted so that every reporting
 // kernel reports; with an increment other than 1 a record carries the error
 // name of the strided row in vector/functions.def.
-struct Stride {
-    int inca, incb, incr;
-};
+struct Stride { int inca, incb, incr; };
 void PrintTo(const Stride& s, std::ostream* os) { *os << s.inca << "_" << s.incb << "_" << s.incr; }
 class Strided : public testing::TestWithParam<Stride> {};
 
@@ -226,19 +220,12 @@ INSTANTIATE_TEST_SUITE_P(Conventions, Strided,
                          testing::Values(Stride{1, 1, 1}, Stride{2, 3, 1}, Stride{3, 1, 2},
                                          Stride{-1, 2, -1}, Stride{1, -1, 3}, Stride{2, 2, 2}));
 
-}  // namespace
-
-namespace {
-
 // The rounding family keeps the caller's direction: Ceil, Floor, Trunc,
 // Round and Frac give the same results in every direction, Rint and
 // NearbyInt round in it; zeros keep the sign of x throughout. The reference
 // is MPFR, whose integral roundings keep the sign of a zero as IEEE 754
 // asks (the C library's floor and rint give -0 for 0.5 when rounding down).
-struct Dir {
-    int fe;
-    mpfr_rnd_t rnd;
-};
+struct Dir { int fe; mpfr_rnd_t rnd; };
 void PrintTo(const Dir& d, std::ostream* os) { *os << d.fe; }
 class Directions : public testing::TestWithParam<Dir> {};
 
@@ -285,10 +272,6 @@ TEST_P(Directions, RoundingFamilyInEveryDirection) {
 INSTANTIATE_TEST_SUITE_P(Conventions, Directions,
                          testing::Values(Dir{FE_TONEAREST, MPFR_RNDN}, Dir{FE_UPWARD, MPFR_RNDU},
                                          Dir{FE_DOWNWARD, MPFR_RNDD}, Dir{FE_TOWARDZERO, MPFR_RNDZ}));
-
-}  // namespace
-
-namespace {
 
 // Every present real unary function, from the generated list: a signalling
 // NaN comes back as a quiet NaN (C Annex F), in block and tail lanes, plain

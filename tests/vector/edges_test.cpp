@@ -186,6 +186,23 @@ std::vector<Edge> annex_f() {
 }
 INSTANTIATE_TEST_SUITE_P(AnnexF, Edges, testing::ValuesIn(annex_f()), row_name);
 
+// Atan2 and Atan2pi of every pair of signed zeros, ones and infinities with
+// a zero or an infinity in it: the C library's atan2 gives the rules of the
+// signs (and a multiple of 1/4 for the pi form), with no status.
+TEST(Atan2, ZerosAndInfinitiesBySigns) {
+    const double s[] = {0.0, -0.0, 1.0, -1.0, kInf, -kInf};
+    for (double y : s)
+        for (double x : s) {
+            if (std::isfinite(y) && y != 0 && std::isfinite(x) && x != 0) continue;
+            const double w = std::atan2(y, x), pi_form = std::copysign(std::round(std::fabs(w) / M_PI * 4) / 4, w);
+            for (const Edge& e : {Edge{"Atan2", y, x, w, 0}, Edge{"Atan2pi", y, x, pi_form, 0}}) {
+                SCOPED_TRACE(testing::PrintToString(e));
+                check<float>(e);
+                check<double>(e);
+            }
+        }
+}
+
 // One row for each status of each power and root function (the table in
 // docs/vector-power.md), values near the extremes where nothing may be
 // reported, and exact results, which the final corrections must reach.
@@ -207,6 +224,27 @@ EDGES(Power,
     {"Pow2o3", 0x1p-141, 0, 0x1p-94, 0}, {"Pow3o2", 9, 0, 27, 0}, {"sPow3o2", 0x1p-100, 0, 0x1p-150, 4},
     {"Hypot", -3, 4, 5, 0}, {"sHypot", 0x1p-140, 0x1p-140, 0x1.6a09e6p-140, 4},
     {"dHypot", 0x3p-1000, -0x4p-1000, 0x5p-1000, 0}, {"sHypot", 0x3p-70, -0x4p-70, 0x5p-70, 0});
+
+// The error-function family by the classes of C's Annex F: domain errors,
+// poles (the inverse in every tier), overflow of Erfcx and the underflow of
+// non-zero results beside their thresholds (values within two ulps of the C
+// library's), limits and exact points.
+EDGES(Erf,
+    {"sErfInv", 1.5, 0, kNaN, 1}, {"dErfInv", -kInf, 0, kNaN, 1}, {"dErfcInv", -0.5, 0, kNaN, 1},
+    {"sErfcInv", 2.5, 0, kNaN, 1}, {"dCdfNormInv", 1.25, 0, kNaN, 1}, {"sCdfNormInv", -1.0, 0, kNaN, 1},
+    {"ErfInv", 1.0, 0, kInf, 2, 0, 0.75, true}, {"ErfInv", -1.0, 0, -kInf, 2, 0, 0.75, true},
+    {"ErfcInv", 0.0, 0, kInf, 2}, {"dErfcInv", 2.0, 0, -kInf, 2}, {"dCdfNormInv", 0.0, 0, -kInf, 2},
+    {"CdfNormInv", 1.0, 0, kInf, 2}, {"dErfcx", -27.0, 0, kInf, 3}, {"sErfcx", -9.5, 0, kInf, 3},
+    {"dErfcx", -26.6, 0, double(2 * std::exp((long double)-26.6 * -26.6)), 0, 2},
+    {"dErfc", 26.6, 0, std::erfc(26.6), 4, 2}, {"dErfc", 28.0, 0, 0.0, 4}, {"sErfc", 11.0, 0, 0.0, 4},
+    {"sErfc", 9.5, 0, double(float(std::erfc(9.5))), 4, 2}, {"dErf", 0x1p-1050, 0, std::erf(0x1p-1050), 4, 2},
+    {"dCdfNorm", -38.0, 0, std::erfc(38 / std::sqrt(2.0)) / 2, 4, 2}, {"dCdfNorm", -41.0, 0, 0.0, 4},
+    {"sCdfNorm", -14.0, 0, double(float(std::erfc(14 / std::sqrt(2.0)) / 2)), 4, 2},
+    {"dErfcx", 1e308, 0, 1 / (1e308 * std::sqrt(M_PI)), 4, 2},
+    {"dErfInv", 0x1p-1060, 0, std::sqrt(M_PI) / 2 * 0x1p-1060, 4, 2}, {"Erfc", kInf, 0, 0.0, 0},
+    {"dErfc", -kInf, 0, 2.0, 0}, {"sErf", -kInf, 0, -1.0, 0}, {"dErfcx", -kInf, 0, kInf, 0},
+    {"dErfcx", kInf, 0, 0.0, 0}, {"dCdfNorm", kInf, 0, 1.0, 0}, {"dCdfNormInv", 0.5, 0, 0.0, 0},
+    {"dErfcInv", 1.0, 0, 0.0, 0}, {"dErf", 0.0, 0, 0.0, 0});
 
 // Sin, Cos and Tan of a signed zero, the infinities (a domain error) and NaN.
 EDGES(Trig,

@@ -89,10 +89,7 @@ template <typename E> double im_of(E x) { if constexpr (orv::vec::ElemOf<E>::kCo
 template <typename E>
 bool same(E x, E y) { return std::memcmp(&x, &y, sizeof x) == 0; }
 
-struct Seen {
-    int code, index;
-    double arg1, arg2, res1, res2, arg1_im, res1_im;
-};
+struct Seen { int code, index; double arg1, arg2, res1, res2, arg1_im, res1_im; };
 std::vector<Seen> seen;
 bool replace = false;  // the callback writes 42 (+43i) and returns 0
 

@@ -22,23 +22,14 @@
 
 namespace {
 
-struct Row {
-    const char* name;
-    char type;
-    bool strided;
-    std::string shape;
-};
+struct Row { const char* name; char type; bool strided; std::string shape; };
 const Row kRows[] = {
 #define X(NAME, BASE, TYPE, STRIDED, FAMILY, SHAPE, B0, B1, B2) {#NAME, TYPE, STRIDED, #SHAPE},
 #include "vtm_rows.inc"
 #undef X
 };
 
-struct Variant {
-    const char* path;
-    int version;
-    bool runs;
-};
+struct Variant { const char* path; int version; bool runs; };
 const Variant kVariants[] = {
     {ORV_KERNEL_AVX2_SO, 1, __builtin_cpu_supports("avx2") != 0},
     {ORV_KERNEL_AVX512_SO, 2,
