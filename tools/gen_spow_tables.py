@@ -19,8 +19,7 @@ The step, all in double:
   cheaper Powx tiers: Q of degree 4 (LA) or 3 (EP), P of degree 2); 2^(j / 16)
   for j = m mod 16 comes from a table of 16 rows whose entries have j 2^48
   subtracted from their bits, so that adding m 2^48 to the bits of the
-  entry gives 2^(m / 16) whatever m's sign. (The rows are pairs, the
-  second entry 0, so that the pair lookups of vector/common/gather.h serve.)
+  entry gives 2^(m / 16) whatever m's sign.
 """
 import sys
 import struct
@@ -72,7 +71,7 @@ def exp_rows():
     rows = []
     for j in range(16):
         v = float(mp.power(2, mp.mpf(j) / 16))
-        rows.append((dval(dbits(v) - (j << 48)), 0.0))
+        rows.append(dval(dbits(v) - (j << 48)))
     return rows
 
 
@@ -130,10 +129,10 @@ def main():
         out.append(f"    {{{a.hex()}, {b.hex()}}},")
     out.append("};")
     out.append("")
-    out.append("// {2^(j/16) with j 2^48 subtracted from its bits, 0}.")
-    out.append("alignas(64) inline constexpr double kSpowExp2[16][2] = {")
-    for a, b in rows_e:
-        out.append(f"    {{{a.hex()}, {b.hex()}}},")
+    out.append("// 2^(j/16) with j 2^48 subtracted from its bits.")
+    out.append("alignas(64) inline constexpr double kSpowExp2[16] = {")
+    for a in rows_e:
+        out.append(f"    {a.hex()},")
     out.append("};")
     out.append("")
     for d, (c, e) in qfits.items():

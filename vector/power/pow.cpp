@@ -3,7 +3,7 @@
 // with Dekker's exact product, then Tang's 64-row exponential with the low
 // part folded into the reduced argument (the double forms and every
 // callout). The single block step is a table-driven log2 and exp2 in plain
-// double, rounded once to float (spow_step below).
+// double, rounded once to float (pow_s_v below).
 //
 // Powx (one exponent for the whole vector) has a family-local loop below:
 // the block driver has no shape with a scalar parameter yet.
@@ -14,6 +14,7 @@
 #include "vector/common/bits.h"
 #include "vector/common/gather.h"
 #include "vector/common/poly.h"
+#include "vector/common/spow_ops.h"
 #include "vector/power/power_core.h"
 #include "vector/power/spow_tables.h"
 #include "vtm_kernels.h"
@@ -251,36 +252,45 @@ struct PowD : PowBase<double, pow_callout<double>> {
 // widened to double, in plain double (no double-double: the error of
 // 2^(y log2 x) stays below 2^-31.5 relative for |y log2 x| <= 126, far under a
 // float's half ulp of 2^-24), then one rounding to float. The table-driven
-// log2: x = 2^k z with z in [0x1.66p-1, 0x1.66p0), a 16-row table of 1/c
-// (28 bits, so that z/c - 1 is exact) and log2 c, log2(1 + r) by a degree-6
-// polynomial (all scaled by 16, exactly, to give 16 y log2 x at once); then 2^t from 2^(m/16) (16 rows) times a degree-4
-// polynomial, scaled by adding m to the entry's bits. Tables and
-// coefficients: vector/power/spow_tables.h (tools/gen_spow_tables.py).
+// log2: x = 2^k z with z in [0x1.66p-1, 0x1.66p0), split on the float bits
+// of the whole register (k, z and the row at once), a 16-row table of 1/c
+// (28 bits, so that z/c - 1 is exact) and log2 c, log2(1 + r) by a
+// degree-6 polynomial (all scaled by 16, exactly, to give 16 y log2 x at
+// once); then 2^t from 2^(m/16) (16 rows) times a degree-4 polynomial,
+// scaled by adding m to the entry's bits. Tables and coefficients:
+// vector/power/spow_tables.h (tools/gen_spow_tables.py).
 // Q and P: the log2 and exp2 polynomials (HA: kSpowQ5, kSpowP3).
-template <const auto& Q, const auto& P>
-inline V2 spow_step(V2 x, V2 y) {
-    constexpr uint64_t kOff = 0x3FE6600000000000ull;  // bits of 0x1.66p-1
-    constexpr double kShift = 0x1.8p52;
-    const po::VI64 ix = po::ibits(x);
-    const po::VI64 tmp = po::sub64(ix, po::splat64(kOff));
-    const V2 k16 = po::sar52_times16(tmp);
-    const V2 z = po::dbits(po::sub64(ix, po::and64(tmp, 0xFFF0000000000000ull)));
-    V2 invc, logc;
-    orv::vec::gather::pairs_of<kSpowLog>(po::srl64<48>(tmp), 15, &invc, &logc);
+constexpr double kSpowShift = 0x1.8p52;  // its ulp is 1: m = round(16 t) in the low bits
+
+// 16 y log2 x on one half, from z, 16 k and the row's 1/c and -16 log2(1/c).
+template <const auto& Q>
+inline V2 spow_t16(V2 z, V2 k16, V2 invc, V2 logc, V2 y) {
     const V2 r = z * invc - splat(1.0);  // exact
-    const V2 t16 = y * ((k16 + logc) + r * orv::vec::poly::horner(r, Q, splat));  // 16 y log2 x
-    const V2 kd = t16 + splat(kShift);
-    const V2 u = t16 - (kd - splat(kShift));  // |u| <= 1/2, exact
-    const po::VI64 m = po::ibits(kd);        // m = round(16 t) in the low bits
-    V2 e, unused;
-    orv::vec::gather::pairs_of<kSpowExp2>(m, 15, &e, &unused);
-    const V2 s = po::dbits(po::add64(po::ibits(e), simd::as<po::VI64>(simd::as<simd::VU64>(m) << 48)));
+    return y * ((k16 + logc) + r * orv::vec::poly::horner(r, Q, splat));
+}
+// 2^(t16 / 16) on one half, given kd = t16 + kSpowShift and the row e of m.
+template <const auto& P>
+inline V2 spow_exp2(V2 t16, V2 kd, V2 e) {
+    const V2 u = t16 - (kd - splat(kSpowShift));  // |u| <= 1/2, exact
+    const po::VI64 m = po::ibits(kd);
+    const V2 s = po::dbits(po::add64(po::ibits(e), simd::as<po::VI64>(simd::as<po::VU64>(m) << 48)));
     return s * (orv::vec::poly::horner(u, P, splat) * u) + s;
 }
 template <const auto& Q = kSpowQ5, const auto& P = kSpowP3>
 inline VF pow_s_v(VF x, VF y) {
-    return simd::narrow(spow_step<Q, P>(simd::widen_lo(x), simd::widen_lo(y)),
-                      spow_step<Q, P>(simd::widen_hi(x), simd::widen_hi(y)));
+    constexpr uint32_t kOff = 0x3F330000u;  // bits of 0x1.66p-1
+    const simd::VU32 ix = simd::as<simd::VU32>(x);
+    const simd::VU32 tmp = ix - kOff;
+    const simd::VI32 k16 = (simd::as<simd::VI32>(tmp) >> 19) & ~15;  // 16 k (arithmetic shift)
+    const VF z = simd::as<VF>(ix - (tmp & 0xFF800000u));
+    V2 invc_lo, logc_lo, invc_hi, logc_hi;
+    orv::vec::spow_ops::rows16<kSpowLog, 19>(simd::as<simd::VI32>(tmp), &invc_lo, &logc_lo, &invc_hi, &logc_hi);
+    const V2 t_lo = spow_t16<Q>(simd::widen_lo(z), po::int_lo_to_double(k16), invc_lo, logc_lo, simd::widen_lo(y));
+    const V2 t_hi = spow_t16<Q>(simd::widen_hi(z), po::int_hi_to_double(k16), invc_hi, logc_hi, simd::widen_hi(y));
+    const V2 kd_lo = t_lo + splat(kSpowShift), kd_hi = t_hi + splat(kSpowShift);
+    V2 e_lo, e_hi;
+    orv::vec::spow_ops::col16(kSpowExp2, kd_lo, kd_hi, &e_lo, &e_hi);
+    return simd::narrow(spow_exp2<P>(t_lo, kd_lo, e_lo), spow_exp2<P>(t_hi, kd_hi, e_hi));
 }
 
 // pow_special on a register of floats, lane for lane. The bound of

@@ -26,24 +26,24 @@ alignas(64) inline constexpr double kSpowLog[16][2] = {
     {0x1.767dce4000000p-1, 0x1.ce0a4930a17ffp+2},
 };
 
-// {2^(j/16) with j 2^48 subtracted from its bits, 0}.
-alignas(64) inline constexpr double kSpowExp2[16][2] = {
-    {0x1.0000000000000p+0, 0x0.0p+0},
-    {0x1.fb5586cf9890fp-1, 0x0.0p+0},
-    {0x1.f72b83c7d517bp-1, 0x0.0p+0},
-    {0x1.f387a6e756238p-1, 0x0.0p+0},
-    {0x1.f06fe0a31b715p-1, 0x0.0p+0},
-    {0x1.edea64c123422p-1, 0x0.0p+0},
-    {0x1.ebfdad5362a27p-1, 0x0.0p+0},
-    {0x1.eab07dd485429p-1, 0x0.0p+0},
-    {0x1.ea09e667f3bcdp-1, 0x0.0p+0},
-    {0x1.ea11473eb0187p-1, 0x0.0p+0},
-    {0x1.eace5422aa0dbp-1, 0x0.0p+0},
-    {0x1.ec49182a3f090p-1, 0x0.0p+0},
-    {0x1.ee89f995ad3adp-1, 0x0.0p+0},
-    {0x1.f199bdd85529cp-1, 0x0.0p+0},
-    {0x1.f5818dcfba487p-1, 0x0.0p+0},
-    {0x1.fa4afa2a490dap-1, 0x0.0p+0},
+// 2^(j/16) with j 2^48 subtracted from its bits.
+alignas(64) inline constexpr double kSpowExp2[16] = {
+    0x1.0000000000000p+0,
+    0x1.fb5586cf9890fp-1,
+    0x1.f72b83c7d517bp-1,
+    0x1.f387a6e756238p-1,
+    0x1.f06fe0a31b715p-1,
+    0x1.edea64c123422p-1,
+    0x1.ebfdad5362a27p-1,
+    0x1.eab07dd485429p-1,
+    0x1.ea09e667f3bcdp-1,
+    0x1.ea11473eb0187p-1,
+    0x1.eace5422aa0dbp-1,
+    0x1.ec49182a3f090p-1,
+    0x1.ee89f995ad3adp-1,
+    0x1.f199bdd85529cp-1,
+    0x1.f5818dcfba487p-1,
+    0x1.fa4afa2a490dap-1,
 };
 
 // 16 log2(1 + r) = r Q(r), |r| <= 0.0297, Q of degree 5 (Remez on 16 log2(1 + r) / r);

@@ -1,0 +1,111 @@
+// Table lookups of the single-precision pow step, which works on the two
+// halves of a float register widened to double: the rows for all the float
+// lanes of one register are read at once and handed back as the low and
+// high halves. Each width reads the same rows its own way (scalar loads in
+// the narrow builds, register permutes in the AVX-512 build: no gather
+// instructions); the values are the same.
+#pragma once
+
+#include <cstdint>
+
+#include "vector/simd/vec.h"
+
+namespace orv::vec::spow_ops {
+
+namespace simd = orv::vec::simd;
+using simd::VD;
+using simd::VI32;
+using simd::VI64;
+
+// Scalar meaning, for W float lanes and row(l) = (v[l] >> Shift) & 15:
+//   a_lo[i] = table[row(i)][0], b_lo[i] = table[row(i)][1],
+//   a_hi[i] = table[row(i + W/2)][0], b_hi[i] = table[row(i + W/2)][1].
+// The table has 16 rows of two doubles, 64-byte aligned.
+template <const double (&Table)[16][2], int Shift>
+inline void rows16(VI32 v, VD* a_lo, VD* b_lo, VD* a_hi, VD* b_hi) {
+#if ORV_SIMD_BYTES == 16
+    // Byte offsets of the rows (row 16), one 16-byte load a row.
+    alignas(16) int32_t k[4];
+    const VI32 off = simd::as<VI32>((simd::as<simd::VU32>(v) >> (Shift - 4)) & 0xF0u);
+    _mm_store_si128(reinterpret_cast<__m128i*>(k), (__m128i)off);
+    const char* base = reinterpret_cast<const char*>(&Table[0][0]);
+    const __m128d r0 = _mm_load_pd(reinterpret_cast<const double*>(base + k[0]));
+    const __m128d r1 = _mm_load_pd(reinterpret_cast<const double*>(base + k[1]));
+    const __m128d r2 = _mm_load_pd(reinterpret_cast<const double*>(base + k[2]));
+    const __m128d r3 = _mm_load_pd(reinterpret_cast<const double*>(base + k[3]));
+    *a_lo = _mm_unpacklo_pd(r0, r1);
+    *b_lo = _mm_unpackhi_pd(r0, r1);
+    *a_hi = _mm_unpacklo_pd(r2, r3);
+    *b_hi = _mm_unpackhi_pd(r2, r3);
+#elif ORV_SIMD_BYTES == 32
+    alignas(32) int32_t k[8];
+    const VI32 off = simd::as<VI32>((simd::as<simd::VU32>(v) >> (Shift - 4)) & 0xF0u);
+    _mm256_store_si256(reinterpret_cast<__m256i*>(k), (__m256i)off);
+    const char* base = reinterpret_cast<const char*>(&Table[0][0]);
+    auto row = [&](int l) { return _mm_load_pd(reinterpret_cast<const double*>(base + k[l])); };
+    auto four = [&](int l, VD* a, VD* b) {  // rows l .. l + 3: rows l, l + 2 and l + 1, l + 3 paired
+        const __m256d a02 = _mm256_insertf128_pd(_mm256_castpd128_pd256(row(l)), row(l + 2), 1);
+        const __m256d a13 = _mm256_insertf128_pd(_mm256_castpd128_pd256(row(l + 1)), row(l + 3), 1);
+        *a = _mm256_unpacklo_pd(a02, a13);
+        *b = _mm256_unpackhi_pd(a02, a13);
+    };
+    four(0, a_lo, b_lo);
+    four(4, a_hi, b_hi);
+#else
+    // The row numbers widened to 64-bit lanes; one two-register permute a
+    // column and half reads only the index's low 4 bits.
+    struct Cols {
+        alignas(64) double a[16];
+        alignas(64) double b[16];
+    };
+    static constexpr Cols cols = [] {
+        Cols c{};
+        for (int i = 0; i < 16; ++i) {
+            c.a[i] = Table[i][0];
+            c.b[i] = Table[i][1];
+        }
+        return c;
+    }();
+    const __m512i j = _mm512_srli_epi32((__m512i)v, Shift);
+    const __m512i jl = _mm512_cvtepu32_epi64(_mm512_castsi512_si256(j));
+    const __m512i jh = _mm512_cvtepu32_epi64(_mm512_extracti64x4_epi64(j, 1));
+    const __m512d a0 = _mm512_load_pd(cols.a), a1 = _mm512_load_pd(cols.a + 8);
+    const __m512d b0 = _mm512_load_pd(cols.b), b1 = _mm512_load_pd(cols.b + 8);
+    *a_lo = _mm512_permutex2var_pd(a0, jl, a1);
+    *b_lo = _mm512_permutex2var_pd(b0, jl, b1);
+    *a_hi = _mm512_permutex2var_pd(a0, jh, a1);
+    *b_hi = _mm512_permutex2var_pd(b0, jh, b1);
+#endif
+}
+
+// Scalar meaning: lo[i] = table[bits(klo[i]) & 15], hi[i] = table[bits(khi[i]) & 15].
+// The table has 16 doubles, 64-byte aligned.
+inline void col16(const double* table, VD klo, VD khi, VD* lo, VD* hi) {
+#if ORV_SIMD_BYTES == 16
+    // The low words of both registers in one, one store, scalar loads.
+    alignas(16) int32_t k[4];
+    const __m128i m = _mm_and_si128(_mm_castps_si128(_mm_shuffle_ps(_mm_castpd_ps(klo), _mm_castpd_ps(khi), 0x88)),
+                                    _mm_set1_epi32(15));
+    _mm_store_si128(reinterpret_cast<__m128i*>(k), m);
+    *lo = _mm_loadh_pd(_mm_load_sd(table + k[0]), table + k[1]);
+    *hi = _mm_loadh_pd(_mm_load_sd(table + k[2]), table + k[3]);
+#elif ORV_SIMD_BYTES == 32
+    alignas(32) int64_t k[8];
+    const __m256i m15 = _mm256_set1_epi64x(15);
+    _mm256_store_si256(reinterpret_cast<__m256i*>(k), _mm256_and_si256(_mm256_castpd_si256(klo), m15));
+    _mm256_store_si256(reinterpret_cast<__m256i*>(k + 4), _mm256_and_si256(_mm256_castpd_si256(khi), m15));
+    auto four = [&](int l) {
+        const __m128d p = _mm_loadh_pd(_mm_load_sd(table + k[l]), table + k[l + 1]);
+        const __m128d q = _mm_loadh_pd(_mm_load_sd(table + k[l + 2]), table + k[l + 3]);
+        return _mm256_insertf128_pd(_mm256_castpd128_pd256(p), q, 1);
+    };
+    *lo = four(0);
+    *hi = four(4);
+#else
+    const __m512d c0 = _mm512_load_pd(table), c1 = _mm512_load_pd(table + 8);
+    *lo = _mm512_permutex2var_pd(c0, _mm512_castpd_si512(klo), c1);
+    *hi = _mm512_permutex2var_pd(c0, _mm512_castpd_si512(khi), c1);
+#endif
+}
+
+}  // namespace orv::vec::spow_ops
