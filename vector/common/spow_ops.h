@@ -17,6 +17,35 @@ using simd::VD;
 using simd::VI32;
 using simd::VI64;
 
+// Makes the compiler treat the array as written by an unseen store, so that
+// its elements are read back by scalar loads rather than moved out of the
+// register it was stored from lane by lane.
+template <typename A>
+inline void keep_in_memory(A& a) {
+    __asm__("" : "+m"(a));
+}
+
+// The low and high halves of 32-bit integer lanes converted to double
+// (exact): lo[i] = double(k[i]), hi[i] = double(k[i + W/2]) for W lanes.
+inline VD lo_to_double(VI32 k) {
+#if ORV_SIMD_BYTES == 16
+    return _mm_cvtepi32_pd((__m128i)k);
+#elif ORV_SIMD_BYTES == 32
+    return _mm256_cvtepi32_pd(_mm256_castsi256_si128((__m256i)k));
+#else
+    return _mm512_cvtepi32_pd(_mm512_castsi512_si256((__m512i)k));
+#endif
+}
+inline VD hi_to_double(VI32 k) {
+#if ORV_SIMD_BYTES == 16
+    return _mm_cvtepi32_pd(_mm_unpackhi_epi64((__m128i)k, (__m128i)k));
+#elif ORV_SIMD_BYTES == 32
+    return _mm256_cvtepi32_pd(_mm256_extracti128_si256((__m256i)k, 1));
+#else
+    return _mm512_cvtepi32_pd(_mm512_extracti64x4_epi64((__m512i)k, 1));
+#endif
+}
+
 // Scalar meaning, for W float lanes and row(l) = (v[l] >> Shift) & 15:
 //   a_lo[i] = table[row(i)][0], b_lo[i] = table[row(i)][1],
 //   a_hi[i] = table[row(i + W/2)][0], b_hi[i] = table[row(i + W/2)][1].
@@ -24,10 +53,13 @@ using simd::VI64;
 template <const double (&Table)[16][2], int Shift>
 inline void rows16(VI32 v, VD* a_lo, VD* b_lo, VD* a_hi, VD* b_hi) {
 #if ORV_SIMD_BYTES == 16
-    // Byte offsets of the rows (row 16), one 16-byte load a row.
-    alignas(16) int32_t k[4];
+    // Byte offsets of the rows (row 16), stored once and read back as
+    // four scalars (fewer instructions than moving each lane out), then
+    // one 16-byte load a row.
+    alignas(16) uint32_t k[4];
     const VI32 off = simd::as<VI32>((simd::as<simd::VU32>(v) >> (Shift - 4)) & 0xF0u);
     _mm_store_si128(reinterpret_cast<__m128i*>(k), (__m128i)off);
+    keep_in_memory(k);
     const char* base = reinterpret_cast<const char*>(&Table[0][0]);
     const __m128d r0 = _mm_load_pd(reinterpret_cast<const double*>(base + k[0]));
     const __m128d r1 = _mm_load_pd(reinterpret_cast<const double*>(base + k[1]));
@@ -38,9 +70,10 @@ inline void rows16(VI32 v, VD* a_lo, VD* b_lo, VD* a_hi, VD* b_hi) {
     *a_hi = _mm_unpacklo_pd(r2, r3);
     *b_hi = _mm_unpackhi_pd(r2, r3);
 #elif ORV_SIMD_BYTES == 32
-    alignas(32) int32_t k[8];
+    alignas(32) uint32_t k[8];
     const VI32 off = simd::as<VI32>((simd::as<simd::VU32>(v) >> (Shift - 4)) & 0xF0u);
     _mm256_store_si256(reinterpret_cast<__m256i*>(k), (__m256i)off);
+    keep_in_memory(k);
     const char* base = reinterpret_cast<const char*>(&Table[0][0]);
     auto row = [&](int l) { return _mm_load_pd(reinterpret_cast<const double*>(base + k[l])); };
     auto four = [&](int l, VD* a, VD* b) {  // rows l .. l + 3: rows l, l + 2 and l + 1, l + 3 paired
@@ -83,10 +116,11 @@ inline void rows16(VI32 v, VD* a_lo, VD* b_lo, VD* a_hi, VD* b_hi) {
 inline void col16(const double* table, VD klo, VD khi, VD* lo, VD* hi) {
 #if ORV_SIMD_BYTES == 16
     // The low words of both registers in one, one store, scalar loads.
-    alignas(16) int32_t k[4];
+    alignas(16) uint32_t k[4];
     const __m128i m = _mm_and_si128(_mm_castps_si128(_mm_shuffle_ps(_mm_castpd_ps(klo), _mm_castpd_ps(khi), 0x88)),
                                     _mm_set1_epi32(15));
     _mm_store_si128(reinterpret_cast<__m128i*>(k), m);
+    keep_in_memory(k);
     *lo = _mm_loadh_pd(_mm_load_sd(table + k[0]), table + k[1]);
     *hi = _mm_loadh_pd(_mm_load_sd(table + k[2]), table + k[3]);
 #elif ORV_SIMD_BYTES == 32
@@ -94,6 +128,7 @@ inline void col16(const double* table, VD klo, VD khi, VD* lo, VD* hi) {
     const __m256i m15 = _mm256_set1_epi64x(15);
     _mm256_store_si256(reinterpret_cast<__m256i*>(k), _mm256_and_si256(_mm256_castpd_si256(klo), m15));
     _mm256_store_si256(reinterpret_cast<__m256i*>(k + 4), _mm256_and_si256(_mm256_castpd_si256(khi), m15));
+    keep_in_memory(k);
     auto four = [&](int l) {
         const __m128d p = _mm_loadh_pd(_mm_load_sd(table + k[l]), table + k[l + 1]);
         const __m128d q = _mm_loadh_pd(_mm_load_sd(table + k[l + 2]), table + k[l + 3]);

@@ -285,8 +285,8 @@ inline VF pow_s_v(VF x, VF y) {
     const VF z = simd::as<VF>(ix - (tmp & 0xFF800000u));
     V2 invc_lo, logc_lo, invc_hi, logc_hi;
     orv::vec::spow_ops::rows16<kSpowLog, 19>(simd::as<simd::VI32>(tmp), &invc_lo, &logc_lo, &invc_hi, &logc_hi);
-    const V2 t_lo = spow_t16<Q>(simd::widen_lo(z), po::int_lo_to_double(k16), invc_lo, logc_lo, simd::widen_lo(y));
-    const V2 t_hi = spow_t16<Q>(simd::widen_hi(z), po::int_hi_to_double(k16), invc_hi, logc_hi, simd::widen_hi(y));
+    const V2 t_lo = spow_t16<Q>(simd::widen_lo(z), orv::vec::spow_ops::lo_to_double(k16), invc_lo, logc_lo, simd::widen_lo(y));
+    const V2 t_hi = spow_t16<Q>(simd::widen_hi(z), orv::vec::spow_ops::hi_to_double(k16), invc_hi, logc_hi, simd::widen_hi(y));
     const V2 kd_lo = t_lo + splat(kSpowShift), kd_hi = t_hi + splat(kSpowShift);
     V2 e_lo, e_hi;
     orv::vec::spow_ops::col16(kSpowExp2, kd_lo, kd_hi, &e_lo, &e_hi);
@@ -294,19 +294,22 @@ inline VF pow_s_v(VF x, VF y) {
 }
 
 // pow_special on a register of floats, lane for lane. The bound of
-// log2_bound is first estimated in float (within 2^-20 relative of the
-// double one); only a register with a lane near the limit takes the double
-// test, from a = (bits(x) - bits(1)) 2^-23, which is the scalar test's
-// value exactly for normal x.
+// log2_bound is first estimated in float, scaled by 2^23, as
+// (|bits(x) - bits(1)| + 0.0861 2^23) |y| (within 2^-20 relative of the
+// double one; infinite and NaN y land above it); only a register with a
+// lane near the limit takes the exact test, in double from
+// a = (bits(x) - bits(1)) 2^-23, which is the scalar test's value exactly
+// for normal x.
 inline VF pow_special_vf(VF x, VF y) {
     using RF = simd::Reg<float>;
+    const VF absf = RF::bits(0x7FFFFFFFu);
     const VF bad_x = simd::outside(x, 0x00800000u, 0x7F000000u);
-    const VF bad_y = simd::outside(simd::band(y, RF::bits(0x7FFFFFFFu)), 0u, 0x7F800000u);
-    const VF bad = simd::bor(bad_x, bad_y);
+    const VF ayf = simd::band(y, absf);
     const simd::VI32 a = simd::as<simd::VI32>(x) - 0x3F800000;
-    const VF absf = RF::bits(0x7FFFFFFFu), ayf = simd::band(y, absf);
-    const VF est = simd::band(simd::to_float(a) * RF::set1(0x1p-23f), absf) * ayf + RF::set1(0.0861f) * ayf;
-    if (simd::lanes(simd::lt(RF::set1(124.99f), est)) == 0) return bad;
+    const VF est = (simd::band(simd::to_float(a), absf) + RF::set1(0.0861f * 0x1p23f)) * ayf;
+    const VF near = simd::not_lt(est, RF::set1(124.99f * 0x1p23f));
+    if (simd::lanes(near) == 0) return bad_x;
+    const VF bad_y = simd::outside(ayf, 0u, 0x7F800000u);
     const V2 abs = simd::Reg<double>::bits(0x7FFFFFFFFFFFFFFFull);
     auto over = [&](V2 ad, V2 yd) {
         const V2 ay = simd::band(yd, abs);
@@ -316,7 +319,7 @@ inline VF pow_special_vf(VF x, VF y) {
     // the same sign, so the sign bits, which the lane test reads, are kept.
     const VF big = simd::narrow(over(po::int_lo_to_double(a), simd::widen_lo(y)),
                                 over(po::int_hi_to_double(a), simd::widen_hi(y)));
-    return simd::bor(bad, big);
+    return simd::bor(simd::bor(bad_x, bad_y), big);
 }
 
 struct PowS : PowBase<float, pow_callout<float>> {
