@@ -8,6 +8,7 @@
 
 #include <cstdint>
 
+#include "vector/common/gather.h"
 #include "vector/simd/vec.h"
 
 namespace orv::vec::spow_ops {
@@ -46,18 +47,22 @@ inline VD hi_to_double(VI32 k) {
 #endif
 }
 
-// Scalar meaning, for W float lanes and row(l) = (v[l] >> Shift) & 15:
+// Scalar meaning, for W float lanes and row(l) = (v[l] >> Shift) & (Rows - 1):
 //   a_lo[i] = table[row(i)][0], b_lo[i] = table[row(i)][1],
 //   a_hi[i] = table[row(i + W/2)][0], b_hi[i] = table[row(i + W/2)][1].
-// The table has 16 rows of two doubles, 64-byte aligned.
-template <const double (&Table)[16][2], int Shift>
-inline void rows16(VI32 v, VD* a_lo, VD* b_lo, VD* a_hi, VD* b_hi) {
+// The table has Rows rows of two doubles (a power of two), 64-byte
+// aligned. The AVX-512 build needs the first entries to be floats and the
+// second ones sums of two floats (checked at compile time).
+template <int Rows, const double (&Table)[Rows][2], int Shift>
+inline void rows(VI32 v, VD* a_lo, VD* b_lo, VD* a_hi, VD* b_hi) {
+    static_assert((Rows & (Rows - 1)) == 0 && Rows >= 16);
+    constexpr uint32_t kOffMask = uint32_t(Rows - 1) << 4;  // byte offset of the row
 #if ORV_SIMD_BYTES == 16
-    // Byte offsets of the rows (row 16), stored once and read back as
-    // four scalars (fewer instructions than moving each lane out), then
-    // one 16-byte load a row.
+    // Byte offsets of the rows, stored once and read back as four scalars
+    // (fewer instructions than moving each lane out), then one 16-byte
+    // load a row.
     alignas(16) uint32_t k[4];
-    const VI32 off = simd::as<VI32>((simd::as<simd::VU32>(v) >> (Shift - 4)) & 0xF0u);
+    const VI32 off = simd::as<VI32>((simd::as<simd::VU32>(v) >> (Shift - 4)) & kOffMask);
     _mm_store_si128(reinterpret_cast<__m128i*>(k), (__m128i)off);
     keep_in_memory(k);
     const char* base = reinterpret_cast<const char*>(&Table[0][0]);
@@ -71,7 +76,7 @@ inline void rows16(VI32 v, VD* a_lo, VD* b_lo, VD* a_hi, VD* b_hi) {
     *b_hi = _mm_unpackhi_pd(r2, r3);
 #elif ORV_SIMD_BYTES == 32
     alignas(32) uint32_t k[8];
-    const VI32 off = simd::as<VI32>((simd::as<simd::VU32>(v) >> (Shift - 4)) & 0xF0u);
+    const VI32 off = simd::as<VI32>((simd::as<simd::VU32>(v) >> (Shift - 4)) & kOffMask);
     _mm256_store_si256(reinterpret_cast<__m256i*>(k), (__m256i)off);
     keep_in_memory(k);
     const char* base = reinterpret_cast<const char*>(&Table[0][0]);
@@ -85,49 +90,59 @@ inline void rows16(VI32 v, VD* a_lo, VD* b_lo, VD* a_hi, VD* b_hi) {
     four(0, a_lo, b_lo);
     four(4, a_hi, b_hi);
 #else
-    // The row numbers widened to 64-bit lanes; one two-register permute a
-    // column and half reads only the index's low 4 bits.
+    // Three float columns (the first entries, and the second ones split
+    // into a high float and the exact rest), looked up for all sixteen
+    // lanes at once by permutes of 32 rows and blends; widened to the
+    // halves, the split entries added back exactly.
     struct Cols {
-        alignas(64) double a[16];
-        alignas(64) double b[16];
+        alignas(64) float a[Rows];
+        alignas(64) float hi[Rows];
+        alignas(64) float lo[Rows];
+        bool exact;
     };
     static constexpr Cols cols = [] {
         Cols c{};
-        for (int i = 0; i < 16; ++i) {
-            c.a[i] = Table[i][0];
-            c.b[i] = Table[i][1];
+        c.exact = true;
+        for (int i = 0; i < Rows; ++i) {
+            c.a[i] = float(Table[i][0]);
+            c.hi[i] = float(Table[i][1]);
+            c.lo[i] = float(Table[i][1] - double(c.hi[i]));
+            c.exact = c.exact && double(c.a[i]) == Table[i][0] && double(c.hi[i]) + double(c.lo[i]) == Table[i][1];
         }
         return c;
     }();
+    static_assert(cols.exact, "table entries not representable by the float columns");
     const __m512i j = _mm512_srli_epi32((__m512i)v, Shift);
-    const __m512i jl = _mm512_cvtepu32_epi64(_mm512_castsi512_si256(j));
-    const __m512i jh = _mm512_cvtepu32_epi64(_mm512_extracti64x4_epi64(j, 1));
-    const __m512d a0 = _mm512_load_pd(cols.a), a1 = _mm512_load_pd(cols.a + 8);
-    const __m512d b0 = _mm512_load_pd(cols.b), b1 = _mm512_load_pd(cols.b + 8);
-    *a_lo = _mm512_permutex2var_pd(a0, jl, a1);
-    *b_lo = _mm512_permutex2var_pd(b0, jl, b1);
-    *a_hi = _mm512_permutex2var_pd(a0, jh, a1);
-    *b_hi = _mm512_permutex2var_pd(b0, jh, b1);
+    const __m512 a = gather::column_lookup<0, Rows>(cols.a, j);
+    const __m512 h = gather::column_lookup<0, Rows>(cols.hi, j);
+    const __m512 l = gather::column_lookup<0, Rows>(cols.lo, j);
+    *a_lo = _mm512_cvtps_pd(_mm512_castps512_ps256(a));
+    *a_hi = _mm512_cvtps_pd(_mm512_extractf32x8_ps(a, 1));
+    *b_lo = _mm512_add_pd(_mm512_cvtps_pd(_mm512_castps512_ps256(h)), _mm512_cvtps_pd(_mm512_castps512_ps256(l)));
+    *b_hi = _mm512_add_pd(_mm512_cvtps_pd(_mm512_extractf32x8_ps(h, 1)), _mm512_cvtps_pd(_mm512_extractf32x8_ps(l, 1)));
 #endif
 }
 
-// Scalar meaning: lo[i] = table[bits(klo[i]) & 15], hi[i] = table[bits(khi[i]) & 15].
-// The table has 16 doubles, 64-byte aligned.
-inline void col16(const double* table, VD klo, VD khi, VD* lo, VD* hi) {
+// Scalar meaning: lo[i] = table[bits(klo[i]) & (Rows - 1)],
+// hi[i] = table[bits(khi[i]) & (Rows - 1)]. The table has Rows doubles (a
+// power of two, 16 or 32), 64-byte aligned.
+template <int Rows>
+inline void col(const double (&table)[Rows], VD klo, VD khi, VD* lo, VD* hi) {
+    static_assert(Rows == 16 || Rows == 32);
 #if ORV_SIMD_BYTES == 16
     // The low words of both registers in one, one store, scalar loads.
     alignas(16) uint32_t k[4];
     const __m128i m = _mm_and_si128(_mm_castps_si128(_mm_shuffle_ps(_mm_castpd_ps(klo), _mm_castpd_ps(khi), 0x88)),
-                                    _mm_set1_epi32(15));
+                                    _mm_set1_epi32(Rows - 1));
     _mm_store_si128(reinterpret_cast<__m128i*>(k), m);
     keep_in_memory(k);
     *lo = _mm_loadh_pd(_mm_load_sd(table + k[0]), table + k[1]);
     *hi = _mm_loadh_pd(_mm_load_sd(table + k[2]), table + k[3]);
 #elif ORV_SIMD_BYTES == 32
     alignas(32) int64_t k[8];
-    const __m256i m15 = _mm256_set1_epi64x(15);
-    _mm256_store_si256(reinterpret_cast<__m256i*>(k), _mm256_and_si256(_mm256_castpd_si256(klo), m15));
-    _mm256_store_si256(reinterpret_cast<__m256i*>(k + 4), _mm256_and_si256(_mm256_castpd_si256(khi), m15));
+    const __m256i mask = _mm256_set1_epi64x(Rows - 1);
+    _mm256_store_si256(reinterpret_cast<__m256i*>(k), _mm256_and_si256(_mm256_castpd_si256(klo), mask));
+    _mm256_store_si256(reinterpret_cast<__m256i*>(k + 4), _mm256_and_si256(_mm256_castpd_si256(khi), mask));
     keep_in_memory(k);
     auto four = [&](int l) {
         const __m128d p = _mm_loadh_pd(_mm_load_sd(table + k[l]), table + k[l + 1]);
@@ -137,9 +152,10 @@ inline void col16(const double* table, VD klo, VD khi, VD* lo, VD* hi) {
     *lo = four(0);
     *hi = four(4);
 #else
-    const __m512d c0 = _mm512_load_pd(table), c1 = _mm512_load_pd(table + 8);
-    *lo = _mm512_permutex2var_pd(c0, _mm512_castpd_si512(klo), c1);
-    *hi = _mm512_permutex2var_pd(c0, _mm512_castpd_si512(khi), c1);
+    // One two-register permute reads the index's low 4 bits; 32 rows
+    // blend two of them by bit 4.
+    *lo = gather::column_lookup<0, Rows>(table, _mm512_castpd_si512(klo));
+    *hi = gather::column_lookup<0, Rows>(table, _mm512_castpd_si512(khi));
 #endif
 }
 
