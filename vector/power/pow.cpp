@@ -251,8 +251,8 @@ struct PowD : PowBase<double, pow_callout<double>> {
 };
 // Single on registers: x^y for float lanes, each half of the register
 // widened to double, in plain double (no double-double: the error of
-// 2^(y log2 x) stays below 2^-31.5 relative for |y log2 x| <= 126, far under a
-// float's half ulp of 2^-24), then one rounding to float. The table-driven
+// 2^(y log2 x) stays below about 2^-30.5 relative for |y log2 x| <= 126, far
+// under a float's half ulp of 2^-24), then one rounding to float. The table-driven
 // log2: x = 2^k z with z in [0x1.65p-1, 0x1.65p0), split on the float bits
 // of the whole register (k, z and the row at once), a 128-row table of 1/c
 // (24 bits, so that z/c - 1 is exact) and log2 c, log2(1 + r) by a
@@ -353,7 +353,7 @@ struct PowxEpD : PowBase<double, pow_callout<double>> {
 };
 // Single LA and EP: the same step with shorter polynomials. LA: exp2 to
 // 2^-23.2 relative (below 2 ulp added); EP: log2 to 2^-28.0 as well
-// (below 2^-21.5 relative in the result for |y log2 x| <= 126, the bound is
+// (below 2^-21 relative in the result with both for |y log2 x| <= 126, the bound is
 // 2^-11).
 struct PowxLaS : PowS {
     static VF fastv(VF x, VF y) { return pow_s_v<kSpowQ3, kSpowP1>(x, y); }
