@@ -47,6 +47,18 @@ inline VD hi_to_double(VI32 k) {
 #endif
 }
 
+// One bit a lane: lane l set where !(a[l] < b[l]) (so also where either is
+// NaN), by one compare.
+inline uint32_t lanes_not_below(simd::VF a, simd::VF b) {
+#if ORV_SIMD_BYTES == 16
+    return uint32_t(_mm_movemask_ps(_mm_cmpnlt_ps(a, b)));
+#elif ORV_SIMD_BYTES == 32
+    return uint32_t(_mm256_movemask_ps(_mm256_cmp_ps(a, b, _CMP_NLT_UQ)));
+#else
+    return uint32_t(_mm512_cmp_ps_mask(a, b, _CMP_NLT_UQ));
+#endif
+}
+
 // Scalar meaning, for W float lanes and row(l) = (v[l] >> Shift) & (Rows - 1):
 //   a_lo[i] = table[row(i)][0], b_lo[i] = table[row(i)][1],
 //   a_hi[i] = table[row(i + W/2)][0], b_hi[i] = table[row(i + W/2)][1].

@@ -297,21 +297,23 @@ inline VF pow_s_v(VF x, VF y) {
 }
 
 // pow_special on a register of floats, lane for lane. First a cheap
-// estimate in float, scaled by 2^23: (|bits(x) - bits(1)| + 0.0861 2^23)
-// (|y| + 1) is at least log2_bound (within 2^-20 relative) and at least
-// 126 2^23 in every lane with a zero, denormal, negative, infinite or NaN
-// x; NaN and infinite y give NaN or infinity. Only a register with a lane
-// at or above 124.99 2^23 takes the exact test: the classes of x and y,
-// and the bound in double from a = (bits(x) - bits(1)) 2^-23, which is the
-// scalar test's value exactly for normal x.
+// estimate in float, scaled by 2^23, from b = bits(x) - kSpowOff (which the
+// step computes too): (|b| + (0x3F800000 - kSpowOff) + 0.0861 2^23) (|y| + 1)
+// is at least log2_bound (within 2^-20 relative) and at least 125.3 2^23 in
+// every lane with a zero, denormal, negative, infinite or NaN x; NaN and
+// infinite y give NaN or infinity. Only a register with a lane at or above
+// 124.99 2^23 takes the exact test: the classes of x and y, and the bound
+// in double from a = (bits(x) - bits(1)) 2^-23, which is the scalar test's
+// value exactly for normal x.
 inline VF pow_special_vf(VF x, VF y) {
     using RF = simd::Reg<float>;
     const VF absf = RF::bits(0x7FFFFFFFu);
     const VF ayf = simd::band(y, absf);
+    const simd::VI32 b = simd::as<simd::VI32>(simd::as<simd::VU32>(x) - kSpowOff);
+    constexpr float kSlack = float(0x3F800000u - kSpowOff) + 0.0861f * 0x1p23f;
+    const VF est = (simd::band(simd::to_float(b), absf) + RF::set1(kSlack)) * (ayf + RF::set1(1.0f));
+    if (orv::vec::spow_ops::lanes_not_below(est, RF::set1(124.99f * 0x1p23f)) == 0) return simd::bandnot(est, est);  // no lane
     const simd::VI32 a = simd::as<simd::VI32>(x) - 0x3F800000;
-    const VF est = (simd::band(simd::to_float(a), absf) + RF::set1(0.0861f * 0x1p23f)) * (ayf + RF::set1(1.0f));
-    const VF near = simd::not_lt(est, RF::set1(124.99f * 0x1p23f));
-    if (simd::lanes(near) == 0) return simd::bandnot(near, near);  // no lane
     const VF bad_x = simd::outside(x, 0x00800000u, 0x7F000000u);
     const VF bad_y = simd::outside(ayf, 0u, 0x7F800000u);
     const V2 abs = simd::Reg<double>::bits(0x7FFFFFFFFFFFFFFFull);
