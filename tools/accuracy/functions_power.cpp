@@ -80,15 +80,16 @@ const std::vector<double> kPowTh = {1.0, -1.0, 0.5, 2.0, 3.0, -3.0, 0x1p-60};
 // The 128 rows of the logarithm table that Pow reduces x by.
 const std::vector<double> kPowRows = log_row_edges();
 const std::vector<double> kPowDeep = {1.0 - 0x1p-9, 1.0 + 0x1p-8};
-// The 17 row edges of the single powers' 16-row log2 table (bits of the
-// float 0x1.66p-1 plus multiples of 2^19), and 1 itself, deeper.
+// The 129 row edges of the single powers' 128-row log2 table (bits of the
+// float 0x1.65p-1 plus multiples of 2^16), and 1 and the edges of the row
+// centred on it, deeper.
 std::vector<double> spow_row_edges() {
     std::vector<double> v;
-    for (uint32_t i = 0; i <= 16; ++i) v.push_back(double(std::bit_cast<float>(0x3F330000u + (i << 19))));
+    for (uint32_t i = 0; i <= 128; ++i) v.push_back(double(std::bit_cast<float>(0x3F328000u + (i << 16))));
     return v;
 }
 const std::vector<double> kSpowRows = spow_row_edges();
-const std::vector<double> kSpowDeep = {1.0};
+const std::vector<double> kSpowDeep = {1.0 - 0x1p-9, 1.0, 1.0 + 0x1p-8};
 // Where the roots' reduction changes binade of m (1, 2, 4, 8 times powers of 8).
 const std::vector<double> kThirds = {1.0, 2.0, 4.0, 8.0, 0x1p-1022, 0x1p-126, 0x1p-3, 0x1p99};
 const std::vector<double> kPow3o2Th = {0x1p-84, 0x1p85, 0x1p-680, 0x1p682, 0x1p-600, 0x1p600,

@@ -3,10 +3,11 @@
 // with Dekker's exact product, then Tang's 64-row exponential with the low
 // part folded into the reduced argument (the double forms and every
 // callout). The single block step is a table-driven log2 and exp2 in plain
-// double, rounded once to float (spow_step below).
+// double, rounded once to float (pow_s_v below).
 //
 // Powx (one exponent for the whole vector) has a family-local loop below:
 // the block driver has no shape with a scalar parameter yet.
+#include <bit>
 #include <cmath>
 #include <limits>
 
@@ -14,6 +15,7 @@
 #include "vector/common/bits.h"
 #include "vector/common/gather.h"
 #include "vector/common/poly.h"
+#include "vector/common/spow_ops.h"
 #include "vector/power/power_core.h"
 #include "vector/power/spow_tables.h"
 #include "vtm_kernels.h"
@@ -249,54 +251,71 @@ struct PowD : PowBase<double, pow_callout<double>> {
 };
 // Single on registers: x^y for float lanes, each half of the register
 // widened to double, in plain double (no double-double: the error of
-// 2^(y log2 x) stays below 2^-31.5 relative for |y log2 x| <= 126, far under a
-// float's half ulp of 2^-24), then one rounding to float. The table-driven
-// log2: x = 2^k z with z in [0x1.66p-1, 0x1.66p0), a 16-row table of 1/c
-// (28 bits, so that z/c - 1 is exact) and log2 c, log2(1 + r) by a degree-6
-// polynomial (all scaled by 16, exactly, to give 16 y log2 x at once); then 2^t from 2^(m/16) (16 rows) times a degree-4
-// polynomial, scaled by adding m to the entry's bits. Tables and
-// coefficients: vector/power/spow_tables.h (tools/gen_spow_tables.py).
-// Q and P: the log2 and exp2 polynomials (HA: kSpowQ5, kSpowP3).
-template <const auto& Q, const auto& P>
-inline V2 spow_step(V2 x, V2 y) {
-    constexpr uint64_t kOff = 0x3FE6600000000000ull;  // bits of 0x1.66p-1
-    constexpr double kShift = 0x1.8p52;
-    const po::VI64 ix = po::ibits(x);
-    const po::VI64 tmp = po::sub64(ix, po::splat64(kOff));
-    const V2 k16 = po::sar52_times16(tmp);
-    const V2 z = po::dbits(po::sub64(ix, po::and64(tmp, 0xFFF0000000000000ull)));
-    V2 invc, logc;
-    orv::vec::gather::pairs_of<kSpowLog>(po::srl64<48>(tmp), 15, &invc, &logc);
+// 2^(y log2 x) stays below about 2^-30.5 relative for |y log2 x| <= 126, far
+// under a float's half ulp of 2^-24), then one rounding to float. The table-driven
+// log2: x = 2^k z with z in [0x1.65p-1, 0x1.65p0), split on the float bits
+// of the whole register (k, z and the row at once), a 128-row table of 1/c
+// (24 bits, so that z/c - 1 is exact) and log2 c, log2(1 + r) by a
+// degree-4 polynomial (all scaled by S = 32, exactly, to give S y log2 x
+// at once); then 2^t from 2^(m/S) (32 rows) times a degree-3 polynomial,
+// scaled by adding m to the entry's bits. Tables and coefficients:
+// vector/power/spow_tables.h (tools/gen_spow_tables.py).
+// Q and P: the log2 and exp2 polynomials (HA: kSpowQ3, kSpowP2).
+constexpr double kSpowShift = 0x1.8p52;  // its ulp is 1: m = round(S t) in the low bits
+constexpr int kSpowScaleBits = std::countr_zero(unsigned(kSpowScale));
+
+// S y log2 x on one half, from z, S k and the row's 1/c and -S log2(1/c).
+template <const auto& Q>
+inline V2 spow_ts(V2 z, V2 ks, V2 invc, V2 logc, V2 y) {
     const V2 r = z * invc - splat(1.0);  // exact
-    const V2 t16 = y * ((k16 + logc) + r * orv::vec::poly::horner(r, Q, splat));  // 16 y log2 x
-    const V2 kd = t16 + splat(kShift);
-    const V2 u = t16 - (kd - splat(kShift));  // |u| <= 1/2, exact
-    const po::VI64 m = po::ibits(kd);        // m = round(16 t) in the low bits
-    V2 e, unused;
-    orv::vec::gather::pairs_of<kSpowExp2>(m, 15, &e, &unused);
-    const V2 s = po::dbits(po::add64(po::ibits(e), simd::as<po::VI64>(simd::as<simd::VU64>(m) << 48)));
+    return y * ((ks + logc) + r * orv::vec::poly::horner(r, Q, splat));
+}
+// 2^(ts / S) on one half, given kd = ts + kSpowShift and the row e of m.
+template <const auto& P>
+inline V2 spow_exp2(V2 ts, V2 kd, V2 e) {
+    const V2 u = ts - (kd - splat(kSpowShift));  // |u| <= 1/2, exact
+    const po::VI64 m = po::ibits(kd);
+    const V2 s = po::dbits(po::add64(po::ibits(e), simd::as<po::VI64>(simd::as<po::VU64>(m) << (52 - kSpowScaleBits))));
     return s * (orv::vec::poly::horner(u, P, splat) * u) + s;
 }
-template <const auto& Q = kSpowQ5, const auto& P = kSpowP3>
+template <const auto& Q = kSpowQ3, const auto& P = kSpowP2>
 inline VF pow_s_v(VF x, VF y) {
-    return simd::narrow(spow_step<Q, P>(simd::widen_lo(x), simd::widen_lo(y)),
-                      spow_step<Q, P>(simd::widen_hi(x), simd::widen_hi(y)));
+    namespace so = orv::vec::spow_ops;
+    const simd::VU32 ix = simd::as<simd::VU32>(x);
+    const simd::VU32 tmp = ix - kSpowOff;
+    // S k: the exponent field of tmp (arithmetic shift), times S
+    const simd::VI32 ks = (simd::as<simd::VI32>(tmp) >> (23 - kSpowScaleBits)) & -kSpowScale;
+    const VF z = simd::as<VF>(ix - (tmp & 0xFF800000u));
+    V2 invc_lo, logc_lo, invc_hi, logc_hi;
+    so::rows<128, kSpowLog, kSpowRowShift>(simd::as<simd::VI32>(tmp), &invc_lo, &logc_lo, &invc_hi, &logc_hi);
+    const V2 t_lo = spow_ts<Q>(simd::widen_lo(z), so::lo_to_double(ks), invc_lo, logc_lo, simd::widen_lo(y));
+    const V2 t_hi = spow_ts<Q>(simd::widen_hi(z), so::hi_to_double(ks), invc_hi, logc_hi, simd::widen_hi(y));
+    const V2 kd_lo = t_lo + splat(kSpowShift), kd_hi = t_hi + splat(kSpowShift);
+    V2 e_lo, e_hi;
+    so::col(kSpowExp2, kd_lo, kd_hi, &e_lo, &e_hi);
+    return simd::narrow(spow_exp2<P>(t_lo, kd_lo, e_lo), spow_exp2<P>(t_hi, kd_hi, e_hi));
 }
 
-// pow_special on a register of floats, lane for lane. The bound of
-// log2_bound is first estimated in float (within 2^-20 relative of the
-// double one); only a register with a lane near the limit takes the double
-// test, from a = (bits(x) - bits(1)) 2^-23, which is the scalar test's
+// pow_special on a register of floats, lane for lane. First a cheap
+// estimate in float, scaled by 2^23, from b = bits(x) - kSpowOff (which the
+// step computes too): (|b| + (0x3F800000 - kSpowOff) + 0.0861 2^23) (|y| + 1)
+// is at least log2_bound (within 2^-20 relative) and at least 125.3 2^23 in
+// every lane with a zero, denormal, negative, infinite or NaN x; NaN and
+// infinite y give NaN or infinity. Only a register with a lane at or above
+// 124.99 2^23 takes the exact test: the classes of x and y, and the bound
+// in double from a = (bits(x) - bits(1)) 2^-23, which is the scalar test's
 // value exactly for normal x.
 inline VF pow_special_vf(VF x, VF y) {
     using RF = simd::Reg<float>;
-    const VF bad_x = simd::outside(x, 0x00800000u, 0x7F000000u);
-    const VF bad_y = simd::outside(simd::band(y, RF::bits(0x7FFFFFFFu)), 0u, 0x7F800000u);
-    const VF bad = simd::bor(bad_x, bad_y);
+    const VF absf = RF::bits(0x7FFFFFFFu);
+    const VF ayf = simd::band(y, absf);
+    const simd::VI32 b = simd::as<simd::VI32>(simd::as<simd::VU32>(x) - kSpowOff);
+    constexpr float kSlack = float(0x3F800000u - kSpowOff) + 0.0861f * 0x1p23f;
+    const VF est = (simd::band(simd::to_float(b), absf) + RF::set1(kSlack)) * (ayf + RF::set1(1.0f));
+    if (orv::vec::spow_ops::lanes_not_below(est, RF::set1(124.99f * 0x1p23f)) == 0) return simd::bandnot(est, est);  // no lane
     const simd::VI32 a = simd::as<simd::VI32>(x) - 0x3F800000;
-    const VF absf = RF::bits(0x7FFFFFFFu), ayf = simd::band(y, absf);
-    const VF est = simd::band(simd::to_float(a) * RF::set1(0x1p-23f), absf) * ayf + RF::set1(0.0861f) * ayf;
-    if (simd::lanes(simd::lt(RF::set1(124.99f), est)) == 0) return bad;
+    const VF bad_x = simd::outside(x, 0x00800000u, 0x7F000000u);
+    const VF bad_y = simd::outside(ayf, 0u, 0x7F800000u);
     const V2 abs = simd::Reg<double>::bits(0x7FFFFFFFFFFFFFFFull);
     auto over = [&](V2 ad, V2 yd) {
         const V2 ay = simd::band(yd, abs);
@@ -306,7 +325,7 @@ inline VF pow_special_vf(VF x, VF y) {
     // the same sign, so the sign bits, which the lane test reads, are kept.
     const VF big = simd::narrow(over(po::int_lo_to_double(a), simd::widen_lo(y)),
                                 over(po::int_hi_to_double(a), simd::widen_hi(y)));
-    return simd::bor(bad, big);
+    return simd::bor(simd::bor(bad_x, bad_y), big);
 }
 
 struct PowS : PowBase<float, pow_callout<float>> {
@@ -334,15 +353,15 @@ struct PowxEpD : PowBase<double, pow_callout<double>> {
     static V2 specialv(V2 x, V2 y) { return pow_special_v(x, y); }
     static V2 fastv(V2 x, V2 y) { return pow_pos_v<false, false>(x, y); }
 };
-// Single LA and EP: the same step with shorter polynomials. LA: log2 to
-// 2^-31.9 and exp2 to 2^-28.7 relative, below 0.5 ulp added for |y log2 x|
-// <= 126; EP: log2 to 2^-25.6 (2^-19 at most in the result, the bound is
+// Single LA and EP: the same step with shorter polynomials. LA: exp2 to
+// 2^-23.2 relative (below 2 ulp added); EP: log2 to 2^-28.0 as well
+// (below 2^-21 relative in the result with both for |y log2 x| <= 126, the bound is
 // 2^-11).
 struct PowxLaS : PowS {
-    static VF fastv(VF x, VF y) { return pow_s_v<kSpowQ4, kSpowP2>(x, y); }
+    static VF fastv(VF x, VF y) { return pow_s_v<kSpowQ3, kSpowP1>(x, y); }
 };
 struct PowxEpS : PowS {
-    static VF fastv(VF x, VF y) { return pow_s_v<kSpowQ3, kSpowP2>(x, y); }
+    static VF fastv(VF x, VF y) { return pow_s_v<kSpowQ2, kSpowP1>(x, y); }
 };
 
 // Powx: blocks of the driver's size, the block step on every lane, then the

@@ -5,61 +5,190 @@
 
 namespace orv::power {
 
-// {1/c rounded to 28 bits, -16 log2(1/c)}; x = 2^k z, row i = bits 19..22 of
-// bits(x) - 0x3F330000; |z/c - 1| <= 0.02963.
-alignas(64) inline constexpr double kSpowLog[16][2] = {
-    {0x1.661ec6a000000p+0, -0x1.efec619b26afap+2},
-    {0x1.571ed3c000000p+0, -0x1.b0b67f39a28e1p+2},
-    {0x1.49539e4000000p+0, -0x1.7418ad01630bep+2},
-    {0x1.3c995a4000000p+0, -0x1.39de8df148b77p+2},
-    {0x1.30d1902000000p+0, -0x1.01d9bc0e67f76p+2},
-    {0x1.25e2270000000p+0, -0x1.97c1cac2fd722p+1},
-    {0x1.1bb4a40000000p+0, -0x1.2f9e32a7954e4p+1},
-    {0x1.12358e8000000p+0, -0x1.960cb07605a2ep+0},
-    {0x1.0953f3a000000p+0, -0x1.a6f9c63dab850p-1},
+inline constexpr unsigned kSpowOff = 0x3F328000;  // bits of x less these: exponent k, row
+inline constexpr int kSpowRowShift = 16;  // the row: bits 16..22
+inline constexpr int kSpowScale = 32;  // S: the step works with S log2 x
+
+// {1/c rounded to 24 bits, -32 log2(1/c) rounded to 48 bits}; x = 2^k z,
+// |z/c - 1| <= 0.003906.
+alignas(64) inline constexpr double kSpowLog[128][2] = {
+    {0x1.6e1f760000000p+0, -0x1.08494afb29ca0p+4},
+    {0x1.6c16c20000000p+0, -0x1.042bd5e5bc6a0p+4},
+    {0x1.6a13ce0000000p+0, -0x1.0014350ad98c0p+4},
+    {0x1.6816820000000p+0, -0x1.f804b0fc4b580p+3},
+    {0x1.661ec60000000p+0, -0x1.efec5f071e3e0p+3},
+    {0x1.642c860000000p+0, -0x1.e7df61b2e23e0p+3},
+    {0x1.623fa80000000p+0, -0x1.dfdd8c2db0220p+3},
+    {0x1.6058160000000p+0, -0x1.d7e6c094ae100p+3},
+    {0x1.5e75bc0000000p+0, -0x1.cffae7f66bee0p+3},
+    {0x1.5c98820000000p+0, -0x1.c819d91c72820p+3},
+    {0x1.5ac0560000000p+0, -0x1.c04382affc4a0p+3},
+    {0x1.58ed240000000p+0, -0x1.b877c9a0edda0p+3},
+    {0x1.571ed40000000p+0, -0x1.b0b6804d30920p+3},
+    {0x1.5555560000000p+0, -0x1.a8ff99fab9920p+3},
+    {0x1.5390940000000p+0, -0x1.a152eed359940p+3},
+    {0x1.51d07e0000000p+0, -0x1.99b06fafae360p+3},
+    {0x1.5015020000000p+0, -0x1.9218039796aa0p+3},
+    {0x1.4e5e0a0000000p+0, -0x1.8a897eb027b00p+3},
+    {0x1.4cab880000000p+0, -0x1.8304d7103dda0p+3},
+    {0x1.4afd6a0000000p+0, -0x1.7b89f015dd640p+3},
+    {0x1.49539e0000000p+0, -0x1.7418abe24a640p+3},
+    {0x1.47ae140000000p+0, -0x1.6cb0f45c5ddc0p+3},
+    {0x1.460cbc0000000p+0, -0x1.6552b258722e0p+3},
+    {0x1.446f860000000p+0, -0x1.5dfdcd9681220p+3},
+    {0x1.42d6620000000p+0, -0x1.56b22cc04de60p+3},
+    {0x1.4141420000000p+0, -0x1.4f6fbe9a14f20p+3},
+    {0x1.3fb0140000000p+0, -0x1.48365e8072c00p+3},
+    {0x1.3e22cc0000000p+0, -0x1.4106026313940p+3},
+    {0x1.3c995a0000000p+0, -0x1.39de8cc6a56c0p+3},
+    {0x1.3b13b20000000p+0, -0x1.32bff1d2620e0p+3},
+    {0x1.3991c20000000p+0, -0x1.2baa08a4f59a0p+3},
+    {0x1.3813820000000p+0, -0x1.249cd663a5440p+3},
+    {0x1.3698e00000000p+0, -0x1.1d983038a5980p+3},
+    {0x1.3521d00000000p+0, -0x1.169c06a7938c0p+3},
+    {0x1.33ae460000000p+0, -0x1.0fa8496a15080p+3},
+    {0x1.323e340000000p+0, -0x1.08bcddc88c280p+3},
+    {0x1.30d1900000000p+0, -0x1.01d9bb7351000p+3},
+    {0x1.2f684c0000000p+0, -0x1.f5fd8c01b85a0p+2},
+    {0x1.2e025c0000000p+0, -0x1.e857d3a536a80p+2},
+    {0x1.2c9fb40000000p+0, -0x1.dac224f29e720p+2},
+    {0x1.2b404a0000000p+0, -0x1.cd3c6926cb3c0p+2},
+    {0x1.29e4120000000p+0, -0x1.bfc6745e58540p+2},
+    {0x1.288b020000000p+0, -0x1.b2602cfa90220p+2},
+    {0x1.27350c0000000p+0, -0x1.a509500525020p+2},
+    {0x1.25e2280000000p+0, -0x1.97c1d4d0c2060p+2},
+    {0x1.24924a0000000p+0, -0x1.8a898953f6960p+2},
+    {0x1.2345680000000p+0, -0x1.7d604e1d4e340p+2},
+    {0x1.21fb780000000p+0, -0x1.70460263cfbe0p+2},
+    {0x1.20b4700000000p+0, -0x1.633a8404e7400p+2},
+    {0x1.1f70480000000p+0, -0x1.563dc4114f420p+2},
+    {0x1.1e2ef40000000p+0, -0x1.494f894c616e0p+2},
+    {0x1.1cf06a0000000p+0, -0x1.3c6fad7aa88c0p+2},
+    {0x1.1bb4a40000000p+0, -0x1.2f9e32a7954e0p+2},
+    {0x1.1a7b960000000p+0, -0x1.22dadb72090e0p+2},
+    {0x1.1945380000000p+0, -0x1.162592bc188a0p+2},
+    {0x1.1811820000000p+0, -0x1.097e425d2ff00p+2},
+    {0x1.16e0680000000p+0, -0x1.f9c9517e83260p+1},
+    {0x1.15b1e60000000p+0, -0x1.e0b1af47da100p+1},
+    {0x1.1485f00000000p+0, -0x1.c7b515f5c5120p+1},
+    {0x1.135c820000000p+0, -0x1.aed3a581afc80p+1},
+    {0x1.12358e0000000p+0, -0x1.960ca5af96ce0p+1},
+    {0x1.1111120000000p+0, -0x1.7d605d9f9a240p+1},
+    {0x1.0fef020000000p+0, -0x1.64ce3b2130140p+1},
+    {0x1.0ecf560000000p+0, -0x1.4c55ffab94c00p+1},
+    {0x1.0db20a0000000p+0, -0x1.33f7c2287eb20p+1},
+    {0x1.0c97140000000p+0, -0x1.1bb314bc12500p+1},
+    {0x1.0b7e6e0000000p+0, -0x1.0387def732840p+1},
+    {0x1.0a68100000000p+0, -0x1.d6ebb51765780p+0},
+    {0x1.0953f40000000p+0, -0x1.a6f9d6f1d16a0p+0},
+    {0x1.0842100000000p+0, -0x1.773935884e220p+0},
+    {0x1.0732600000000p+0, -0x1.47a9ea5addbe0p+0},
+    {0x1.0624de0000000p+0, -0x1.184bb316406a0p+0},
+    {0x1.0519800000000p+0, -0x1.d23b2a73a25e0p-1},
+    {0x1.0410420000000p+0, -0x1.743f41d467d20p-1},
+    {0x1.03091c0000000p+0, -0x1.16a25c29d0700p-1},
+    {0x1.0204080000000p+0, -0x1.72c7ae9653800p-2},
+    {0x1.0101020000000p+0, -0x1.720f0a7874e60p-3},
     {0x1.0000000000000p+0, 0x0.0p+0},
-    {0x1.e573aca000000p-1, 0x1.3aa2fd112ce64p+0},
-    {0x1.ca4b306000000p-1, 0x1.476a9f57539c0p+1},
-    {0x1.b203640000000p-1, 0x1.e840bea311339p+1},
-    {0x1.9c2d14e000000p-1, 0x1.406463e4e77b0p+2},
-    {0x1.886e5f0000000p-1, 0x1.88e9c756705f5p+2},
-    {0x1.767dce4000000p-1, 0x1.ce0a4930a17ffp+2},
+    {0x1.fc07f00000000p-1, 0x1.6fe516f994380p-2},
+    {0x1.f81f820000000p-1, 0x1.6e7966ead8ac0p-1},
+    {0x1.f4465a0000000p-1, 0x1.11cd1acadf720p+0},
+    {0x1.f07c200000000p-1, 0x1.6bad2043a87a0p+0},
+    {0x1.ecc07c0000000p-1, 0x1.c4df9816b67c0p+0},
+    {0x1.e9131a0000000p-1, 0x1.0eb392fe79de0p+1},
+    {0x1.e573ac0000000p-1, 0x1.3aa304acd0500p+1},
+    {0x1.e1e1e20000000p-1, 0x1.663f6e3b3cbc0p+1},
+    {0x1.de5d6e0000000p-1, 0x1.918a19f536b20p+1},
+    {0x1.dae6080000000p-1, 0x1.bc841cd4346e0p+1},
+    {0x1.d77b660000000p-1, 0x1.e72eb841d5080p+1},
+    {0x1.d41d420000000p-1, 0x1.08c587b8a8460p+2},
+    {0x1.d0cb580000000p-1, 0x1.1dcd1f96f9b00p+2},
+    {0x1.cd85680000000p-1, 0x1.32aea1c2de0a0p+2},
+    {0x1.ca4b300000000p-1, 0x1.476aa1c23e260p+2},
+    {0x1.c71c720000000p-1, 0x1.5c01a22e68f20p+2},
+    {0x1.c3f8f00000000p-1, 0x1.70742e079a640p+2},
+    {0x1.c0e0700000000p-1, 0x1.84c2be7444b20p+2},
+    {0x1.bdd2b80000000p-1, 0x1.98edd46f8f540p+2},
+    {0x1.bacf920000000p-1, 0x1.acf5de2afc4a0p+2},
+    {0x1.b7d6c40000000p-1, 0x1.c0db6bf6c0140p+2},
+    {0x1.b4e81c0000000p-1, 0x1.d49ee012d3180p+2},
+    {0x1.b203640000000p-1, 0x1.e840bea311340p+2},
+    {0x1.af286c0000000p-1, 0x1.fbc16a1ed20a0p+2},
+    {0x1.ac57020000000p-1, 0x1.0790ac9a79040p+3},
+    {0x1.a98ef60000000p-1, 0x1.11307dc445fe0p+3},
+    {0x1.a6d01a0000000p-1, 0x1.1ac05ca5fe220p+3},
+    {0x1.a41a420000000p-1, 0x1.2440796db68c0p+3},
+    {0x1.a16d400000000p-1, 0x1.2db10e5385340p+3},
+    {0x1.9ec8ea0000000p-1, 0x1.37124a7b0e580p+3},
+    {0x1.9c2d140000000p-1, 0x1.40646707c3980p+3},
+    {0x1.99999a0000000p-1, 0x1.49a7834b7d420p+3},
+    {0x1.970e500000000p-1, 0x1.52dbddf71fd80p+3},
+    {0x1.948b100000000p-1, 0x1.5c01a2e7132e0p+3},
+    {0x1.920fb40000000p-1, 0x1.651900878bb40p+3},
+    {0x1.8f9c180000000p-1, 0x1.6e22207523f60p+3},
+    {0x1.8d30180000000p-1, 0x1.771d2eb8c3300p+3},
+    {0x1.8acb900000000p-1, 0x1.800a59ccb4ee0p+3},
+    {0x1.886e600000000p-1, 0x1.88e9c392b7fc0p+3},
+    {0x1.8618620000000p-1, 0x1.91bba6c447dc0p+3},
+    {0x1.83c9780000000p-1, 0x1.9a80224eb84c0p+3},
+    {0x1.8181820000000p-1, 0x1.a3375ec3372a0p+3},
+    {0x1.7f40600000000p-1, 0x1.abe186df47ba0p+3},
+    {0x1.7d05f40000000p-1, 0x1.b47ebfcfdd480p+3},
+    {0x1.7ad2200000000p-1, 0x1.bd0f30c877b40p+3},
+    {0x1.78a4c80000000p-1, 0x1.c592fb2eead20p+3},
+    {0x1.767dce0000000p-1, 0x1.ce0a4a2d1a3c0p+3},
+    {0x1.745d180000000p-1, 0x1.d6753b2085b60p+3},
+    {0x1.7242880000000p-1, 0x1.ded3fd15f8d60p+3},
+    {0x1.702e060000000p-1, 0x1.e726a9208b3c0p+3},
 };
 
-// {2^(j/16) with j 2^48 subtracted from its bits, 0}.
-alignas(64) inline constexpr double kSpowExp2[16][2] = {
-    {0x1.0000000000000p+0, 0x0.0p+0},
-    {0x1.fb5586cf9890fp-1, 0x0.0p+0},
-    {0x1.f72b83c7d517bp-1, 0x0.0p+0},
-    {0x1.f387a6e756238p-1, 0x0.0p+0},
-    {0x1.f06fe0a31b715p-1, 0x0.0p+0},
-    {0x1.edea64c123422p-1, 0x0.0p+0},
-    {0x1.ebfdad5362a27p-1, 0x0.0p+0},
-    {0x1.eab07dd485429p-1, 0x0.0p+0},
-    {0x1.ea09e667f3bcdp-1, 0x0.0p+0},
-    {0x1.ea11473eb0187p-1, 0x0.0p+0},
-    {0x1.eace5422aa0dbp-1, 0x0.0p+0},
-    {0x1.ec49182a3f090p-1, 0x0.0p+0},
-    {0x1.ee89f995ad3adp-1, 0x0.0p+0},
-    {0x1.f199bdd85529cp-1, 0x0.0p+0},
-    {0x1.f5818dcfba487p-1, 0x0.0p+0},
-    {0x1.fa4afa2a490dap-1, 0x0.0p+0},
+// 2^(j/32) with j 2^47 subtracted from its bits.
+alignas(64) inline constexpr double kSpowExp2[32] = {
+    0x1.0000000000000p+0,
+    0x1.fd9b0d3158574p-1,
+    0x1.fb5586cf9890fp-1,
+    0x1.f9301d0125b51p-1,
+    0x1.f72b83c7d517bp-1,
+    0x1.f54873168b9aap-1,
+    0x1.f387a6e756238p-1,
+    0x1.f1e9df51fdee1p-1,
+    0x1.f06fe0a31b715p-1,
+    0x1.ef1a7373aa9cbp-1,
+    0x1.edea64c123422p-1,
+    0x1.ece086061892dp-1,
+    0x1.ebfdad5362a27p-1,
+    0x1.eb42b569d4f82p-1,
+    0x1.eab07dd485429p-1,
+    0x1.ea47eb03a5585p-1,
+    0x1.ea09e667f3bcdp-1,
+    0x1.e9f75e8ec5f74p-1,
+    0x1.ea11473eb0187p-1,
+    0x1.ea589994cce13p-1,
+    0x1.eace5422aa0dbp-1,
+    0x1.eb737b0cdc5e5p-1,
+    0x1.ec49182a3f090p-1,
+    0x1.ed503b23e255dp-1,
+    0x1.ee89f995ad3adp-1,
+    0x1.eff76f2fb5e47p-1,
+    0x1.f199bdd85529cp-1,
+    0x1.f3720dcef9069p-1,
+    0x1.f5818dcfba487p-1,
+    0x1.f7c97337b9b5fp-1,
+    0x1.fa4afa2a490dap-1,
+    0x1.fd0765b6e4540p-1,
 };
 
-// 16 log2(1 + r) = r Q(r), |r| <= 0.0297, Q of degree 5 (Remez on 16 log2(1 + r) / r);
-// relative error of the rounded polynomial 2^-38.2; highest degree first.
-inline constexpr double kSpowQ5[6] = {-0x1.ed1795f19d89ap+1, 0x1.27be50202a719p+2, -0x1.71546b203abbep+2, 0x1.ec7097b447771p+2, -0x1.71547652eb4c5p+3, 0x1.71547652bd0dap+4};
-// 16 log2(1 + r) = r Q(r), |r| <= 0.0297, Q of degree 4 (Remez on 16 log2(1 + r) / r);
-// relative error of the rounded polynomial 2^-31.9; highest degree first.
-inline constexpr double kSpowQ4[5] = {0x1.27ca3ee6e0e87p+2, -0x1.719a02c17c4aap+2, 0x1.ec7095027727ap+2, -0x1.7154745c09fb5p+3, 0x1.71547652c1ebcp+4};
-// 16 log2(1 + r) = r Q(r), |r| <= 0.0297, Q of degree 3 (Remez on 16 log2(1 + r) / r);
-// relative error of the rounded polynomial 2^-25.6; highest degree first.
-inline constexpr double kSpowQ3[4] = {-0x1.71a7edc8d8e3ep+2, 0x1.ecb360403b920p+2, -0x1.7154732e525afp+3, 0x1.715475da17b16p+4};
-// 2^(u/16) = 1 + u P(u), |u| <= 1/2, P of degree 3 (Remez on (2^(u/16) - 1) / u);
-// relative error of the rounded polynomial 2^-37.5; highest degree first.
-inline constexpr double kSpowP3[4] = {0x1.3b2c9b8bdc169p-23, 0x1.c6b3488221e73p-17, 0x1.ebfbdff5a63f2p-11, 0x1.62e42fee4615cp-5};
-// 2^(u/16) = 1 + u P(u), |u| <= 1/2, P of degree 2 (Remez on (2^(u/16) - 1) / u);
-// relative error of the rounded polynomial 2^-28.7; highest degree first.
-inline constexpr double kSpowP2[3] = {0x1.c6b3f7470ad8bp-17, 0x1.ebff917b694f0p-11, 0x1.62e42fece88bep-5};
+// 32 log2(1 + r) = r Q(r), |r| <= 0.003906, Q of degree 3 (Remez on 32 log2(1 + r) / r);
+// relative error of the rounded polynomial 2^-37.3; highest degree first.
+inline constexpr double kSpowQ3[4] = {-0x1.7155e7aada794p+3, 0x1.ec71c53b52edcp+3, -0x1.715476527aa06p+4, 0x1.71547652aef42p+5};
+// 32 log2(1 + r) = r Q(r), |r| <= 0.003906, Q of degree 2 (Remez on 32 log2(1 + r) / r);
+// relative error of the rounded polynomial 2^-28.0; highest degree first.
+inline constexpr double kSpowQ2[3] = {0x1.ec720f196822ep+3, -0x1.715500d2c48b1p+4, 0x1.71547652a5b86p+5};
+// 2^(u/32) = 1 + u P(u), |u| <= 1/2, P of degree 2 (Remez on (2^(u/32) - 1) / u);
+// relative error of the rounded polynomial 2^-32.7; highest degree first.
+inline constexpr double kSpowP2[3] = {0x1.c6b167e575614p-20, 0x1.ebfccc586715cp-13, 0x1.62e42fef77edep-6};
+// 2^(u/32) = 1 + u P(u), |u| <= 1/2, P of degree 1 (Remez on (2^(u/32) - 1) / u);
+// relative error of the rounded polynomial 2^-23.2; highest degree first.
+inline constexpr double kSpowP1[2] = {0x1.ebfd1b233416ep-13, 0x1.62e5134826bc0p-6};
 
 }  // namespace orv::power
