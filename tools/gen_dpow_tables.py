@@ -17,7 +17,8 @@ The step (vector/power/dpow_step.h):
     ln x = k ln2 + logc + logctail + ln(1 + r),
     ln(1 + r) = r - r^2/2 + r^3 Q(r),
   Q of degree 5 fitted by the Remez exchange (tools/fit_minimax.py) to
-  (ln(1 + r) - r + r^2/2) / r^3 on [-H, H], H the largest |r| of the rows.
+  (ln(1 + r) - r + r^2/2) / r^3 on [-H, H], H the largest |r| of the rows
+  (and of degree 4 for the cheaper LA step).
   exp in double: h = m ln2/128 + r, |r| <= ln2/256 (plus the low part of h),
     exp(h) = 2^(m/128) (1 + tail_j + r + r^2 P(r)),
   P of degree 3 fitted to (e^r - 1 - r) / r^2; row j = m mod 128 gives
@@ -128,12 +129,16 @@ def main():
     # r^3 (Q(r) - f(r)) against ln(1 + r): weight r^3 / ln(1 + r).
     el = fm.max_error(f_log, [Decimal(v) for v in cl], -hl, hl,
                       lambda r: abs(r ** 3 / (1 + r).ln()) if r != 0 else Decimal(0))
+    cl4 = [float(v) for v in fm.remez(f_log, -hl, hl, 4)]  # the LA tier's
+    el4 = fm.max_error(f_log, [Decimal(v) for v in cl4], -hl, hl,
+                       lambda r: abs(r ** 3 / (1 + r).ln()) if r != 0 else Decimal(0))
     ln2 = mp.log(2)
     he = Decimal(float(ln2 / 256)) * (1 + Decimal(2) ** -7)  # the low part of h widens the range
     ce = [float(v) for v in fm.remez(f_exp, -he, he, 3)]
     ee = fm.max_error(f_exp, [Decimal(v) for v in ce], -he, he, lambda r: r * r / r.exp())
     lg = lambda e: float(e.ln() / Decimal(2).ln())  # noqa: E731
-    print(f"OFF 0x{OFF:016X}; max |r| {float(rmax):.6f}; log poly 2^{lg(el):.1f}, exp poly 2^{lg(ee):.1f} "
+    print(f"OFF 0x{OFF:016X}; max |r| {float(rmax):.6f}; log poly 2^{lg(el):.1f} (LA 2^{lg(el4):.1f}), "
+          f"exp poly 2^{lg(ee):.1f} "
           "relative", file=sys.stderr)
 
     ln2hi = round_to(ln2, 43)
@@ -162,6 +167,8 @@ def main():
     o.append(f"// ln(1 + r) = r - r^2/2 + r^3 Q(r), |r| <= {float(hl):.6f}; relative error of the")
     o.append(f"// rounded polynomial 2^{lg(el):.1f}; highest degree first.")
     o.append("inline constexpr double kDpowLogQ[6] = {" + ", ".join(v.hex() for v in reversed(cl)) + "};")
+    o.append(f"// The same with Q of degree 4, for the LA tier: 2^{lg(el4):.1f}.")
+    o.append("inline constexpr double kDpowLogQ4[5] = {" + ", ".join(v.hex() for v in reversed(cl4)) + "};")
     o.append(f"// e^r = 1 + r + r^2 P(r), |r| <= {float(he):.6f}; relative error of the rounded")
     o.append(f"// polynomial 2^{lg(ee):.1f}; highest degree first.")
     o.append("inline constexpr double kDpowExpP[4] = {" + ", ".join(v.hex() for v in reversed(ce)) + "};")

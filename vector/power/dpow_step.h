@@ -70,8 +70,9 @@ struct Vector {
 };
 
 // ln x = hi + *lo for positive normal x, |*lo| below 2^-15 |hi| (not
-// renormalised: the caller splits hi anyway).
-template <class O>
+// renormalised: the caller splits hi anyway). kLa: Q of degree 4 (2^-62.8
+// relative instead of 2^-70.9), for the LA tier.
+template <class O, bool kLa = false>
 inline typename O::V log_dd(typename O::V x, typename O::V* lo) {
     using V = typename O::V;
     using U = typename O::U;
@@ -97,19 +98,28 @@ inline typename O::V log_dd(typename O::V x, typename O::V* lo) {
     const V lo3 = rlo * ((r + rhi) * O::splat(-0.5));  // the rest of -r^2/2
     const V lo4 = (t2 - hi) + arhi2;
     // r^3 Q(r) by Estrin's scheme (Q's coefficients highest degree first).
-    const auto& q = kDpowLogQ;
     const V r2 = r * r;
     const V r4 = r2 * r2;
-    const V qa = O::splat(q[4]) * r + O::splat(q[5]);
-    const V qb = O::splat(q[2]) * r + O::splat(q[3]);
-    const V qc = O::splat(q[0]) * r + O::splat(q[1]);
-    const V p = (r2 * r) * ((qa + r2 * qb) + r4 * qc);
+    V p;
+    if constexpr (kLa) {
+        const auto& q = kDpowLogQ4;
+        const V qa = O::splat(q[3]) * r + O::splat(q[4]);
+        const V qb = O::splat(q[1]) * r + O::splat(q[2]);
+        p = (r2 * r) * ((qa + r2 * qb) + r4 * O::splat(q[0]));
+    } else {
+        const auto& q = kDpowLogQ;
+        const V qa = O::splat(q[4]) * r + O::splat(q[5]);
+        const V qb = O::splat(q[2]) * r + O::splat(q[3]);
+        const V qc = O::splat(q[0]) * r + O::splat(q[1]);
+        p = (r2 * r) * ((qa + r2 * qb) + r4 * qc);
+    }
     *lo = (((lo1 + lo2) + (lo3 + lo4)) + rerr) + p;
     return hi;
 }
 
 // e^(h + e) for |h| at most 1000 ln 2 and |e| below 2^-16 or so: normal.
-template <class O>
+// kLa: without the table's tail (at most 2^-53 relative).
+template <class O, bool kLa = false>
 inline typename O::V exp_dd(typename O::V h, typename O::V e) {
     using V = typename O::V;
     using U = typename O::U;
@@ -124,25 +134,27 @@ inline typename O::V exp_dd(typename O::V h, typename O::V e) {
     // tail + r + r^2 P(r) by Estrin's scheme.
     const auto& c = kDpowExpP;
     const V r2 = r * r;
-    const V q = (tail + r) + (r2 * (O::splat(c[2]) * r + O::splat(c[3])) +
+    const V q = (kLa ? r : tail + r) + (r2 * (O::splat(c[2]) * r + O::splat(c[3])) +
                               (r2 * r2) * (O::splat(c[0]) * r + O::splat(c[1])));
     return scale + scale * q;
 }
 
-// x^y for positive normal x and |y log2 x| at most 1000.
-template <class O>
+// x^y for positive normal x and |y log2 x| at most 1000. kLa: the LA
+// tier's cheaper polynomial and no exponential tail (about 1 ulp added at
+// most).
+template <class O, bool kLa = false>
 inline typename O::V pow_step(typename O::V x, typename O::V y) {
     using V = typename O::V;
     constexpr uint64_t kHigh26 = ~uint64_t(0x7FFFFFF);
     V lo;
-    const V hi = log_dd<O>(x, &lo);
+    const V hi = log_dd<O, kLa>(x, &lo);
     const V yhi = O::val(O::bits(y) & kHigh26);
     const V ylo = y - yhi;
     const V lhi = O::val(O::bits(hi) & kHigh26);
     const V llo = (hi - lhi) + lo;
     const V ehi = yhi * lhi;  // exact
     const V elo = ylo * lhi + y * llo;
-    return exp_dd<O>(ehi, elo);
+    return exp_dd<O, kLa>(ehi, elo);
 }
 
 // The cheaper step of the EP tier (2^-26 relative): ln x in plain double
@@ -160,8 +172,10 @@ inline typename O::V pow_step_ep(typename O::V x, typename O::V y) {
     O::log_row(tmp, &invc, &logc, &logctail);
     const V r = O::val(ix - (tmp & 0xFFF0000000000000ull)) * invc - O::splat(1.0);
     const auto& q = kDpowLogQ;
-    const V s = (O::splat(q[3]) * r + O::splat(q[4])) * r + O::splat(q[5]);
-    const V l = (k * O::splat(kDpowLn2Hi) + logc) + ((r + logctail) + (r * r) * (r * s + O::splat(-0.5)));
+    const V r2 = r * r;
+    const V s = (O::splat(q[4]) * r + O::splat(q[5])) + r2 * O::splat(q[3]);  // 1/3 - r/4 + r^2/5
+    const V poly = r2 * O::splat(-0.5) + (r2 * r) * s;
+    const V l = ((k * O::splat(kDpowLn2Hi) + logc) + r) + (logctail + poly);
     const V h = y * l;
     const V kd0 = h * O::splat(kDpowInvLn2N) + O::splat(kShift);
     const U ki = O::bits(kd0);

@@ -17,6 +17,8 @@ inline constexpr double kDpowNegLn2LoN = 0x1.c610ca86c3899p-44;
 // ln(1 + r) = r - r^2/2 + r^3 Q(r), |r| <= 0.004002; relative error of the
 // rounded polynomial 2^-70.9; highest degree first.
 inline constexpr double kDpowLogQ[6] = {-0x1.0001adfb2a822p-3, 0x1.2493af778d3d0p-3, -0x1.5555555449553p-3, 0x1.999999990c8a9p-3, -0x1.0000000000001p-2, 0x1.5555555555556p-2};
+// The same with Q of degree 4, for the LA tier: 2^-62.8.
+inline constexpr double kDpowLogQ4[5] = {0x1.2493eb2fb561cp-3, -0x1.5556a542f8b17p-3, 0x1.99999998cdd9cp-3, -0x1.ffffffffa7d6ap-3, 0x1.5555555555556p-2};
 // e^r = 1 + r + r^2 P(r), |r| <= 0.002729; relative error of the rounded
 // polynomial 2^-63.6; highest degree first.
 inline constexpr double kDpowExpP[4] = {0x1.111115d34360cp-7, 0x1.55555ae2b4aa0p-5, 0x1.555555555548fp-3, 0x1.fffffffffff53p-2};

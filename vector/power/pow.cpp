@@ -274,9 +274,13 @@ struct PowrS : PowBase<float, powr_callout<float>> {
     static VF fastv(VF x, VF y) { return pow_s_v(x, y); }
 };
 
-// Cheaper steps of Powx. Double LA: the step of HA (already well inside
-// 4 ulp). Double EP: ln x and e^r in plain double (dpow_step.h).
-using PowxLaD = PowD;
+// Cheaper steps of Powx. Double LA: the logarithm's polynomial one degree
+// shorter, no tail of the exponential's table. Double EP: ln x and e^r in
+// plain double (dpow_step.h).
+struct PowxLaD : PowD {
+    static double fast(double x, double y) { return dpow::pow_step<dpow::Scalar, true>(x, y); }
+    static V2 fastv(V2 x, V2 y) { return dpow::pow_step<dpow::Vector, true>(x, y); }
+};
 struct PowxEpD : PowBase<double, pow_callout<double>> {
     static V2 specialv(V2 x, V2 y) { return pow_special_v(x, y); }
     static double fast(double x, double y) { return dpow::pow_step_ep<dpow::Scalar>(x, y); }
