@@ -2,8 +2,9 @@
 // tier) over many more pairs than the MPFR harness can afford. Every pair
 // is first measured against the C library's long double powl (64-bit
 // significand: its error moves a double ULP figure by about 2^-10); the
-// pairs that measure between 0.5 and 4 ULP that way are measured again against
-// MPFR at 160 bits, and the worst MPFR figure is the one printed. Pairs are
+// pairs that measure between 0.5 and 4 ULP that way (the figures near the
+// bounds of HA and LA) are measured again against MPFR at 160 bits, whose
+// figure then counts. Pairs are
 // drawn as the harness draws them (a fifth small integer exponents, with
 // negative bases half the time; the rest log-uniform in 2^-20 .. 2^20;
 // y log2 x uniform over the result's binades, a tenth within one of the
