@@ -69,8 +69,8 @@ struct Vector {
     }
 };
 
-// ln x = hi + *lo for positive normal x, |*lo| below 2^-15 |hi| (not
-// renormalised: the caller splits hi anyway). kLa: Q of degree 4 (2^-62.8
+// ln x = hi + *lo for positive normal x, |*lo| below about 2^-18.5 |hi|
+// (not renormalised: the caller splits hi anyway). kLa: Q of degree 4 (2^-62.8
 // relative instead of 2^-70.9), for the LA tier.
 template <class O, bool kLa = false>
 inline typename O::V log_dd(typename O::V x, typename O::V* lo) {
@@ -117,8 +117,11 @@ inline typename O::V log_dd(typename O::V x, typename O::V* lo) {
     return hi;
 }
 
-// e^(h + e) for |h| at most 1000 ln 2 and |e| below 2^-16 or so: normal.
-// kLa: without the table's tail (at most 2^-53 relative).
+// e^(h + e) for |h| at most 1000 ln 2 and |e| below about 2^-9 (the low
+// part of y ln x is up to about 2^-18.5 |y ln x|, ln x's low part not being
+// renormalised): the reduced argument reaches about 0.0043, where P's
+// error is 2^-57.4 relative (2^-63.6 within ln2/256). kLa: without the
+// table's tail (at most 2^-53 relative).
 template <class O, bool kLa = false>
 inline typename O::V exp_dd(typename O::V h, typename O::V e) {
     using V = typename O::V;
@@ -140,14 +143,16 @@ inline typename O::V exp_dd(typename O::V h, typename O::V e) {
 }
 
 // x^y for positive normal x and |y log2 x| at most 1000. kLa: the LA
-// tier's cheaper polynomial and no exponential tail (about 1 ulp added at
-// most).
-template <class O, bool kLa = false>
+// tier's cheaper polynomial and no exponential tail (about 0.5 ulp added
+// at most). kEp (with kLa): y ln x as two plain products, whose rounding
+// adds up to 2^-53 |y ln x| relative, for the EP tier.
+template <class O, bool kLa = false, bool kEp = false>
 inline typename O::V pow_step(typename O::V x, typename O::V y) {
     using V = typename O::V;
     constexpr uint64_t kHigh26 = ~uint64_t(0x7FFFFFF);
     V lo;
     const V hi = log_dd<O, kLa>(x, &lo);
+    if constexpr (kEp) return exp_dd<O, kLa>(y * hi, y * lo);
     const V yhi = O::val(O::bits(y) & kHigh26);
     const V ylo = y - yhi;
     const V lhi = O::val(O::bits(hi) & kHigh26);
@@ -155,38 +160,6 @@ inline typename O::V pow_step(typename O::V x, typename O::V y) {
     const V ehi = yhi * lhi;  // exact
     const V elo = ylo * lhi + y * llo;
     return exp_dd<O, kLa>(ehi, elo);
-}
-
-// The cheaper step of the EP tier (2^-26 relative): ln x in plain double
-// (r = z invc - 1 rounded, the series to r^5, k ln 2 without its low
-// part), y ln x one product, and e^r to its cubic term.
-template <class O>
-inline typename O::V pow_step_ep(typename O::V x, typename O::V y) {
-    using V = typename O::V;
-    using U = typename O::U;
-    constexpr double kShift = 0x1.8p52;
-    const U ix = O::bits(x);
-    const U tmp = ix - kDpowOff;
-    const V k = O::exp_field(tmp);
-    V invc, logc, logctail;
-    O::log_row(tmp, &invc, &logc, &logctail);
-    const V r = O::val(ix - (tmp & 0xFFF0000000000000ull)) * invc - O::splat(1.0);
-    const auto& q = kDpowLogQ;
-    const V r2 = r * r;
-    const V s = (O::splat(q[4]) * r + O::splat(q[5])) + r2 * O::splat(q[3]);  // 1/3 - r/4 + r^2/5
-    const V poly = r2 * O::splat(-0.5) + (r2 * r) * s;
-    const V l = ((k * O::splat(kDpowLn2Hi) + logc) + r) + (logctail + poly);
-    const V h = y * l;
-    const V kd0 = h * O::splat(kDpowInvLn2N) + O::splat(kShift);
-    const U ki = O::bits(kd0);
-    const V kd = kd0 - O::splat(kShift);
-    const V t = (h + kd * O::splat(kDpowNegLn2HiN)) + kd * O::splat(kDpowNegLn2LoN);
-    V tail, sbits;
-    O::exp_row(ki, &tail, &sbits);
-    const V scale = O::val(O::bits(sbits) + (ki << 45));
-    const auto& c = kDpowExpP;
-    const V e = t + (t * t) * (O::splat(c[2]) * t + O::splat(c[3]));
-    return scale + scale * e;
 }
 
 }  // namespace orv::power::dpow

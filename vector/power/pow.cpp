@@ -275,16 +275,16 @@ struct PowrS : PowBase<float, powr_callout<float>> {
 };
 
 // Cheaper steps of Powx. Double LA: the logarithm's polynomial one degree
-// shorter, no tail of the exponential's table. Double EP: ln x and e^r in
-// plain double (dpow_step.h).
+// shorter, no tail of the exponential's table. Double EP: the same, with
+// y ln x as two plain products (dpow_step.h).
 struct PowxLaD : PowD {
     static double fast(double x, double y) { return dpow::pow_step<dpow::Scalar, true>(x, y); }
     static V2 fastv(V2 x, V2 y) { return dpow::pow_step<dpow::Vector, true>(x, y); }
 };
 struct PowxEpD : PowBase<double, pow_callout<double>> {
     static V2 specialv(V2 x, V2 y) { return pow_special_v(x, y); }
-    static double fast(double x, double y) { return dpow::pow_step_ep<dpow::Scalar>(x, y); }
-    static V2 fastv(V2 x, V2 y) { return dpow::pow_step_ep<dpow::Vector>(x, y); }
+    static double fast(double x, double y) { return dpow::pow_step<dpow::Scalar, true, true>(x, y); }
+    static V2 fastv(V2 x, V2 y) { return dpow::pow_step<dpow::Vector, true, true>(x, y); }
 };
 // Single LA and EP: the same step with shorter polynomials. LA: log2 to
 // 2^-31.9 and exp2 to 2^-28.7 relative, below 0.5 ulp added for |y log2 x|
