@@ -77,8 +77,15 @@ const PairDraw kHypotPairs{hypot_y, hypot_x};
 
 const std::vector<double> kNone = {};
 const std::vector<double> kPowTh = {1.0, -1.0, 0.5, 2.0, 3.0, -3.0, 0x1p-60};
-// The 128 rows of the logarithm table that Pow reduces x by.
-const std::vector<double> kPowRows = log_row_edges();
+// The 129 row edges of the 128-row logarithm table that the double Pow
+// step reduces x by (bits of 0x1.6aaaap-1 plus multiples of 2^45); around
+// 1, deeper.
+std::vector<double> dpow_row_edges() {
+    std::vector<double> v;
+    for (uint64_t j = 0; j <= 128; ++j) v.push_back(std::bit_cast<double>(0x3FE6AAAA00000000ull + (j << 45)));
+    return v;
+}
+const std::vector<double> kPowRows = dpow_row_edges();
 const std::vector<double> kPowDeep = {1.0 - 0x1p-9, 1.0 + 0x1p-8};
 // The 129 row edges of the single powers' 128-row log2 table (bits of the
 // float 0x1.65p-1 plus multiples of 2^16), and 1 and the edges of the row

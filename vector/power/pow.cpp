@@ -1,9 +1,11 @@
-// Pow, Powr and Powx in single and double. The log-exp route: ln x in
-// double-double from the 128-row table of the logarithm kernels, times y
-// with Dekker's exact product, then Tang's 64-row exponential with the low
-// part folded into the reduced argument (the double forms and every
-// callout). The single block step is a table-driven log2 and exp2 in plain
-// double, rounded once to float (pow_s_v below).
+// Pow, Powr and Powx in single and double. The log-exp route. The double
+// block step (dpow_step.h): ln x in double-double from its own 128-row
+// table, times y split by masking, then a 128-row exponential. The
+// callouts: ln x in double-double from the 128-row table of the logarithm
+// kernels, times y with Dekker's exact product, then Tang's 64-row
+// exponential with the low part folded into the reduced argument. The
+// single block step is a table-driven log2 and exp2 in plain double,
+// rounded once to float (pow_s_v below).
 //
 // Powx (one exponent for the whole vector) has a family-local loop below:
 // the block driver has no shape with a scalar parameter yet.
@@ -16,6 +18,7 @@
 #include "vector/common/gather.h"
 #include "vector/common/poly.h"
 #include "vector/common/spow_ops.h"
+#include "vector/power/dpow_step.h"
 #include "vector/power/power_core.h"
 #include "vector/power/spow_tables.h"
 #include "vtm_kernels.h"
@@ -185,69 +188,17 @@ struct PowBase {
     static int32_t callout(T x, T y, T* r) { return Callout(x, y, r); }
 };
 
-// The double block step on a register of doubles: the same operations
-// as pow_pos, in the same order, so the lanes agree bit for bit with it.
+// Register types of the block steps.
 namespace po = orv::vec::power_ops;
 using V2 = orv::vec::simd::VD;
 using orv::vec::simd::VF;
 namespace simd = orv::vec::simd;
 inline V2 splat(double v) { return orv::vec::bitops::splat(v); }
 
-inline V2 ln_acc_v(V2 x, V2* lo) {
-    using namespace orv::explog;
-    const po::VI64 ix = po::ibits(x);
-    const po::VI64 tmp = po::sub64(ix, po::splat64(kLogBase));
-    const po::VI64 idx = po::and64(po::srl64<45>(tmp), 127);
-    const V2 dk = po::sar52_to_double(tmp);
-    const V2 z = po::dbits(po::sub64(ix, po::and64(tmp, 0xFFF0000000000000ull)));
-    V2 rc, l1, l2;
-    orv::vec::gather::rows3(kLogD, idx, &rc, &l1, &l2);
-    const V2 zh = po::dbits(po::and64(po::ibits(z), ~0x1FFFFFull));
-    V2 rl;
-    const V2 r = dd::two_sum(zh * rc - splat(1.0), (z - zh) * rc, &rl);
-    V2 sql;
-    const V2 sqh = po::two_prod(r, r, &sql);
-    const V2 p = ((((((splat(-0.1) * r + splat(1.0 / 9)) * r - splat(0.125)) * r + splat(1.0 / 7)) * r -
-                    splat(1.0 / 6)) * r + splat(0.2)) * r - splat(0.25)) * r + splat(1.0 / 3);
-    const V2 tail = sqh * r * p - r * rl;
-    const V2 s0 = dk * splat(kLn2Hi) + l1;
-    V2 e1, e2;
-    const V2 s1 = dd::two_sum(s0, r, &e1);
-    const V2 s2 = dd::two_sum(s1, splat(-0.5) * sqh, &e2);
-    const V2 lsum = ((e1 + e2) + (rl - splat(0.5) * sql)) + (tail + (dk * splat(kLn2Lo) + l2));
-    return dd::two_sum(s2, lsum, lo);
-}
-
-// kExact: y ln x by Dekker's product (else two plain products, for EP).
-template <bool kDeg5, bool kExact = true>
-inline V2 pow_pos_v(V2 x, V2 y) {
-    using namespace orv::explog;
-    V2 llo;
-    const V2 lhi = ln_acc_v(x, &llo);
-    V2 h, e;
-    if constexpr (kExact) {
-        V2 plo;
-        const V2 ph = po::two_prod(y, lhi, &plo);
-        h = dd::fast_two_sum(ph, plo + y * llo, &e);
-    } else {
-        h = y * lhi;
-        e = y * llo;
-    }
-    const V2 t = h * splat(kInvLn2x64) + splat(kShiftD);
-    const V2 k = t - splat(kShiftD);
-    const V2 r = ((k * splat(kNegLn2by64Hi) + h) + k * splat(kNegLn2by64Lo)) + e;
-    const po::VI64 ti = po::ibits(t);
-    V2 thi, tlo;
-    orv::vec::gather::pairs_of<kExp64D>(ti, 63, &thi, &tlo);
-    const V2 c = kDeg5 ? (r * splat(kE6) + splat(kE5)) : splat(kE5);
-    const V2 q = (((c * r + splat(kE4)) * r + splat(kE3)) * r + splat(0.5)) * r * r + r;
-    return po::scale_by_t(thi + (q * thi + tlo), ti);
-}
-
 struct PowD : PowBase<double, pow_callout<double>> {
     static V2 specialv(V2 x, V2 y) { return pow_special_v(x, y); }
-    static double fast(double x, double y) { return pow_pos(x, y); }
-    static V2 fastv(V2 x, V2 y) { return pow_pos_v<true>(x, y); }
+    static double fast(double x, double y) { return dpow::pow_step<dpow::Scalar>(x, y); }
+    static V2 fastv(V2 x, V2 y) { return dpow::pow_step<dpow::Vector>(x, y); }
 };
 // Single on registers: x^y for float lanes, each half of the register
 // widened to double, in plain double (no double-double: the error of
@@ -334,24 +285,25 @@ struct PowS : PowBase<float, pow_callout<float>> {
 };
 struct PowrD : PowBase<double, powr_callout<double>> {
     static V2 specialv(V2 x, V2 y) { return pow_special_v(x, y); }
-    static double fast(double x, double y) { return pow_pos(x, y); }
-    static V2 fastv(V2 x, V2 y) { return pow_pos_v<true>(x, y); }
+    static double fast(double x, double y) { return dpow::pow_step<dpow::Scalar>(x, y); }
+    static V2 fastv(V2 x, V2 y) { return dpow::pow_step<dpow::Vector>(x, y); }
 };
 struct PowrS : PowBase<float, powr_callout<float>> {
     static VF specialv(VF x, VF y) { return pow_special_vf(x, y); }
     static VF fastv(VF x, VF y) { return pow_s_v(x, y); }
 };
 
-// Cheaper steps of Powx. Double LA: the exponential's polynomial one
-// degree shorter (the dropped term is below 2^-54.7). Double EP: y ln x as
-// two plain products instead of Dekker's, and the shorter polynomial.
+// Cheaper steps of Powx. Double LA: the logarithm's polynomial one degree
+// shorter, no tail of the exponential's table. Double EP: the same, with
+// y ln x as two plain products (dpow_step.h).
 struct PowxLaD : PowD {
-    static double fast(double x, double y) { return pow_pos<false>(x, y); }
-    static V2 fastv(V2 x, V2 y) { return pow_pos_v<false>(x, y); }
+    static double fast(double x, double y) { return dpow::pow_step<dpow::Scalar, true>(x, y); }
+    static V2 fastv(V2 x, V2 y) { return dpow::pow_step<dpow::Vector, true>(x, y); }
 };
 struct PowxEpD : PowBase<double, pow_callout<double>> {
     static V2 specialv(V2 x, V2 y) { return pow_special_v(x, y); }
-    static V2 fastv(V2 x, V2 y) { return pow_pos_v<false, false>(x, y); }
+    static double fast(double x, double y) { return dpow::pow_step<dpow::Scalar, true, true>(x, y); }
+    static V2 fastv(V2 x, V2 y) { return dpow::pow_step<dpow::Vector, true, true>(x, y); }
 };
 // Single LA and EP: the same step with shorter polynomials. LA: exp2 to
 // 2^-23.2 relative (below 2 ulp added); EP: log2 to 2^-28.0 as well

@@ -47,15 +47,24 @@ inline double scale_normal(double v, int64_t n) {
     return double_of(bits_of(v) + (static_cast<uint64_t>(n) << 52));
 }
 
-// (thi + p) 2^n over the whole range: two steps above 2^1023; below the
-// normal range the sum is scaled into it first and brought down by one
-// multiplication, so that the result rounds once to the denormal grid.
+// (thi + p) 2^n over the whole range: two steps above 2^1023. Below the
+// normal range the sum, exact in double-double and scaled by 2^(n + 1022)
+// to below 1, is added to 1: the sum rounds there at the grid of 2^-52,
+// which the exact scaling by 2^-1022 turns into the denormal grid, so the
+// result rounds once.
 inline double scale_any(double thi, double p, int64_t n) {
     if (n > 1023) return (thi + p) * 0x1p1023 * double_of(uint64_t(n) << 52);  // 2^(n-1023)
-    if (n >= -1022) return (thi + p) * double_of(uint64_t(n + 1023) << 52);
+    const double v = thi + p;
+    if (n >= -1021 || (n == -1022 && v >= 1.0)) return v * double_of(uint64_t(n + 1023) << 52);
+    if (n == -1023 && v >= 2.0) return (v * 0.5) * 0x1p-1022;
     if (n < -1200) return 0.0;
-    const double s = double_of(uint64_t(n + 100 + 1023) << 52);
-    return (thi * s + p * s) * 7.888609052210118e-31;  // 2^-100
+    double vl;
+    const double vh = dd::two_sum(thi, p, &vl);
+    const double s = double_of(uint64_t(n + 2045) << 52);  // 2^(n + 1022), at least 2^-178
+    const double a = vh * s;                                // exact, at most 1
+    const double hi = 1.0 + a;
+    const double lo = ((1.0 - hi) + a) + vl * s;
+    return ((hi + lo) - 1.0) * 0x1p-1022;
 }
 
 // ln x in double-double, to about 2^-68 relative, for a positive normal x
@@ -89,24 +98,6 @@ inline Dd ln_acc(uint64_t ix, int kadj) {
     double e;
     const double hi = dd::two_sum(s2, lo, &e);
     return {hi, e};
-}
-
-// y ln x in double-double for a positive normal x given by its bits (kadj
-// added to its exponent), y finite with |y| below 2^900.
-inline Dd y_ln_x(uint64_t xbits, int kadj, double y) {
-    const Dd l = ln_acc(xbits, kadj);
-    const Dd p = dd::two_prod(y, l.hi);
-    double e;
-    const double h = dd::fast_two_sum(p.hi, p.lo + y * l.lo, &e);
-    return {h, e};
-}
-
-// x^y for positive normal x and |y log2 x| below 1000: the result is normal.
-template <bool kDeg5 = true>
-inline double pow_pos(double x, double y) {
-    const Dd v = y_ln_x(bits_of(x), 0, y);
-    const ExpParts e = exp_parts_dd<kDeg5>(v.hi, v.lo);
-    return scale_normal(e.thi + e.p, e.n);
 }
 
 // An upper bound of |y log2 x| for positive finite x, from the bits of x:

@@ -1,10 +1,11 @@
 // The scalar-exponent loop of Powx against Pow, plain and strided; exact
-// single powers. The
+// single powers; denormal double results rounded once. The
 // special cases, statuses and exact results of the power and root kernels
 // are rows of tests/vector/edges_test.cpp.
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdint>
 #include <cstring>
 #include <vector>
 
@@ -80,6 +81,27 @@ TEST(SinglePow, ExactPowersAreExact) {
         float px;
         _vtmsPowx_HA(1, &x[i], y[i], &px);
         EXPECT_EQ(px, want[i]) << x[i] << "^" << y[i];
+    }
+}
+
+// Denormal results round once: x^2 for x in [2^-512, 2^-511) against the
+// square rounded by integer arithmetic (a sum rounded to 53 bits and then
+// to the denormal grid can land 0.75 ulp off).
+TEST(DoublePow, DenormalSquaresRoundOnce) {
+    const int n = 4096;
+    std::vector<double> x(n), two(n, 2.0), r(n);
+    uint64_t s = 12345;
+    for (auto& v : x) {
+        s = s * 6364136223846793005ull + 1442695040888963407ull;
+        v = std::ldexp(1.0 + double(s >> 12) * 0x1p-52, -512);
+    }
+    _vtmdPow_HA(n, x.data(), two.data(), r.data());
+    using U = unsigned __int128;
+    for (int i = 0; i < n; ++i) {
+        const U m = U(uint64_t(std::ldexp(x[i], 564)));  // x = m 2^-564, x^2 = m^2 2^-1128
+        const U got = U(uint64_t(r[i] * 0x1p1000 * 0x1p74)) << 54;  // in units of 2^-1128, exact
+        const U diff = got > m * m ? got - m * m : m * m - got;
+        EXPECT_LE(double(diff), 0x1p53 + 0x1p50) << std::hexfloat << x[i];  // 0.5625 ulp (an ulp is 2^54)
     }
 }
 
