@@ -55,45 +55,37 @@ void generate(State* st, int32_t n, Out&& out) {
 }
 
 #if defined(__AVX512F__) && defined(__AVX512DQ__)
-// The same sequence, sixteen values in two registers, each lane advanced by
-// a^16 per block of sixteen outputs; the rest singly.
+// The whole blocks of sixteen outputs of generate's sequence, in two
+// registers, each lane advanced by a^16 a block; returns their count and
+// leaves the state at the next output.
 template <typename T>
-int32_t block_fill(State* st, int32_t n, T* r, T scale, T shift) {
-    int32_t i = 0;
-    uint64_t x = st->x;
-    const uint64_t a = st->a;
-    if (n >= 16) {
-        alignas(64) uint64_t v[16];
-        v[0] = x;
-        for (int k = 1; k < 16; ++k) v[k] = mul(a, v[k - 1]);
-        uint64_t a16 = a;
-        for (int k = 0; k < 4; ++k) a16 = mul(a16, a16);
-        const __m512i m16 = _mm512_set1_epi64(static_cast<int64_t>(a16));
-        const __m512i mask = _mm512_set1_epi64(static_cast<int64_t>(kMask59));
-        __m512i lo = _mm512_load_si512(v), hi = _mm512_load_si512(v + 8);
-        const int32_t end = n & ~15;
-        for (; i < end; i += 16) {
-            if constexpr (sizeof(T) == 8) {
-                const __m512d s = _mm512_set1_pd(scale), t = _mm512_set1_pd(shift);
-                _mm512_storeu_pd(r + i, _mm512_add_pd(_mm512_mul_pd(_mm512_cvtepi64_pd(lo), s), t));
-                _mm512_storeu_pd(r + i + 8, _mm512_add_pd(_mm512_mul_pd(_mm512_cvtepi64_pd(hi), s), t));
-            } else {
-                const __m256 s = _mm256_set1_ps(scale), t = _mm256_set1_ps(shift);
-                _mm256_storeu_ps(r + i, _mm256_add_ps(_mm256_mul_ps(_mm512_cvtepi64_ps(lo), s), t));
-                _mm256_storeu_ps(r + i + 8, _mm256_add_ps(_mm256_mul_ps(_mm512_cvtepi64_ps(hi), s), t));
-            }
-            lo = _mm512_and_si512(_mm512_mullo_epi64(lo, m16), mask);
-            hi = _mm512_and_si512(_mm512_mullo_epi64(hi, m16), mask);
+int32_t wide_blocks(State* st, int32_t n, T* r, T scale, T shift) {
+    if (n < 16) return 0;
+    const int32_t end = n & ~15;
+    alignas(64) uint64_t v[16];
+    v[0] = st->x;
+    for (int k = 1; k < 16; ++k) v[k] = mul(st->a, v[k - 1]);
+    uint64_t a16 = st->a;
+    for (int k = 0; k < 4; ++k) a16 = mul(a16, a16);
+    const __m512i m16 = _mm512_set1_epi64(static_cast<int64_t>(a16));
+    const __m512i mask = _mm512_set1_epi64(static_cast<int64_t>(kMask59));
+    __m512i lo = _mm512_load_si512(v), hi = _mm512_load_si512(v + 8);
+    for (int32_t i = 0; i < end; i += 16) {
+        if constexpr (sizeof(T) == 8) {
+            const __m512d s = _mm512_set1_pd(scale), t = _mm512_set1_pd(shift);
+            _mm512_storeu_pd(r + i, _mm512_add_pd(_mm512_mul_pd(_mm512_cvtepi64_pd(lo), s), t));
+            _mm512_storeu_pd(r + i + 8, _mm512_add_pd(_mm512_mul_pd(_mm512_cvtepi64_pd(hi), s), t));
+        } else {
+            const __m256 s = _mm256_set1_ps(scale), t = _mm256_set1_ps(shift);
+            _mm256_storeu_ps(r + i, _mm256_add_ps(_mm256_mul_ps(_mm512_cvtepi64_ps(lo), s), t));
+            _mm256_storeu_ps(r + i + 8, _mm256_add_ps(_mm256_mul_ps(_mm512_cvtepi64_ps(hi), s), t));
         }
-        _mm512_store_si512(v, lo);
-        x = v[0];
+        lo = _mm512_and_si512(_mm512_mullo_epi64(lo, m16), mask);
+        hi = _mm512_and_si512(_mm512_mullo_epi64(hi, m16), mask);
     }
-    for (; i < n; ++i) {
-        r[i] = static_cast<T>(static_cast<int64_t>(x)) * scale + shift;
-        x = mul(a, x);
-    }
-    st->x = x;
-    return 0;
+    _mm512_store_si512(v, lo);
+    st->x = v[0];
+    return end;
 }
 #endif
 
@@ -101,16 +93,17 @@ int32_t block_fill(State* st, int32_t n, T* r, T scale, T shift) {
 template <typename T>
 int32_t fill(void* stream, int32_t n, T* r, T a, T b) {
     const T scale = (b - a) * static_cast<T>(0x1p-59);
+    State* st = state<State>(stream);
+    int32_t done = 0;
 #if defined(__AVX512F__) && defined(__AVX512DQ__)
-    return block_fill<T>(state<State>(stream), n, r, scale, a);
-#else
-    generate(state<State>(stream), n, [r, scale, a](int32_t i, uint64_t v) {
+    done = wide_blocks<T>(st, n, r, scale, a);
+#endif
+    generate(st, n - done, [r = r + done, scale, a](int32_t i, uint64_t v) {
         // Values are below 2^59: the signed conversion is exact in double,
         // rounds once in float, and is one instruction.
         r[i] = static_cast<T>(static_cast<int64_t>(v)) * scale + a;
     });
     return 0;
-#endif
 }
 
 }  // namespace orv::rng::mcg59

@@ -84,10 +84,6 @@ inline VD abs_of(VD x) { return dbits(ibits(x) & int64_t(0x7FFFFFFFFFFFFFFFull))
 // All ones in the lanes holding a zero, a denormal, an infinity or a NaN.
 inline VD not_normal(VD x) { return simd::outside(abs_of(x), 0x00100000u, 0x7FE00000u); }
 
-// v 2^n with n in bits 6 to 17 of the lanes of t (two's complement), added
-// to the exponent field: v and the result in the normal range.
-inline VD scale_by_t(VD v, VI64 t) { return dbits(add64(ibits(v), simd::as<VI64>(simd::as<VU64>(and64(t, 0x3FFC0)) << 46))); }
-
 // The low and high halves of 32-bit integer lanes converted to double
 // (exact). Scalar meaning: lo[i] = double(k[i]), hi[i] = double(k[i + W/2])
 // for W lanes of k.
@@ -101,17 +97,6 @@ inline VD int_hi_to_double(simd::VI32 k) {
     VIHalf h;
     __builtin_memcpy(&h, reinterpret_cast<const char*>(&k) + sizeof h, sizeof h);
     return __builtin_convertvector(h, VD);
-}
-
-// 16 (t >> 52) as a double for each 64-bit lane t read as a signed
-// integer (exact), by logical shifts only (the narrower builds have no
-// arithmetic shift of 64-bit lanes): (t ^ 2^63) >> 52 is (t >> 52) + 2048,
-// and the magic constant 1.5 2^56, whose ulp is 16, turns an integer j in
-// its low bits into 16 j.
-inline VD sar52_times16(VI64 t) {
-    const VI64 j = srl64<52>(t ^ int64_t(0x8000000000000000ull));
-    constexpr double kMagic = 0x1.8p56;
-    return dbits(add64(j, splat64(0x4378000000000000ull))) - simd::fill<VD>(kMagic + 16.0 * 2048.0);
 }
 
 }  // namespace orv::vec::power_ops

@@ -41,12 +41,6 @@ inline ExpParts exp_parts_dd(double h, double e) {
     return {row[0], q * row[0] + row[1], m >> 6};
 }
 
-// (thi + p) 2^n for n in the normal range of the result, by adding n to
-// the exponent field of the sum.
-inline double scale_normal(double v, int64_t n) {
-    return double_of(bits_of(v) + (static_cast<uint64_t>(n) << 52));
-}
-
 // (thi + p) 2^n over the whole range: two steps above 2^1023. Below the
 // normal range the sum, exact in double-double and scaled by 2^(n + 1022)
 // to below 1, is added to 1: the sum rounds there at the grid of 2^-52,
